@@ -1,0 +1,15 @@
+# Runs one test program headless with a run-time directory of its own, so that tests of one user neither meet at
+# the frame semaphore nor need a display or a sound card.
+set(RUNTIME "${OUTPUT}/run-${NAME}")
+file(MAKE_DIRECTORY "${RUNTIME}")
+file(CHMOD "${RUNTIME}" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+set(ENV{XDG_RUNTIME_DIR} "${RUNTIME}")
+if(NOT DEFINED ENV{SDL_AUDIODRIVER})
+  set(ENV{SDL_AUDIODRIVER} dummy)
+endif()
+unset(ENV{DISPLAY})
+unset(ENV{WAYLAND_DISPLAY})
+execute_process(COMMAND "${PROGRAM}" RESULT_VARIABLE RESULT)
+if(NOT RESULT EQUAL 0)
+  message(FATAL_ERROR "${NAME} ended with ${RESULT}")
+endif()
