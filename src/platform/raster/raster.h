@@ -10,7 +10,7 @@
 #include <span>
 
 #include "fenlight/platform/graphics.h"
-#include "platform/graphics/pixel_view.h"
+#include "platform/raster/pixel_view.h"
 
 namespace fenlight::platform {
 
