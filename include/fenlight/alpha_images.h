@@ -1,11 +1,10 @@
 /* SPDX-License-Identifier: Zlib */
+/* Alpha images. Not yet part of the library: declared so that the types are settled, not exported. */
 #ifndef FENLIGHT_ALPHA_IMAGES_H
 #define FENLIGHT_ALPHA_IMAGES_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* Alpha images. */
 
 FENLIGHT_API uint8_t *ImportPng(const char *fileName, int32_t *widthOut, int32_t *heightOut,
                                 int32_t *bytesOut) FENLIGHT_NOEXCEPT;

@@ -1,11 +1,11 @@
 /* SPDX-License-Identifier: Zlib */
+/* Data: compression, cipher, files. Not yet part of the library: declared so that the types are settled, not
+ * exported. */
 #ifndef FENLIGHT_COMPRESSION_H
 #define FENLIGHT_COMPRESSION_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* Data: compression, cipher, files. */
 
 FENLIGHT_API int32_t Pack(const void *source, void *destination, int32_t length,
                           const char *password) FENLIGHT_NOEXCEPT;

@@ -1,11 +1,10 @@
 /* SPDX-License-Identifier: Zlib */
+/* Input and desktop. Not yet part of the library: declared so that the types are settled, not exported. */
 #ifndef FENLIGHT_DESKTOP_H
 #define FENLIGHT_DESKTOP_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* Input and desktop. */
 
 FENLIGHT_API int32_t FindJoystick(int32_t joystick) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t JoystickX(int32_t joystick) FENLIGHT_NOEXCEPT;

@@ -1,11 +1,10 @@
 /* SPDX-License-Identifier: Zlib */
+/* FX buffers. Not yet part of the library: declared so that the types are settled, not exported. */
 #ifndef FENLIGHT_FX_H
 #define FENLIGHT_FX_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* FX buffers. */
 
 FENLIGHT_API uintptr_t InitFX(uintptr_t image) FENLIGHT_NOEXCEPT;
 FENLIGHT_API uintptr_t CreateExtFX(int32_t width, int32_t height) FENLIGHT_NOEXCEPT;

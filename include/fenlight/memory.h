@@ -1,11 +1,10 @@
 /* SPDX-License-Identifier: Zlib */
+/* Data: memory blocks. Not yet part of the library: declared so that the types are settled, not exported. */
 #ifndef FENLIGHT_MEMORY_H
 #define FENLIGHT_MEMORY_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* Data: memory blocks. */
 
 FENLIGHT_API int32_t CountBytes(const void *memory, int32_t offset, int32_t count,
                                 int32_t value) FENLIGHT_NOEXCEPT;

@@ -1,11 +1,10 @@
 /* SPDX-License-Identifier: Zlib */
+/* Particles. Not yet part of the library: declared so that the types are settled, not exported. */
 #ifndef FENLIGHT_PARTICLES_H
 #define FENLIGHT_PARTICLES_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* Particles. */
 
 FENLIGHT_API void *Stars(uintptr_t destDC, uintptr_t backgroundDC, int32_t left, int32_t top, int32_t right,
                          int32_t bottom, int32_t count, int32_t frameDelay, int32_t flags) FENLIGHT_NOEXCEPT;

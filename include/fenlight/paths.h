@@ -1,11 +1,10 @@
 /* SPDX-License-Identifier: Zlib */
+/* Paths. Not yet part of the library: declared so that the types are settled, not exported. */
 #ifndef FENLIGHT_PATHS_H
 #define FENLIGHT_PATHS_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* Paths. */
 
 FENLIGHT_API int32_t FindPath(int16_t *pathArray, uintptr_t fx, int32_t cellSize, int32_t startX,
                               int32_t startY, int32_t endX, int32_t endY, int32_t flags) FENLIGHT_NOEXCEPT;

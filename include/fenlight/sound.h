@@ -1,11 +1,10 @@
 /* SPDX-License-Identifier: Zlib */
+/* Sound. Not yet part of the library: declared so that the types are settled, not exported. */
 #ifndef FENLIGHT_SOUND_H
 #define FENLIGHT_SOUND_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* Sound. */
 
 FENLIGHT_API int32_t DSoundInit(uintptr_t window) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t DSoundDeInit(void) FENLIGHT_NOEXCEPT;

@@ -1,11 +1,10 @@
 /* SPDX-License-Identifier: Zlib */
+/* Sprites: collision. Not yet part of the library: declared so that the types are settled, not exported. */
 #ifndef FENLIGHT_SPRITE_COLLISION_H
 #define FENLIGHT_SPRITE_COLLISION_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* Sprites: collision. */
 
 FENLIGHT_API int32_t Collide(uintptr_t spriteA, uintptr_t spriteB) FENLIGHT_NOEXCEPT;
 FENLIGHT_API uintptr_t CollideMore(uintptr_t sprite, const uintptr_t *table, int32_t count) FENLIGHT_NOEXCEPT;

@@ -1,11 +1,11 @@
 /* SPDX-License-Identifier: Zlib */
+/* Sprites: layers, marks, bulk deletion. Not yet part of the library: declared so that the types are settled,
+ * not exported. */
 #ifndef FENLIGHT_SPRITE_LAYERS_H
 #define FENLIGHT_SPRITE_LAYERS_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* Sprites: layers, marks, bulk deletion. */
 
 FENLIGHT_API int32_t SetSpriteLayer(uintptr_t sprite, int32_t layer) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t BringSpriteToTop(uintptr_t sprite) FENLIGHT_NOEXCEPT;

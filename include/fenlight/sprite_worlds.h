@@ -1,4 +1,6 @@
 /* SPDX-License-Identifier: Zlib */
+/* Sprites: backgrounds and tiles. Not yet part of the library: declared so that the types are settled, not
+ * exported. */
 #ifndef FENLIGHT_SPRITE_WORLDS_H
 #define FENLIGHT_SPRITE_WORLDS_H
 #include "types.h"
@@ -22,8 +24,6 @@ struct TileArguments {
 };
 
 FENLIGHT_BEGIN_C
-
-/* Sprites: backgrounds and tiles. */
 
 FENLIGHT_API int32_t InitSpriteBackground(int32_t backgroundMode, int32_t viewWidth, int32_t viewHeight,
                                           int32_t scrollX, int32_t scrollY, int32_t scrollStepX,

@@ -1,11 +1,10 @@
 /* SPDX-License-Identifier: Zlib */
+/* Data: text. Not yet part of the library: declared so that the types are settled, not exported. */
 #ifndef FENLIGHT_TEXT_H
 #define FENLIGHT_TEXT_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
-
-/* Data: text. */
 
 FENLIGHT_API int32_t Replace(const void *source, int32_t sourceLength, void *destination, const void *search,
                              int32_t searchLength, const void *replacement,
