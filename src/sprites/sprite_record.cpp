@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Zlib
+#include "sprites/sprite_record.h"
+
+#include <type_traits>
+
+namespace fenlight {
+
+namespace {
+
+constexpr int32_t kWordCount = 256;
+
+struct WordPlace {
+    uint16_t offset;
+    bool isAddress;
+};
+
+constexpr auto MakePlaces() {
+    std::array<WordPlace, kWordCount + 1> places{};
+    size_t word = 0;
+    const auto add = [&](size_t offset, bool isAddress, size_t count) {
+        for (size_t i = 0; i < count; ++i)
+            places[word++] = {static_cast<uint16_t>(offset + i * sizeof(NumberWord)), isAddress};
+    };
+#define FENLIGHT_ADDRESS(name) add(offsetof(SpriteRecord, name), true, 1);
+#define FENLIGHT_NUMBER(name) add(offsetof(SpriteRecord, name), false, 1);
+#define FENLIGHT_NUMBERS(name, count) add(offsetof(SpriteRecord, name), false, count);
+    FENLIGHT_SPRITE_WORDS(FENLIGHT_ADDRESS, FENLIGHT_NUMBER, FENLIGHT_NUMBERS)
+#undef FENLIGHT_ADDRESS
+#undef FENLIGHT_NUMBER
+#undef FENLIGHT_NUMBERS
+    places[kWordCount].offset = static_cast<uint16_t>(word);
+    return places;
+}
+
+constexpr auto kPlaces = MakePlaces();
+static_assert(kPlaces[kWordCount].offset == kWordCount, "the list must name all 256 words");
+
+// One anchor in each stretch of the list, so that a word left out or doubled shows where.
+constexpr bool StandsAt(size_t position, size_t offset) { return kPlaces[position / 4].offset == offset; }
+static_assert(StandsAt(56, offsetof(SpriteRecord, ScreenDC)) && StandsAt(88, offsetof(SpriteRecord, Next)) &&
+              StandsAt(120, offsetof(SpriteRecord, Self)) &&
+              StandsAt(160, offsetof(SpriteRecord, MoveSource)) &&
+              StandsAt(232, offsetof(SpriteRecord, ScrollMode)) &&
+              StandsAt(320, offsetof(SpriteRecord, Table)) && StandsAt(348, offsetof(SpriteRecord, Path)) &&
+              StandsAt(476, offsetof(SpriteRecord, CleanUpRequest)) &&
+              StandsAt(556, offsetof(SpriteRecord, SystemBrake)));
+
+constexpr bool IsPosition(int32_t position) {
+    return position >= 0 && position < 4 * kWordCount && position % 4 == 0;
+}
+
+template <class WordType, class Record>
+auto &WordAt(Record &record, size_t offset) {
+    using Byte = std::conditional_t<std::is_const_v<Record>, const std::byte, std::byte>;
+    using Target = std::conditional_t<std::is_const_v<Record>, const WordType, WordType>;
+    return *reinterpret_cast<Target *>(reinterpret_cast<Byte *>(&record) + offset);
+}
+
+}  // namespace
+
+intptr_t ReadWord(const SpriteRecord &record, int32_t position) noexcept {
+    if (!IsPosition(position)) return 0;
+    const WordPlace place = kPlaces[static_cast<size_t>(position) / 4];
+    if (place.isAddress)
+        return static_cast<intptr_t>(static_cast<uintptr_t>(WordAt<AddressWord>(record, place.offset)));
+    return WordAt<NumberWord>(record, place.offset);
+}
+
+void WriteWord(SpriteRecord &record, int32_t position, intptr_t value) noexcept {
+    if (!IsPosition(position)) return;
+    const WordPlace place = kPlaces[static_cast<size_t>(position) / 4];
+    if (place.isAddress)
+        WordAt<AddressWord>(record, place.offset) = static_cast<uintptr_t>(value);
+    else
+        WordAt<NumberWord>(record, place.offset) = static_cast<int32_t>(value);
+}
+
+}  // namespace fenlight
