@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Zlib
+// What the steering functions and the stages of movement share. Pure functions, any thread.
+#pragma once
+
+#include <cstdint>
+
+#include "sprites/sprite_record.h"
+
+namespace fenlight {
+
+constexpr int32_t kDirections = 9;  // standing, and eight ways clockwise from up and right
+
+// -1, 0 or 1: where the target lies seen from the position.
+constexpr int32_t HeadingOnAxis(int32_t position, int32_t target) noexcept {
+    return (target > position) - (target < position);
+}
+
+// The direction code, 0 to 8, of a sprite on its way to its target.
+int32_t DirectionOf(const SpriteRecord &record) noexcept;
+
+struct AxisMotion {
+    int32_t position;
+    int32_t target;
+    int32_t speed;
+    int32_t slowCount;  // anything but 0 skips the step
+};
+
+// The position after one frame's step on one axis: never beyond the target. A negative speed leads away from
+// it, for ever, and wraps round.
+int32_t StepOnAxis(const AxisMotion &motion) noexcept;
+
+}  // namespace fenlight
