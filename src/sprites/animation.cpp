@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Zlib
 // Which strip and which frame a sprite shows.
-#include "fenlight/sprite_animation.h"
-
 #include "sprites/animation.h"
+
+#include "fenlight/sprite_animation.h"
 #include "sprites/movement.h"
 #include "sprites/sprite_record.h"
 #include "sprites/stages.h"

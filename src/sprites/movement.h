@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Zlib
-// What the steering functions and the stages of movement share. Pure functions, any thread.
+// What the steering functions and the stages of movement share. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -28,5 +28,17 @@ struct AxisMotion {
 // The position after one frame's step on one axis: never beyond the target. A negative speed leads away from
 // it, for ever, and wraps round.
 int32_t StepOnAxis(const AxisMotion &motion) noexcept;
+
+struct Cage {
+    int32_t left;
+    int32_t top;
+    int32_t right;
+    int32_t bottom;
+    int32_t homeX;
+    int32_t homeY;
+};
+
+// The cage stage sees the old cage or the new one, never a mixture.
+void SetCage(SpriteRecord &record, const Cage &cage) noexcept;
 
 }  // namespace fenlight

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Zlib
 // The stages that carry sprites to their targets, in the order of the pass.
 #include <algorithm>
+#include <mutex>
 
 #include "sprites/line_path.h"
 #include "sprites/movement.h"
@@ -28,6 +29,10 @@ int32_t DirectionOf(const SpriteRecord &record) noexcept {
 }
 
 namespace {
+
+// Keeps the six words of a cage together: half of a new cage beside half of an old one would send a sprite
+// home that was never outside. Never nested, held for these words only.
+std::mutex cageLock;
 
 int32_t StepX(const SpriteRecord &record) {
     return StepOnAxis({record.X, record.TargetX, record.SpeedX, record.SlowCountX});
@@ -60,12 +65,24 @@ void FollowLeader(SpriteRecord &record) {
 
 }  // namespace
 
+void SetCage(SpriteRecord &record, const Cage &cage) noexcept {
+    const std::scoped_lock hold(cageLock);
+    record.CageLeft = cage.left;
+    record.CageTop = cage.top;
+    record.CageRight = cage.right;
+    record.CageBottom = cage.bottom;
+    record.CageHomeX = cage.homeX;
+    record.CageHomeY = cage.homeY;
+}
+
 void SlowStage(SpriteRecord &record) noexcept {
     CountSlowly(record.SlowCountX, record.SlowPeriodX);
     CountSlowly(record.SlowCountY, record.SlowPeriodY);
 }
 
 void CageStage(SpriteRecord &record) noexcept {
+    if (!HasCage(record)) return;
+    const std::scoped_lock hold(cageLock);
     if (!HasCage(record) || IsInsideCage(record)) return;
     record.X = record.TargetX = record.CageHomeX;
     record.Y = record.TargetY = record.CageHomeY;
