@@ -7,7 +7,7 @@ namespace fenlight {
 
 namespace {
 
-constexpr int32_t kWordCount = 256;
+constexpr int32_t kWordCount = kPositionEnd / 4;
 
 struct WordPlace {
     uint16_t offset;
@@ -46,7 +46,7 @@ static_assert(StandsAt(56, offsetof(SpriteRecord, ScreenDC)) && StandsAt(88, off
               StandsAt(556, offsetof(SpriteRecord, SystemBrake)));
 
 constexpr bool IsPosition(int32_t position) {
-    return position >= 0 && position < 4 * kWordCount && position % 4 == 0;
+    return position >= 0 && position < kPositionEnd && position % 4 == 0;
 }
 
 template <class WordType, class Record>

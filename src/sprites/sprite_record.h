@@ -61,18 +61,20 @@ constexpr int32_t WrapSubtract(int32_t a, int32_t b) noexcept { return NumberWor
     ADDRESS(ImageDC)                                                                                         \
     NUMBER(SourceX)                                                                                          \
     NUMBER(SourceY)                                                                                          \
-    NUMBER(Width) NUMBER(Height) NUMBER(FrameCount) NUMBER(Frame) NUMBER(FrameDelay) NUMBER(X) NUMBER(       \
-        Y) NUMBER(TargetX) NUMBER(TargetY) NUMBER(SpeedX) NUMBER(SpeedY) ADDRESS(ScreenDC) NUMBER(State)     \
-        NUMBER(FrameTimer) ADDRESS(BackDC) NUMBER(FrameX) NUMBERS(Unused76, 2) ADDRESS(CleanDC) ADDRESS(     \
-            Next) NUMBER(BackgroundMode) NUMBER(ScrollStepX) NUMBER(ScrollStepY) NUMBER(ViewWidth)           \
-            NUMBER(ViewHeight) NUMBER(ScrollX) NUMBER(ScrollY) ADDRESS(Self) NUMBER(Unused124)               \
-                NUMBER(DrawnX) NUMBER(DrawnY) NUMBER(PreviousX) NUMBER(PreviousY) NUMBER(AnimOnce) NUMBER(   \
-                    StampRequest) NUMBER(FixMode) NUMBER(Mark) NUMBERS(MoveSource, 18) NUMBER(ScrollMode)    \
-                    NUMBER(ScrollShiftX) NUMBER(ScrollShiftY) NUMBERS(Unused244, 2) NUMBER(RectLeft) NUMBER( \
-                        RectTop) NUMBER(RectRight) NUMBER(RectBottom) NUMBER(BackCollideMode)                \
-                        ADDRESS(BackCollideDC) NUMBER(NextX) NUMBER(NextY) NUMBER(BackLeft) NUMBER(BackTop)  \
-                            NUMBER(BackRight) NUMBER(BackBottom) NUMBER(BackFrameCount) NUMBER(BackFrame)    \
-                                NUMBER(BackFrameDelay) NUMBER(TableIndex) NUMBER(TableLength) ADDRESS(Table) \
+    NUMBER(Width)                                                                                            \
+    NUMBER(Height)                                                                                           \
+    NUMBER(FrameCount) NUMBER(Frame) NUMBER(FrameDelay) NUMBER(X) NUMBER(Y) NUMBER(TargetX) NUMBER(          \
+        TargetY) NUMBER(SpeedX) NUMBER(SpeedY) ADDRESS(ScreenDC) NUMBER(State) NUMBER(FrameTimer)            \
+        ADDRESS(BackDC) NUMBER(FrameX) NUMBERS(Unused76, 2) ADDRESS(CleanDC) ADDRESS(Next) NUMBER(           \
+            BackgroundMode) NUMBER(ScrollStepX) NUMBER(ScrollStepY) NUMBER(ViewWidth) NUMBER(ViewHeight)     \
+            NUMBER(ScrollX) NUMBER(ScrollY) ADDRESS(Self) NUMBER(Unused124) NUMBER(DrawnX) NUMBER(DrawnY)    \
+                NUMBER(PreviousX) NUMBER(PreviousY) NUMBER(AnimOnce) NUMBER(StampRequest) NUMBER(FixMode)    \
+                    NUMBER(Mark) NUMBERS(MoveSource, 18) NUMBER(ScrollMode) NUMBER(ScrollShiftX)             \
+                        NUMBER(ScrollShiftY) NUMBERS(Unused244, 2) NUMBER(RectLeft) NUMBER(RectTop) NUMBER(  \
+                            RectRight) NUMBER(RectBottom) NUMBER(BackCollideMode) ADDRESS(BackCollideDC)     \
+                            NUMBER(NextX) NUMBER(NextY) NUMBER(BackLeft) NUMBER(BackTop) NUMBER(BackRight)   \
+                                NUMBER(BackBottom) NUMBER(BackFrameCount) NUMBER(BackFrame) NUMBER(          \
+                                    BackFrameDelay) NUMBER(TableIndex) NUMBER(TableLength) ADDRESS(Table)    \
                                     NUMBER(TableBaseX) NUMBER(TableBaseY) ADDRESS(BackCollideSound)          \
                                         NUMBER(MovingMode) NUMBERS(Unused340, 2) NUMBERS(Path, 32)           \
                                             NUMBER(CleanUpRequest) NUMBER(CleanUpMark) ADDRESS(AttachedTo)   \
@@ -87,6 +89,8 @@ constexpr int32_t WrapSubtract(int32_t a, int32_t b) noexcept { return NumberWor
                                                                                 NUMBER(SystemBrake)          \
                                                                                     NUMBERS(Unused560, 116)
 
+// Documented positions lie below it.
+constexpr int32_t kPositionEnd = 1024;
 constexpr int32_t kPathPlaces = 16;
 // What both words of a free place of Path hold.
 constexpr int32_t kPathEmpty = 11111;

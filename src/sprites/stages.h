@@ -36,10 +36,7 @@ void PresentView(const SpriteRecord &first) noexcept;  // world_stages.cpp, in p
 void RestoreStage(SpriteRecord &first) noexcept;       // present_stage.cpp
 void ScrollOutStage(SpriteRecord &record) noexcept;  // world_stages.cpp, for each record of the restore stage
 
-// The record's own copy of its waypoint table (waypoint_table.cpp). The copy of a record holds the address of
-// its source's table until CopyWaypointTable gives it one of its own; false, with Table 0, if there is no
-// memory.
-bool CopyWaypointTable(const SpriteRecord &source, SpriteRecord &copy) noexcept;
-void FreeWaypointTable(SpriteRecord &record) noexcept;  // Table is 0 afterwards
+// Gives back what the stages keep from frame to frame. At the end of the thread.
+void ReleaseFrameBuffers() noexcept;  // present_stage.cpp
 
 }  // namespace fenlight

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Zlib
+#include "sprites/rectangle_batch.h"
+#include "sprites/stages.h"
+
+namespace fenlight {
+
+namespace {
+
+constinit RectangleBatch batch;
+
+bool IsShown(const SpriteRecord &record) noexcept {
+    return record.State != kStateFinished && record.FixMode == 0;
+}
+
+// The old place is wiped, the new one shown. BackDC does not change while these are collected, so it makes no
+// difference in which order they are copied.
+void AddPlaces(const SpriteRecord &record) noexcept {
+    batch.SelectContexts(record.ScreenDC, record.BackDC);
+    const int32_t width = record.Width, height = record.Height;
+    batch.Add(record.PreviousX, record.PreviousY, width, height);
+    batch.Add(record.DrawnX, record.DrawnY, width, height);
+}
+
+void AddErasure(const SpriteRecord &record) noexcept {
+    batch.SelectContexts(record.BackDC, record.CleanDC);
+    batch.Add(record.DrawnX, record.DrawnY, record.Width, record.Height);
+}
+
+// One step per frame. A delete call may come in between, and then starts the steps anew.
+void AdvanceState(SpriteRecord &record) noexcept {
+    if (record.State == kStateAlive) return;
+    if (record.State.Replace(kStateErasedAgain, kStateFinished)) return;
+    record.State.Replace(kStateErased, kStateErasedAgain);
+}
+
+}  // namespace
+
+void PresentStage(SpriteRecord &first) noexcept {
+    if (first.BackgroundMode != 0) return PresentView(first);
+    for (const SpriteRecord *record = &first; record != nullptr; record = NextOf(*record))
+        if (IsShown(*record)) AddPlaces(*record);
+    batch.Flush();
+}
+
+void RestoreStage(SpriteRecord &first) noexcept {
+    for (SpriteRecord *record = &first; record != nullptr; record = NextOf(*record)) {
+        if (IsShown(*record)) AddErasure(*record);
+        AdvanceState(*record);
+        ScrollOutStage(*record);
+    }
+    batch.Flush();
+}
+
+void ReleaseFrameBuffers() noexcept { batch.Release(); }
+
+}  // namespace fenlight
