@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Zlib
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "platform/raster/clipping.h"
+#include "platform/raster/overlap.h"
+#include "platform/raster/piece_writer.h"
+#include "platform/raster/raster.h"
+#include "platform/raster/raster_codes.h"
+
+namespace fenlight::platform {
+namespace {
+
+void CopyRows(const PixelView &target, const PixelView &source, const Block &part, WalkOrder order) {
+    const int64_t pixelBytes = BitsPerPixel(target.format) / 8;
+    const auto rowBytes = static_cast<size_t>(part.width * pixelBytes);
+    ForEachRow(part, order, [&](int32_t sourceY, int32_t targetY) {
+        std::memmove(target.Row(targetY) + part.targetX * pixelBytes,
+                     source.Row(sourceY) + part.sourceX * pixelBytes, rowBytes);
+    });
+}
+
+// Codes that need no source: a constant, the pattern, or a change of what is there.
+void CombineInPlace(const PixelView &target, const Block &part, uint8_t table, uint32_t pattern) {
+    std::array<uint32_t, kPieceWidth> values;
+    for (int32_t y = part.targetY; y < part.targetY + part.height; ++y) {
+        if (!NeedsTarget(table)) {
+            FillValues(target.format, target.Row(y), part.targetX, part.width,
+                       CombineWord(table, pattern, 0, 0));
+            continue;
+        }
+        for (int32_t done = 0; done < part.width; done += kPieceWidth) {
+            const int32_t count = std::min(kPieceWidth, part.width - done);
+            LoadValues(target.format, target.Row(y), part.targetX + done, count, values.data());
+            CombineValues(table, pattern, values.data(), values.data(), count);
+            StoreValues(target.format, target.Row(y), part.targetX + done, count, values.data());
+        }
+    }
+}
+
+void TransferPart(const PixelView &target, const PixelView &source, const Block &part, WalkOrder order,
+                  DWORD rasterCode, const TransferColours &colours) {
+    PieceWriter writer(source, target, rasterCode, colours);
+    if (TruthTable(rasterCode) == TruthTable(SRCCOPY) && target.format == source.format &&
+        BitsPerPixel(target.format) >= 8 && ValueConverter(source, target, colours).IsIdentity()) {
+        return CopyRows(target, source, part, order);
+    }
+    writer.WriteBlock(target, source, part, order);
+}
+
+}  // namespace
+
+bool BlitBlock(const PixelView &target, const PixelView *source, const Block &block, DWORD rasterCode,
+               const TransferColours &colours) noexcept {
+    const uint8_t table = TruthTable(rasterCode);
+    if (!NeedsSource(rasterCode)) {
+        const Block part = ClipBlock(target, nullptr, block);
+        const uint32_t pattern = NeedsPattern(table) ? MatchColour(target, SwapRedBlue(colours.brush)) : 0;
+        CombineInPlace(target, part, table, pattern);
+        return true;
+    }
+    if (source == nullptr) return false;
+    const Block part = ClipBlock(target, source, block);
+    if (part.width == 0) return true;
+    return WithSafeSource(target, *source, part,
+                          [&](const PixelView &from, const Block &safe, WalkOrder order) {
+                              TransferPart(target, from, safe, order, rasterCode, colours);
+                          });
+}
+
+}  // namespace fenlight::platform

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Zlib
+#include "platform/raster/clipping.h"
+#include "platform/raster/overlap.h"
+#include "platform/raster/piece_writer.h"
+#include "platform/raster/raster.h"
+#include "platform/raster/stretch.h"
+
+namespace fenlight::platform {
+
+// The contexts' colours play no part: the transfers through masks that this stands for work in contexts of
+// their own, with black text on white.
+bool KeyedBlock(const PixelView &target, const PixelView &source, const ScaledBlock &block, COLORREF key,
+                const TransferColours &) noexcept {
+    const uint32_t keyWord = WordOfColour(key);
+    if (!HasEqualSizes(block)) {
+        PieceWriter writer = PieceWriter::Keyed(source, target, keyWord);
+        return ScaleInto(writer, target, source, block);
+    }
+    const Block part = ClipBlock(target, &source, PlainBlock(block));
+    if (part.width == 0) return true;
+    return WithSafeSource(target, source, part,
+                          [&](const PixelView &from, const Block &safe, WalkOrder order) {
+                              PieceWriter::Keyed(from, target, keyWord).WriteBlock(target, from, safe, order);
+                          });
+}
+
+}  // namespace fenlight::platform
