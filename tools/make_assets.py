@@ -1,0 +1,398 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Zlib
+"""Makes the pictures under assets/: sprite strips as PNG and a landscape as JPEG.
+
+Needs NumPy and cjpeg (Debian: python3-numpy, libjpeg-turbo-progs). Everything is computed, with fixed seeds, so the
+same script gives the same pictures.
+
+A strip's frames lie side by side, its rows are the facings. What surrounds a figure has one key colour, a different
+one for each strip, and edges are hard: a blended edge would keep a fringe of the key colour on the screen. Shapes are
+drawn four times as large and scaled down; a pixel belongs to the figure if at least half of it is covered.
+"""
+import math
+import pathlib
+import struct
+import subprocess
+import sys
+import zlib
+
+import numpy as np
+
+SCALE = 4
+LIGHT = np.array([-0.45, -0.65, 0.61])
+ASSETS = pathlib.Path(__file__).resolve().parent.parent / "assets"
+
+
+class Cell:
+    """One frame, drawn in layers from back to front; coordinates in pixels of the finished frame."""
+
+    def __init__(self, width, height):
+        self.width, self.height = width, height
+        self.rgb = np.zeros((height * SCALE, width * SCALE, 3))
+        self.covered = np.zeros((height * SCALE, width * SCALE), bool)
+        y, x = np.mgrid[0:height * SCALE, 0:width * SCALE]
+        self.x, self.y = (x + 0.5) / SCALE, (y + 0.5) / SCALE
+
+    def paint(self, mask, colour):
+        self.rgb[mask] = np.clip(colour, 0, 255)[mask] if np.ndim(colour) == 3 else colour
+        self.covered |= mask
+
+    def ellipse(self, cx, cy, rx, ry, colour, turn=0.0, shade=0.55, outline=0.0):
+        """A rounded body lit from the upper left."""
+        if outline:
+            dark = tuple(c * 0.32 for c in colour)
+            self.ellipse(cx, cy, rx + outline, ry + outline, dark, turn, 0)
+        c, s = math.cos(turn), math.sin(turn)
+        dx, dy = self.x - cx, self.y - cy
+        u, v = (dx * c + dy * s) / rx, (-dx * s + dy * c) / ry
+        inside = u * u + v * v <= 1
+        if not shade:
+            self.paint(inside, np.array(colour, float))
+            return
+        z = np.sqrt(np.clip(1 - u * u - v * v, 0, 1))
+        nx, ny = u * c - v * s, u * s + v * c
+        light = np.clip(nx * LIGHT[0] + ny * LIGHT[1] + z * LIGHT[2], -0.3, 1)
+        gloss = np.clip(light, 0, 1) ** 18 * 90 * shade
+        tone = (1 - shade) + shade * (0.45 + 0.95 * light)
+        self.paint(inside, np.array(colour, float) * tone[..., None] + gloss[..., None])
+
+    def limb(self, x1, y1, x2, y2, r, colour, outline=0.0):
+        """A capsule with a lit upper edge."""
+        if outline:
+            self.limb(x1, y1, x2, y2, r + outline, tuple(c * 0.32 for c in colour))
+        dx, dy = x2 - x1, y2 - y1
+        t = np.clip(((self.x - x1) * dx + (self.y - y1) * dy) / max(dx * dx + dy * dy, 1e-6), 0, 1)
+        ox, oy = self.x - x1 - t * dx, self.y - y1 - t * dy
+        inside = ox * ox + oy * oy <= r * r
+        tone = 0.86 - 0.22 * (ox + oy) / r
+        self.paint(inside, np.array(colour, float) * tone[..., None])
+
+    def finish(self, key):
+        h, w = self.height, self.width
+        cover = self.covered.reshape(h, SCALE, w, SCALE).mean((1, 3))
+        total = (self.rgb * self.covered[..., None]).reshape(h, SCALE, w, SCALE, 3).sum((1, 3))
+        count = np.maximum(self.covered.reshape(h, SCALE, w, SCALE).sum((1, 3)), 1)
+        picture = np.round(total / count[..., None]).astype(np.uint8)
+        body = cover >= 0.5
+        same = body & (picture == np.array(key, np.uint8)).all(-1)
+        picture[same] ^= 1  # a figure's pixel never has the key colour by chance
+        picture[~body] = key
+        return picture
+
+
+def sheet(rows, key):
+    return np.vstack([np.hstack([cell.finish(key) for cell in row]) for row in rows])
+
+
+def write_png(name, picture):
+    height, width = picture.shape[:2]
+    lines = b"".join(b"\0" + picture[y].tobytes() for y in range(height))
+
+    def chunk(kind, body):
+        return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
+
+    header = struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)
+    data = chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(lines, 9)) + chunk(b"IEND", b"")
+    (ASSETS / name).write_bytes(b"\x89PNG\r\n\x1a\n" + data)
+
+
+def write_jpeg(name, picture):
+    height, width = picture.shape[:2]
+    ppm = b"P6\n%d %d\n255\n" % (width, height) + picture.tobytes()
+    subprocess.run(["cjpeg", "-quality", "88", "-optimize", "-outfile", str(ASSETS / name)], input=ppm, check=True)
+
+
+# Facing codes: 0 standing, 1 up and right, then clockwise to 8 up. Unit vectors on the screen.
+FACINGS = [(0, 1)] + [(math.sin(a), -math.cos(a)) for a in (math.pi / 4 * k for k in range(1, 9))]
+
+
+def walker(facing, step, coat, hat, skin=(244, 196, 150)):
+    """A small wanderer, 32 x 40, four steps."""
+    cell = Cell(32, 40)
+    fx, fy = FACINGS[facing]
+    swing = 0 if facing == 0 else math.sin(step * math.pi / 2)
+    bob = [0, -1, 0, -1][step] if facing else [0, 0, 0.5, 0.5][step]
+    side = (-fy * 0.55, fx * 0.3) if facing else (1.0, 0)
+    if abs(side[0]) < 0.3:
+        side = (0.32, 0.12)
+    boots, trousers = (92, 58, 36), (66, 72, 104)
+    for sign in (-1, 1):
+        reach = swing * sign * 3.4
+        hip = (16 + side[0] * 3.4 * sign, 28 + bob)
+        foot = (hip[0] + fx * reach, 35.2 + fy * reach * 0.55 - max(0, sign * swing) * 1.2)
+        cell.limb(*hip, *foot, 2.0, trousers, 0.8)
+        cell.ellipse(foot[0] + fx * 0.9, foot[1] + 0.6, 2.9, 2.0, boots, 0, 0.5, 0.7)
+    arms = [(sign, swing * -sign * 3.0) for sign in (-1, 1)]
+
+    def arm(sign, reach):
+        shoulder = (16 + side[0] * 6.4 * sign, 21.5 + bob)
+        hand = (shoulder[0] + fx * reach + side[0] * sign, 27 + bob + fy * reach * 0.4)
+        cell.limb(*shoulder, *hand, 1.8, tuple(c * 0.85 for c in coat), 0.8)
+        cell.ellipse(*hand, 1.9, 1.9, skin, 0, 0.5, 0.5)
+
+    behind = [a for a in arms if a[0] * side[1] < 0]
+    for a in behind:
+        arm(*a)
+    cell.ellipse(16, 23.5 + bob, 6.6, 7.4, coat, 0, 0.6, 0.9)
+    if fy > -0.5:
+        cell.ellipse(16 + fx * 3.2, 26.2 + bob, 1.0, 1.0, (250, 224, 120), 0, 0.4)
+    for a in arms:
+        if a not in behind:
+            arm(*a)
+    head = (16 + fx * 1.2, 12.6 + bob + fy * 0.4)
+    cell.ellipse(*head, 7.0, 6.6, skin, 0, 0.5, 0.9)
+    if fy < -0.3:
+        cell.ellipse(head[0] - fx * 1.5, head[1] - 0.2, 6.4, 6.0, (112, 70, 40), 0, 0.5)
+    if fy > -0.9:
+        for sign in (-1, 1):
+            ex = head[0] + fx * 3.4 + sign * 2.5 * max(abs(fy), 0.35)
+            if fy < -0.3 and sign * fx < 0:
+                continue
+            blink = 0.4 if facing == 0 and step == 3 else 1.25
+            cell.ellipse(ex, head[1] + 0.6 + fy * 0.8, 1.0, blink, (36, 30, 44), 0, 0)
+        cell.ellipse(head[0] + fx * 4.6, head[1] + 3.0 + fy * 0.5, 1.1, 0.6, (196, 104, 92), 0, 0)
+    cell.ellipse(head[0], head[1] - 3.2, 8.4, 2.6, tuple(c * 0.8 for c in hat), 0, 0.5, 0.8)
+    cell.ellipse(head[0] - fx * 0.6, head[1] - 5.6, 5.0, 4.0, hat, 0, 0.6, 0.8)
+    return cell
+
+
+def fish(step, left):
+    cell = Cell(28, 18)
+    way = -1 if left else 1
+    wave = math.sin(step * math.pi / 2)
+    tail = 14 - way * 8.5
+    for sign in (-1, 1):
+        cell.ellipse(tail - way * 1.5, 9 + sign * 2.6 + wave * 1.6, 3.6, 2.0, (226, 96, 40), sign * way * 0.7, 0.5, 0.6)
+    cell.ellipse(14 - way, 4.6, 4.2, 2.4, (226, 96, 40), 0.25 * way, 0.4, 0.6)
+    cell.ellipse(14, 9, 8.6, 5.2, (250, 142, 50), 0, 0.6, 0.8)
+    cell.ellipse(14 - way * 1.0, 9, 1.5, 4.4, (255, 236, 214), 0, 0.3)
+    cell.ellipse(14 + way * 1.0, 10.6 + wave * 0.4, 2.6, 1.5, (226, 96, 40), way * 0.5, 0.4, 0.4)
+    cell.ellipse(14 + way * 5.2, 7.8, 1.5, 1.6, (255, 255, 255), 0, 0)
+    cell.ellipse(14 + way * 5.6, 7.9, 0.8, 0.9, (30, 26, 40), 0, 0)
+    return cell
+
+
+def bird(step, left):
+    cell = Cell(36, 28)
+    way = -1 if left else 1
+    lift = [1.0, 0.25, -0.75, 0.25][step]
+    cell.ellipse(18 - way * 2, 14 - lift * 6.0, 3.4, 7.4, (70, 96, 150), way * (0.55 + 0.25 * lift), 0.5, 0.7)
+    cell.ellipse(18 - way * 9.4, 15.6, 4.2, 1.9, (58, 80, 130), way * 0.2, 0.5, 0.6)
+    cell.ellipse(18, 15, 8.4, 4.6, (92, 126, 190), -way * 0.08, 0.6, 0.8)
+    cell.ellipse(18 + way * 1.4, 17, 5.6, 2.6, (236, 232, 222), -way * 0.08, 0.4)
+    cell.ellipse(18 + way * 8, 11.6, 3.9, 3.7, (92, 126, 190), 0, 0.6, 0.8)
+    cell.ellipse(18 + way * 12.6, 12.2, 2.4, 1.1, (244, 176, 52), way * 0.15, 0.4, 0.5)
+    cell.ellipse(18 + way * 9.2, 10.9, 0.9, 1.0, (24, 22, 34), 0, 0)
+    cell.ellipse(18 + way * 1.0, 14.6 - lift * 6.4, 3.6, 7.2, (118, 152, 212), -way * (0.35 - 0.15 * lift), 0.6, 0.7)
+    return cell
+
+
+def butterfly(step, wing):
+    cell = Cell(22, 20)
+    spread = [1.0, 0.72, 0.38, 0.72][step]
+    for sign in (-1, 1):
+        cell.ellipse(11 + sign * 4.6 * spread, 7.4, 4.8 * spread + 0.3, 5.0, wing, sign * 0.45, 0.5, 0.7)
+        cell.ellipse(11 + sign * 3.8 * spread, 13.4, 3.6 * spread + 0.3, 3.6, tuple(c * 0.86 for c in wing), -sign * 0.5, 0.5, 0.7)
+        cell.ellipse(11 + sign * 5.2 * spread, 7.0, 1.7 * spread, 1.8, (255, 246, 214), 0, 0.2)
+    cell.limb(11, 5, 11, 15.4, 1.15, (60, 44, 56), 0.3)
+    for sign in (-1, 1):
+        cell.limb(11, 5, 11 + sign * 2.4, 1.8, 0.42, (60, 44, 56))
+    return cell
+
+
+def ladybird(facing, step):
+    cell = Cell(20, 20)
+    fx, fy = FACINGS[facing]
+    turn = math.atan2(fy, fx)
+    for sign in (-1, 1):
+        for k in (-1, 0, 1):
+            wiggle = 0 if facing == 0 else math.sin(step * math.pi / 2 + k * 2.1 + sign) * 1.1
+            bx, by = 10 + fx * (k * 3 + wiggle), 10 + fy * (k * 3 + wiggle)
+            cell.limb(bx, by, bx - fy * sign * 6.6, by + fx * sign * 6.6, 0.75, (40, 32, 40))
+    cell.ellipse(10 + fx * 5.2, 10 + fy * 5.2, 3.0, 3.4, (48, 40, 50), turn, 0.6, 0.4)
+    cell.ellipse(10, 10, 6.4, 5.7, (216, 44, 40), turn, 0.6, 0.8)
+    cell.limb(10 - fx * 6, 10 - fy * 6, 10 + fx * 5, 10 + fy * 5, 0.45, (48, 24, 28))
+    for along, across in ((-2.8, 2.5), (-2.8, -2.5), (1.6, 2.7), (1.6, -2.7)):
+        cell.ellipse(10 + fx * along - fy * across, 10 + fy * along + fx * across, 1.25, 1.25, (44, 26, 30), 0, 0.3)
+    return cell
+
+
+def balloon(step, colour):
+    cell = Cell(34, 52)
+    sway = math.sin(step * math.pi / 3) * 0.9
+    for x in (-4, 4):
+        cell.limb(17 + x + sway, 31, 17 + x * 0.75 + sway * 0.6, 42, 0.5, (96, 70, 48))
+    cell.ellipse(17 + sway, 18, 14.6, 16.2, colour, 0, 0.62, 0.9)
+    for x, w in ((-8.4, 1.9), (0, 2.6), (8.4, 1.9)):
+        inside = ((cell.x - 17 - sway) / 14.6) ** 2 + ((cell.y - 18) / 16.2) ** 2 <= 1
+        bulge = np.sqrt(np.clip(1 - ((cell.y - 18) / 16.2) ** 2, 0, 1))
+        stripe = inside & (np.abs(cell.x - 17 - sway - x * bulge) < w * bulge)
+        tone = np.clip(0.75 - (cell.x - 17) / 40 - (cell.y - 18) / 46, 0.4, 1.15)
+        cell.paint(stripe, np.array((255, 244, 220), float) * tone[..., None])
+    cell.limb(12 + sway, 33.4, 22 + sway, 33.4, 1.1, tuple(c * 0.7 for c in colour), 0.4)
+    cell.ellipse(17 + sway * 0.6, 45, 5.0, 4.4, (168, 116, 66), 0, 0.5, 0.8)
+    cell.limb(12.6 + sway * 0.6, 42.4, 21.4 + sway * 0.6, 42.4, 1.1, (196, 142, 84), 0.4)
+    return cell
+
+
+def coin(step):
+    cell = Cell(18, 18)
+    turn = math.cos(step * math.pi / 6)
+    wide = max(abs(turn) * 7.2, 1.4)
+    cell.ellipse(9, 9, wide, 7.2, (244, 190, 52), 0, 0.6, 0.8)
+    if abs(turn) > 0.3:
+        cell.ellipse(9, 9, wide * 0.68, 4.9, (212, 150, 32), 0, 0.4)
+        cell.ellipse(9, 9, wide * 0.54, 4.0, (252, 212, 92), 0, 0.5)
+    return cell
+
+
+def burst(step):
+    """A single run of ten frames: a flash that opens into sparks."""
+    cell = Cell(48, 48)
+    t = step / 9
+    generator = np.random.default_rng(11)
+    if t < 0.55:
+        for size, colour in ((20, (250, 120, 40)), (14, (255, 186, 60)), (7, (255, 246, 190))):
+            r = size * math.sin(min(1, (t + 0.12) * 1.9) * math.pi * 0.78) * 0.86
+            if r > 0.5:
+                cell.ellipse(24, 24, r, r, colour, 0, 0.25)
+    for _ in range(22):
+        angle, speed, size = generator.uniform(0, 2 * math.pi), generator.uniform(8, 21), generator.uniform(1.3, 2.8)
+        warm = generator.choice([0, 1, 2])
+        r = size * (1 - t) + 0.35
+        way = speed * (1 - (1 - t) ** 2)
+        colour = ((255, 226, 120), (255, 160, 50), (240, 84, 48))[warm]
+        if t > 0.12 and step < 9:
+            cell.ellipse(24 + math.cos(angle) * way, 24 + math.sin(angle) * way + 4 * t * t, r, r, colour, 0, 0.4)
+    if step == 9:
+        cell.ellipse(24, 27, 0.8, 0.8, (240, 84, 48), 0, 0)
+    return cell
+
+
+def flower(kind):
+    cell = Cell(20, 28)
+    petal = [(240, 92, 128), (250, 200, 70), (150, 110, 220), (250, 250, 244)][kind]
+    cell.limb(10, 12, 9.4, 27, 0.9, (62, 128, 56), 0.3)
+    cell.ellipse(13, 20.4, 3.6, 1.5, (84, 160, 70), -0.6, 0.4, 0.4)
+    cell.ellipse(6.4, 22.6, 3.4, 1.4, (84, 160, 70), 0.6, 0.4, 0.4)
+    for k in range(6):
+        a = k * math.pi / 3 + 0.3
+        cell.ellipse(10 + math.cos(a) * 4.2, 9 + math.sin(a) * 4.2, 3.4, 2.5, petal, a, 0.5, 0.5)
+    cell.ellipse(10, 9, 2.7, 2.7, (246, 190, 60) if kind != 1 else (150, 84, 44), 0, 0.6, 0.4)
+    return cell
+
+
+def lantern(step):
+    cell = Cell(16, 16)
+    glow = 0.5 + 0.5 * math.sin(step * math.pi / 3)
+    cell.ellipse(8, 8, 4.0 + 2.2 * glow, 4.0 + 2.2 * glow, (250, 214, 92), 0, 0.3)
+    cell.ellipse(8, 8, 3.2, 3.2, (255, 250, 214), 0, 0.2)
+    return cell
+
+
+def smooth_noise(width, height, cells, generator):
+    """Value noise in 0..1 with smooth interpolation."""
+    grid = generator.random((cells[1] + 2, cells[0] + 2))
+    x, y = np.linspace(0, cells[0], width, endpoint=False), np.linspace(0, cells[1], height, endpoint=False)
+    ix, iy = x.astype(int), y.astype(int)
+    fx, fy = x - ix, y - iy
+    fx, fy = fx * fx * (3 - 2 * fx), fy * fy * (3 - 2 * fy)
+    top = grid[np.ix_(iy, ix)] * (1 - fx) + grid[np.ix_(iy, ix + 1)] * fx
+    low = grid[np.ix_(iy + 1, ix)] * (1 - fx) + grid[np.ix_(iy + 1, ix + 1)] * fx
+    return top * (1 - fy[:, None]) + low * fy[:, None]
+
+
+def clouds(width, height, generator):
+    total = sum(smooth_noise(width, height, (4 << k, 3 << k), generator) / 2 ** k for k in range(6))
+    return total / total.max()
+
+
+def mix(a, b, t):
+    return np.asarray(a, float) * (1 - t) + np.asarray(b, float) * t
+
+
+def ridge(x, generator, height, rough):
+    line = np.zeros_like(x)
+    for k in range(1, 8):
+        line += np.sin(x * 0.004 * rough * k + generator.uniform(0, 7)) / k ** 1.25
+    return height * line / np.abs(line).max()
+
+
+def tree(picture, cx, base, size, generator, tone):
+    y, x = np.mgrid[0:picture.shape[0], 0:picture.shape[1]]
+    trunk = (np.abs(x - cx) < size * 0.09) & (y > base - size * 0.5) & (y < base)
+    picture[trunk] = mix((88, 62, 44), (60, 42, 34), np.clip((x - cx + 4) / 8, 0, 1)[trunk][:, None])
+    for _ in range(26):
+        a, d = generator.uniform(0, 2 * math.pi), generator.uniform(0, 0.42) * size
+        bx, by, r = cx + math.cos(a) * d, base - size * 0.78 + math.sin(a) * d * 0.7, generator.uniform(0.14, 0.24) * size
+        u, v = (x - bx) / r, (y - by) / r
+        inside = u * u + v * v < 1
+        light = np.clip(0.62 - 0.28 * u - 0.36 * v, 0.15, 1.2)[inside][:, None]
+        picture[inside] = np.clip(np.array(tone) * light, 0, 255)
+
+
+def landscape(width=800, height=600):
+    generator = np.random.default_rng(20)
+    y, x = np.mgrid[0:height, 0:width].astype(float)
+    picture = mix((86, 148, 214), (252, 222, 176), np.clip(y / 270, 0, 1)[..., None] ** 1.2)
+    sun = np.hypot(x - 610, y - 120)
+    picture = mix(picture, (255, 246, 206), np.exp(-sun / 90)[..., None] * 0.9)
+    picture[sun < 34] = (255, 250, 224)
+    veil = np.clip((clouds(width, height, generator) - 0.58) * 4, 0, 1) * np.clip(1 - y / 260, 0, 1)
+    picture = mix(picture, (255, 252, 246), (veil * 0.85)[..., None])
+    layers = [(236, 62, 1.6, (138, 156, 190), (164, 176, 200)), (272, 44, 2.3, (104, 138, 146), (136, 164, 152)),
+              (306, 30, 1.5, (92, 146, 92), (134, 178, 96))]
+    for base, rise, rough, dark, light in layers:
+        line = base - ridge(x[0], generator, rise, rough)
+        texture = clouds(width, height, generator)[..., None]
+        land = mix(dark, light, np.clip(texture * 0.8 + (y[..., None] - base) / 300, 0, 1))
+        picture[y > line] = land[y > line]
+    meadow = 340 - 14 * np.sin(x / 150 + 0.6)
+    grain = clouds(width, height, generator)
+    blades = smooth_noise(width, height, (400, 90), generator)
+    grass = mix((88, 150, 62), (170, 206, 96), np.clip(grain * 1.3 - 0.25, 0, 1)[..., None])
+    grass = grass * (0.86 + 0.2 * blades[..., None]) * (1.08 - 0.28 * np.clip((y - 340) / 260, 0, 1))[..., None]
+    picture[y > meadow] = grass[y > meadow]
+    wobble = 8 * np.sin(x / 60) + 6 * np.sin(y / 25)
+    pond = np.hypot((x - 575 + wobble) / 190, (y - 500) / 62)
+    shore = (pond < 1.07) & (pond >= 1)
+    picture[shore] = mix(picture[shore], (214, 190, 130), 0.8)
+    water = pond < 1
+    ripple = 0.5 + 0.5 * np.sin(y * 0.9 + 3 * smooth_noise(width, height, (14, 40), generator) * 4)
+    deep = mix((52, 112, 160), (132, 190, 214), np.clip(ripple * 0.35 + (pond - 0.4) * 0.5, 0, 1)[..., None])
+    picture[water] = deep[water]
+    way = 250 + 90 * np.sin((y - 340) / 85) - (y - 340) * 0.35
+    wide = 10 + (y - 340) * 0.11
+    path = (y > meadow) & (np.abs(x - way) < wide) & ~water
+    edge = np.clip((wide - np.abs(x - way)) / 6, 0, 1)[..., None]
+    sand = mix((196, 164, 110), (226, 200, 148), np.clip(grain * 1.2 - 0.1, 0, 1)[..., None])
+    picture[path] = mix(picture, sand, edge)[path]
+    for cx, base, size, tone in ((60, 372, 96, (96, 156, 70)), (128, 352, 64, (112, 168, 82)), (742, 366, 88, (92, 150, 74)),
+                                 (690, 346, 56, (116, 170, 84)), (420, 344, 48, (120, 174, 92)), (30, 596, 150, (78, 138, 58))):
+        tree(picture, cx, base, size, generator, tone)
+    picture += generator.normal(0, 1.6, picture.shape)
+    return np.clip(np.round(picture), 0, 255).astype(np.uint8)
+
+
+def main():
+    ASSETS.mkdir(exist_ok=True)
+    for name, coat, hat, key in (("walker_red.png", (206, 66, 58), (126, 44, 48), (255, 0, 255)),
+                                 ("walker_blue.png", (64, 112, 200), (236, 196, 92), (0, 255, 0)),
+                                 ("walker_green.png", (88, 158, 92), (90, 64, 120), (0, 255, 255))):
+        write_png(name, sheet([[walker(f, s, coat, hat) for s in range(4)] for f in range(9)], key))
+    write_png("fish.png", sheet([[fish(s, left) for s in range(4)] for left in (False, True)], (0, 0, 0)))
+    write_png("bird.png", sheet([[bird(s, left) for s in range(4)] for left in (False, True)], (255, 255, 255)))
+    wings = [(246, 150, 60), (110, 160, 240), (236, 110, 170)]
+    write_png("butterfly.png", sheet([[butterfly(s, w) for s in range(4)] for w in wings], (0, 0, 255)))
+    write_png("ladybird.png", sheet([[ladybird(f, s) for s in range(4)] for f in range(9)], (0, 128, 128)))
+    write_png("balloon.png", sheet([[balloon(s, c) for s in range(6)] for c in ((222, 72, 66), (80, 130, 214))], (255, 255, 0)))
+    write_png("coin.png", sheet([[coin(s) for s in range(6)]], (128, 0, 128)))
+    write_png("burst.png", sheet([[burst(s) for s in range(10)]], (0, 64, 0)))
+    write_png("flower.png", sheet([[flower(k) for k in range(4)]], (255, 0, 128)))
+    write_png("lantern.png", sheet([[lantern(s) for s in range(6)]], (64, 0, 64)))
+    write_jpeg("meadow.jpg", landscape())
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
