@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Zlib
+// SDL's events, translated into the input state. Belongs to the display thread; a test calls it directly.
+#pragma once
+
+#include <SDL_events.h>
+
+#include <cstdint>
+
+namespace fenlight::platform {
+
+// The published virtual-key code of a key at its place on the keyboard, 0 where there is none.
+uint8_t VirtualKeyOf(SDL_Scancode scancode) noexcept;
+
+// Takes key, button and motion events; leaves all others alone.
+void FeedInput(const SDL_Event &event) noexcept;
+
+}  // namespace fenlight::platform

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Zlib
+#include "platform/window/message_box.h"
+
+#include <SDL_messagebox.h>
+
+#include <mutex>
+
+#include "fenlight/platform/windows.h"
+#include "platform/system/suspend_gate.h"
+#include "platform/window/ansi_text.h"
+#include "platform/window/display_thread.h"
+#include "platform/window/video.h"
+
+namespace fenlight::platform {
+namespace {
+
+// More than any screen shows.
+constexpr size_t kMaxCaptionBytes = 1024;
+constexpr size_t kMaxTextBytes = 64 * 1024;
+
+constexpr UINT kIconBits = 0xF0;
+constexpr UINT kErrorIcon = 0x10;
+constexpr UINT kWarningIcon = 0x30;
+
+struct LastBox {
+    std::mutex mutex;
+    MessageBoxRecord record;
+};
+
+// Never destroyed: a box may be asked for while the process exits.
+LastBox &TheLastBox() {
+    static LastBox &box = *new LastBox;
+    return box;
+}
+
+void Remember(const MessageBoxRecord &record) {
+    LastBox &last = TheLastBox();
+    const std::lock_guard lock(last.mutex);
+    const uint32_t count = last.record.count + 1;
+    last.record = record;
+    last.record.count = count;
+}
+
+Uint32 IconOf(UINT type) {
+    switch (type & kIconBits) {
+        case kErrorIcon:
+            return SDL_MESSAGEBOX_ERROR;
+        case kWarningIcon:
+            return SDL_MESSAGEBOX_WARNING;
+        default:
+            return SDL_MESSAGEBOX_INFORMATION;
+    }
+}
+
+void ShowBox(const MessageBoxRecord &record) {
+    // Keeps the owner's record alive as long as the box stands.
+    const PinnedWindow owner(record.owner);
+    RunOnDisplayThread([&] {
+        if (!HasDisplay()) return;
+        SDL_ShowSimpleMessageBox(IconOf(record.type), record.caption.c_str(), record.text.c_str(),
+                                 owner ? owner->frame : nullptr);
+    });
+}
+
+}  // namespace
+
+MessageBoxRecord LastMessageBox() {
+    LastBox &last = TheLastBox();
+    const std::lock_guard lock(last.mutex);
+    return last.record;
+}
+
+}  // namespace fenlight::platform
+
+using namespace fenlight::platform;
+
+int32_t MessageBoxA(HWND owner, const char *text, const char *caption, UINT type) noexcept {
+    PassSuspendGate();
+    const MessageBoxRecord record{
+        .owner = owner,
+        .type = type,
+        .caption = TextToUtf8(caption != nullptr ? caption : "Error", kMaxCaptionBytes),
+        .text = TextToUtf8(text, kMaxTextBytes)};
+    Remember(record);
+    // Whoever stops this thread must not wait until somebody answers the box.
+    const Resting rest;
+    ShowBox(record);
+    return IDOK;
+}

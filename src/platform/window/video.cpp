@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: Zlib
+#include "platform/window/video.h"
+
+#include <SDL.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/window/event_feed.h"
+#include "platform/window/window_picture.h"
+
+namespace fenlight::platform {
+namespace {
+
+constexpr int kUsualRefreshRate = 60;
+
+bool isVideoUp = false;
+WindowRecord *firstShown = nullptr;
+
+bool IsSet(const char *variable) {
+    const char *value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+// A driver that the user names is tried first. Without a choice only the two that show something come into
+// question: left to itself SDL would take over the text console, or draw off screen and say so on stderr.
+const char *PreferredDriver() {
+    if (IsSet("SDL_VIDEODRIVER")) return nullptr;
+    return IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY") ? "x11,wayland" : "dummy";
+}
+
+bool InitialiseWith(const char *driver) {
+    if (driver != nullptr) SDL_SetHintWithPriority(SDL_HINT_VIDEODRIVER, driver, SDL_HINT_OVERRIDE);
+    return SDL_InitSubSystem(SDL_INIT_VIDEO) == 0;
+}
+
+WindowRecord *FindShown(Uint32 windowId) {
+    SDL_Window *frame = SDL_GetWindowFromID(windowId);
+    WindowRecord *window = firstShown;
+    while (window != nullptr && window->frame != frame) window = window->nextShown;
+    return frame != nullptr ? window : nullptr;
+}
+
+void TakeOffScreen(WindowRecord &window) {
+    WindowRecord **link = &firstShown;
+    while (*link != nullptr && *link != &window) link = &(*link)->nextShown;
+    if (*link == nullptr) return;
+    *link = window.nextShown;
+    window.isOpen.store(false, std::memory_order_release);
+    SDL_DestroyWindow(window.frame);
+    window.frame = nullptr;
+}
+
+void TakeWindowEvent(const SDL_WindowEvent &event) {
+    WindowRecord *window = FindShown(event.windowID);
+    if (window == nullptr) return;
+    switch (event.event) {
+        case SDL_WINDOWEVENT_CLOSE:
+            TakeOffScreen(*window);
+            break;
+        case SDL_WINDOWEVENT_EXPOSED:
+        case SDL_WINDOWEVENT_SHOWN:
+        case SDL_WINDOWEVENT_RESTORED:
+        case SDL_WINDOWEVENT_SIZE_CHANGED:
+            window->needsShowing = true;
+            break;
+        default:
+            break;
+    }
+}
+
+std::chrono::nanoseconds RefreshPeriod(SDL_Window *frame) {
+    SDL_DisplayMode mode;
+    const bool isKnown = SDL_GetWindowDisplayMode(frame, &mode) == 0 && mode.refresh_rate > 0;
+    return std::chrono::nanoseconds(1'000'000'000 / (isKnown ? mode.refresh_rate : kUsualRefreshRate));
+}
+
+}  // namespace
+
+void StartVideo() noexcept {
+    SDL_SetMainReady();
+    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+    // Plain pictures only: the renderers behind the accelerated surface start threads and drivers of their
+    // own.
+    SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
+    SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
+    isVideoUp = InitialiseWith(PreferredDriver()) || InitialiseWith("dummy");
+    // Keys, not texts: an input method would keep some of them for itself.
+    if (isVideoUp) SDL_StopTextInput();
+}
+
+bool HasDisplay() noexcept {
+    const char *driver = isVideoUp ? SDL_GetCurrentVideoDriver() : nullptr;
+    return driver != nullptr && std::strcmp(driver, "dummy") != 0 && std::strcmp(driver, "offscreen") != 0;
+}
+
+bool AttachWindow(WindowRecord &window, const char *title) noexcept {
+    if (!isVideoUp || window.isDetached) return false;
+    window.frame = SDL_CreateWindow(title, SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, window.width,
+                                    window.height, SDL_WINDOW_SHOWN);
+    if (window.frame == nullptr) return false;
+    window.nextShown = firstShown;
+    firstShown = &window;
+    window.isOpen.store(true, std::memory_order_release);
+    return true;
+}
+
+void DetachWindow(WindowRecord &window) noexcept {
+    window.isDetached = true;
+    TakeOffScreen(window);
+}
+
+bool HasShownWindows() noexcept { return firstShown != nullptr; }
+
+void PumpEvents() noexcept {
+    SDL_Event event;
+    while (SDL_PollEvent(&event) != 0) {
+        FeedInput(event);
+        if (event.type == SDL_WINDOWEVENT) TakeWindowEvent(event.window);
+    }
+}
+
+void ShowChangedWindows() noexcept {
+    const auto now = std::chrono::steady_clock::now();
+    for (WindowRecord *window = firstShown; window != nullptr; window = window->nextShown) {
+        if (now < window->nextShow || !ShowWindowPicture(*window)) continue;
+        window->nextShow = now + RefreshPeriod(window->frame);
+    }
+}
+
+}  // namespace fenlight::platform

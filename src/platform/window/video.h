@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Zlib
+// SDL's side of the windows: driver, events, pictures. Owned by the display thread; every function here runs
+// on it and nowhere else, except where it says otherwise.
+#pragma once
+
+#include <SDL_video.h>
+
+#include "platform/window/window_record.h"
+
+namespace fenlight::platform {
+
+// Takes the display's own driver, or the dummy driver where there is no display. No signal handlers.
+void StartVideo() noexcept;
+// Is there a screen that somebody can look at?
+bool HasDisplay() noexcept;
+
+// Shows a window for the record; false if SDL has none to give. The record must be detached before it ends.
+bool AttachWindow(WindowRecord &window, const char *title) noexcept;
+// Takes the record's window off the screen; a record that is detached is never attached again.
+void DetachWindow(WindowRecord &window) noexcept;
+bool HasShownWindows() noexcept;
+
+// Takes what SDL has to tell: input goes to the input state, a window closed by hand goes off the screen.
+void PumpEvents() noexcept;
+// Brings the bitmaps that changed on the screen, each at most once per refresh of its display.
+void ShowChangedWindows() noexcept;
+
+}  // namespace fenlight::platform
