@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Zlib
-// The one thread that makes every SDL video call. It starts with the first task, sleeps while no window is
-// open, else pumps events and shows what changed, and never ends before the process does: when the process
-// exits, it comes to rest first, so that nothing it uses is taken down under it.
+// The one thread that makes every SDL video call but the message box. It starts with the first task, sleeps
+// while no window is open, else pumps events and shows what changed, and never ends before the process does:
+// when the process exits, it comes to rest first, so that nothing it uses is taken down under it.
 //
 // It is started without CreateThread: it is neither the caller's nor the library's, so it is not announced to
 // SetThreadNotification and nobody can suspend it.

@@ -23,8 +23,9 @@ constexpr UINT kErrorIcon = 0x10;
 constexpr UINT kWarningIcon = 0x30;
 
 struct LastBox {
-    std::mutex mutex;
+    std::mutex mutex;  // for the record
     MessageBoxRecord record;
+    std::mutex standing;  // held as long as a box stands
 };
 
 // Never destroyed: a box may be asked for while the process exits.
@@ -53,13 +54,17 @@ Uint32 IconOf(UINT type) {
 }
 
 void ShowBox(const MessageBoxRecord &record) {
-    // Keeps the owner's record alive as long as the box stands.
+    const std::lock_guard oneAtATime(TheLastBox().standing);
     const PinnedWindow owner(record.owner);
+    SDL_Window *frame = nullptr;
+    bool mayShow = false;
     RunOnDisplayThread([&] {
-        if (!HasDisplay()) return;
-        SDL_ShowSimpleMessageBox(IconOf(record.type), record.caption.c_str(), record.text.c_str(),
-                                 owner ? owner->frame : nullptr);
+        mayShow = BeginBox();
+        frame = owner ? owner->frame : nullptr;
     });
+    if (!mayShow) return;
+    SDL_ShowSimpleMessageBox(IconOf(record.type), record.caption.c_str(), record.text.c_str(), frame);
+    RunOnDisplayThread([] { EndBox(); });
 }
 
 }  // namespace

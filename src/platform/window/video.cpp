@@ -3,9 +3,9 @@
 
 #include <SDL.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "platform/window/event_feed.h"
 #include "platform/window/window_picture.h"
@@ -17,6 +17,9 @@ constexpr int kUsualRefreshRate = 60;
 
 bool isVideoUp = false;
 WindowRecord *firstShown = nullptr;
+bool isBoxStanding = false;
+SDL_Window *firstDoomed = nullptr;  // destroyed while a box stood; kNextDoomed leads to the next
+constexpr const char *kNextDoomed = "next doomed";
 
 bool IsSet(const char *variable) {
     const char *value = std::getenv(variable);
@@ -42,14 +45,19 @@ WindowRecord *FindShown(Uint32 windowId) {
     return frame != nullptr ? window : nullptr;
 }
 
+// At its end a box gives the focus back to the window that had it: until then every window must live.
+void DestroyFrame(SDL_Window *frame) {
+    if (!isBoxStanding) return SDL_DestroyWindow(frame);
+    SDL_SetWindowData(frame, kNextDoomed, std::exchange(firstDoomed, frame));
+}
+
 void TakeOffScreen(WindowRecord &window) {
     WindowRecord **link = &firstShown;
     while (*link != nullptr && *link != &window) link = &(*link)->nextShown;
     if (*link == nullptr) return;
     *link = window.nextShown;
     window.isOpen.store(false, std::memory_order_release);
-    SDL_DestroyWindow(window.frame);
-    window.frame = nullptr;
+    DestroyFrame(std::exchange(window.frame, nullptr));
 }
 
 void TakeWindowEvent(const SDL_WindowEvent &event) {
@@ -76,6 +84,12 @@ std::chrono::nanoseconds RefreshPeriod(SDL_Window *frame) {
     return std::chrono::nanoseconds(1'000'000'000 / (isKnown ? mode.refresh_rate : kUsualRefreshRate));
 }
 
+// Is there a screen that somebody can look at?
+bool HasDisplay() {
+    const char *driver = isVideoUp ? SDL_GetCurrentVideoDriver() : nullptr;
+    return driver != nullptr && std::strcmp(driver, "dummy") != 0 && std::strcmp(driver, "offscreen") != 0;
+}
+
 }  // namespace
 
 void StartVideo() noexcept {
@@ -88,11 +102,6 @@ void StartVideo() noexcept {
     isVideoUp = InitialiseWith(PreferredDriver()) || InitialiseWith("dummy");
     // Keys, not texts: an input method would keep some of them for itself.
     if (isVideoUp) SDL_StopTextInput();
-}
-
-bool HasDisplay() noexcept {
-    const char *driver = isVideoUp ? SDL_GetCurrentVideoDriver() : nullptr;
-    return driver != nullptr && std::strcmp(driver, "dummy") != 0 && std::strcmp(driver, "offscreen") != 0;
 }
 
 bool AttachWindow(WindowRecord &window, const char *title) noexcept {
@@ -113,7 +122,21 @@ void DetachWindow(WindowRecord &window) noexcept {
 
 bool HasShownWindows() noexcept { return firstShown != nullptr; }
 
+bool BeginBox() noexcept {
+    isBoxStanding = HasDisplay();
+    return isBoxStanding;
+}
+
+void EndBox() noexcept {
+    isBoxStanding = false;
+    while (firstDoomed != nullptr) {
+        void *next = SDL_GetWindowData(firstDoomed, kNextDoomed);
+        SDL_DestroyWindow(std::exchange(firstDoomed, static_cast<SDL_Window *>(next)));
+    }
+}
+
 void PumpEvents() noexcept {
+    if (isBoxStanding) return;
     SDL_Event event;
     while (SDL_PollEvent(&event) != 0) {
         FeedInput(event);

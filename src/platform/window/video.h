@@ -11,14 +11,18 @@ namespace fenlight::platform {
 
 // Takes the display's own driver, or the dummy driver where there is no display. No signal handlers.
 void StartVideo() noexcept;
-// Is there a screen that somebody can look at?
-bool HasDisplay() noexcept;
 
 // Shows a window for the record; false if SDL has none to give. The record must be detached before it ends.
 bool AttachWindow(WindowRecord &window, const char *title) noexcept;
 // Takes the record's window off the screen; a record that is detached is never attached again.
 void DetachWindow(WindowRecord &window) noexcept;
 bool HasShownWindows() noexcept;
+
+// Stand around SDL's message box, which runs on the thread that asked for it, so that pictures go on
+// meanwhile. The box touches SDL's keyboard, mouse and focus: in between no events are taken and no window is
+// destroyed, only put aside. False, and no box may be shown, where nobody can look at it. One box at a time.
+bool BeginBox() noexcept;
+void EndBox() noexcept;
 
 // Takes what SDL has to tell: input goes to the input state, a window closed by hand goes off the screen.
 void PumpEvents() noexcept;
