@@ -1,0 +1,345 @@
+// SPDX-License-Identifier: Zlib
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "platform/raster/model.h"
+
+namespace fenlight::test {
+namespace {
+
+using platform::Block;
+using platform::ScaledBlock;
+using platform::TransferColours;
+
+constexpr TransferColours kColours{0x302010, 0x0000FF, 0x302010, 0x01FF00};
+
+ScaledBlock Scaled(const Block &b) {
+    return {b.targetX, b.targetY, b.width, b.height, b.sourceX, b.sourceY, b.width, b.height};
+}
+
+std::string Describe(const PixelView &target, const PixelView &source, const ScaledBlock &b, DWORD code) {
+    std::string text = "formats " + std::to_string(static_cast<int>(source.format)) + " to " +
+                       std::to_string(static_cast<int>(target.format)) + ", code " +
+                       std::to_string(code >> 16);
+    for (const int32_t number : {b.targetX, b.targetY, b.targetWidth, b.targetHeight, b.sourceX, b.sourceY,
+                                 b.sourceWidth, b.sourceHeight}) {
+        text += ' ' + std::to_string(number);
+    }
+    return text;
+}
+
+// Runs the transfer and the model on equal bitmaps and compares all bytes, those around the rows too.
+template <typename Transfer>
+void ExpectLikeModel(Bitmap &target, const PixelView &source, const ScaledBlock &block, DWORD code,
+                     const TransferColours &colours, Key key, Transfer transfer) {
+    const std::vector<uint8_t> before = target.Bytes();
+    ASSERT_TRUE(transfer());
+    const std::vector<uint8_t> actual = target.Bytes();
+    target.Bytes() = before;
+    ModelTransfer(target.View(), &source, block, code, colours, key);
+    ASSERT_EQ(actual, target.Bytes()) << Describe(target.View(), source, block, code);
+}
+
+int32_t Between(std::mt19937 &random, int low, int high) {
+    return low + static_cast<int32_t>(random() % static_cast<unsigned>(high - low + 1));
+}
+
+// Positions and sizes that stick out now and then.
+Block RandomBlock(std::mt19937 &random) {
+    return {Between(random, -5, 30), Between(random, -3, 5),  Between(random, 0, 50),
+            Between(random, 0, 9),   Between(random, -5, 30), Between(random, -3, 5)};
+}
+
+ScaledBlock RandomScaledBlock(std::mt19937 &random) {
+    const auto size = [&](int high) { return Between(random, -high, high); };
+    return {Between(random, -20, 50), Between(random, -9, 15), size(90), size(20),
+            Between(random, -5, 40),  Between(random, -3, 9),  size(50), size(12)};
+}
+
+TEST(BlitBlock, GivesWhatTheTruthTableSaysForEveryCodeAndPairOfFormats) {
+    std::mt19937 random(11);
+    for (const PixelFormat from : kAllFormats) {
+        for (const PixelFormat to : kAllFormats) {
+            Bitmap source(from, 37, 7, random, true);
+            Bitmap target(to, 41, 7, random);
+            for (DWORD table = 0; table < 256; ++table) {
+                if (table % 8 == 0) target.Palette() = table % 16 == 0 ? source.Palette() : target.Palette();
+                const Block block = RandomBlock(random);
+                ExpectLikeModel(target, source.View(), Scaled(block), table << 16, kColours, {}, [&] {
+                    return BlitBlock(target.View(), &source.View(), block, table << 16, kColours);
+                });
+                if (HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
+TEST(BlitBlock, CrossesThePiecesOfLongRows) {
+    std::mt19937 random(12);
+    for (const PixelFormat from : kAllFormats) {
+        for (const PixelFormat to : kAllFormats) {
+            Bitmap source(from, 1203, 2, random);
+            Bitmap target(to, 1201, 2, random);
+            for (const DWORD code : {SRCCOPY, SRCPAINT, PATINVERT, DSTINVERT, WHITENESS}) {
+                const Block block{1, 0, 1300, 2, 3, 0};
+                ExpectLikeModel(target, source.View(), Scaled(block), code, kColours, {}, [&] {
+                    return BlitBlock(target.View(), &source.View(), block, code, kColours);
+                });
+                if (HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
+TEST(BlitBlock, NeedsNoSourceWhereTheCodeHasNoneAndFailsWhereItHas) {
+    std::mt19937 random(13);
+    for (const PixelFormat format : kAllFormats) {
+        Bitmap target(format, 40, 9, random);
+        for (const DWORD code : {PATCOPY, PATINVERT, DSTINVERT, BLACKNESS, WHITENESS, DWORD{0x0F0000}}) {
+            const Block block{3, 2, 30, 20, -1000, 1000};
+            ExpectLikeModel(target, target.View(), Scaled(block), code, kColours, {},
+                            [&] { return BlitBlock(target.View(), nullptr, block, code, kColours); });
+        }
+        const std::vector<uint8_t> before = target.Bytes();
+        EXPECT_FALSE(BlitBlock(target.View(), nullptr, {0, 0, 5, 5, 0, 0}, SRCCOPY, kColours));
+        EXPECT_FALSE(StretchBlock(target.View(), nullptr, {0, 0, 5, 5, 0, 0, 2, 2}, PATPAINT, kColours));
+        EXPECT_EQ(before, target.Bytes());
+    }
+}
+
+TEST(Transfers, ClipAtTheEndsOfTheNumbers) {
+    constexpr int32_t kMin = INT32_MIN;
+    constexpr int32_t kMax = INT32_MAX;
+    std::mt19937 random(14);
+    Bitmap source(PixelFormat::Bgr24, 9, 8, random);
+    Bitmap target(PixelFormat::Bgrx32, 8, 9, random);
+    const std::vector<Block> blocks{
+        {kMin, kMin, kMax, kMax, 0, 0},       {kMax, 0, kMax, kMax, kMax, 0}, {-5, -5, kMax, kMax, -4, -6},
+        {kMin + 1, 0, kMax, 4, kMin + 1, 0},  {2, 1, kMax, kMax, 3, 2},       {0, 0, -4, 5, 0, 0},
+        {-kMax, -kMax, kMax, kMax, 0, 0},     {4, 4, kMin, kMin, 4, 4},       {0, 0, 3, 0, 0, 0},
+        {kMin, kMin, kMax, kMax, kMin, kMin}, {0, 0, kMax, kMax, kMin, 0},    {7, 8, kMax, kMax, 8, 7}};
+    for (const Block &block : blocks) {
+        ScaledBlock plain = Scaled(block);
+        if (block.width < 0) plain.targetWidth = plain.sourceWidth = 0;
+        ExpectLikeModel(target, source.View(), plain, SRCCOPY, kColours, {},
+                        [&] { return BlitBlock(target.View(), &source.View(), block, SRCCOPY, kColours); });
+        ExpectLikeModel(target, source.View(), Scaled(block), SRCCOPY, {}, {true, 0xFF}, [&] {
+            return KeyedBlock(target.View(), source.View(), Scaled(block), 0xFF, kColours);
+        });
+    }
+    const std::vector<ScaledBlock> scaled{{kMin, kMin, kMax, kMax, 0, 0, 9, 8},
+                                          {kMax, kMax, kMin, kMin, kMax, kMax, kMin, kMin},
+                                          {kMax, 0, kMin, 9, 0, 0, kMax, 8},
+                                          {0, 0, kMax, kMax, 8, 7, kMin, kMin},
+                                          {-kMax / 2, -kMax / 2, kMax, kMax, 0, 0, 9, 8},
+                                          {0, 0, 8, 9, kMin, kMin, kMax, kMax},
+                                          {7, 8, kMin, kMin, 8, 7, -9, -8},
+                                          {0, 0, 8, 9, -kMax / 2, -kMax / 2, kMax, kMax},
+                                          {0, 0, 0, 5, 0, 0, 3, 3},
+                                          {0, 0, 5, 5, 0, 0, 3, 0}};
+    for (const ScaledBlock &block : scaled) {
+        for (const DWORD code : {SRCCOPY, DSTINVERT}) {
+            ExpectLikeModel(target, source.View(), block, code, kColours, {}, [&] {
+                return StretchBlock(target.View(), &source.View(), block, code, kColours);
+            });
+        }
+    }
+}
+
+TEST(StretchBlock, TakesTheSampleOfTheDefinitionForEveryPairOfFormats) {
+    std::mt19937 random(15);
+    for (const PixelFormat from : kAllFormats) {
+        for (const PixelFormat to : kAllFormats) {
+            Bitmap source(from, 37, 9, random);
+            Bitmap target(to, 61, 13, random, true);
+            for (int round = 0; round < 100; ++round) {
+                const DWORD code = round % 2 == 0 ? SRCCOPY : static_cast<DWORD>(random() % 256) << 16;
+                const ScaledBlock block = RandomScaledBlock(random);
+                ExpectLikeModel(target, source.View(), block, code, kColours, {}, [&] {
+                    return StretchBlock(target.View(), &source.View(), block, code, kColours);
+                });
+                if (HasFatalFailure()) return;
+                const COLORREF key = Bitmap::kColours[random() % 7];
+                ExpectLikeModel(target, source.View(), block, SRCCOPY, {}, {true, key}, [&] {
+                    return KeyedBlock(target.View(), source.View(), block, key, kColours);
+                });
+                if (HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
+// Rows worked out by hand.
+TEST(StretchBlock, DropsRepeatsAndMirrorsPixels) {
+    struct Case {
+        ScaledBlock block;
+        std::vector<uint8_t> row;
+    };
+    const std::vector<uint8_t> pixels{1, 2, 3, 4, 5};
+    for (const Case &c : std::vector<Case>{{{0, 0, 8, 1, 1, 0, 4, 1}, {2, 2, 3, 3, 4, 4, 5, 5}},
+                                           {{0, 0, 3, 1, 0, 0, 5, 1}, {1, 2, 4, 0, 0, 0, 0, 0}},
+                                           {{1, 0, 7, 1, 0, 0, 5, 1}, {0, 1, 1, 2, 3, 3, 4, 5}},
+                                           {{4, 0, -5, 1, 0, 0, 5, 1}, {5, 4, 3, 2, 1, 0, 0, 0}},
+                                           {{0, 0, 5, 1, 4, 0, -5, 1}, {5, 4, 3, 2, 1, 0, 0, 0}},
+                                           {{-2, 0, 10, 1, 0, 0, 5, 1}, {2, 2, 3, 3, 4, 4, 5, 5}}}) {
+        std::vector<uint8_t> from = pixels;
+        std::vector<uint8_t> to(8, 0);
+        const std::vector<uint32_t> palette(256, 0);
+        const PixelView source{from.data(), 5, 5, 1, PixelFormat::Indexed8, palette.data(), 256};
+        const PixelView target{to.data(), 8, 8, 1, PixelFormat::Indexed8, palette.data(), 256};
+        ASSERT_TRUE(StretchBlock(target, &source, c.block, SRCCOPY, {}));
+        EXPECT_EQ(to, c.row) << Describe(target, source, c.block, SRCCOPY);
+    }
+}
+
+TEST(Transfers, ReadEverythingBeforeItIsOverwritten) {
+    std::mt19937 random(16);
+    const auto check = [&](Bitmap &bitmap, const PixelView &source, int rounds) {
+        for (int round = 0; round < rounds; ++round) {
+            Block block = RandomBlock(random);
+            block.width += round % 3 == 0 ? 600 : 0;
+            if (round % 4 == 0) block.targetY = block.sourceY;
+            const DWORD code = round % 2 == 0 ? SRCCOPY : static_cast<DWORD>(random() % 256) << 16;
+            const ScaledBlock scaled = round % 3 == 0 ? Scaled(block) : RandomScaledBlock(random);
+            const COLORREF key = Bitmap::kColours[random() % 7];
+            ExpectLikeModel(bitmap, source, Scaled(block), code, kColours, {},
+                            [&] { return BlitBlock(bitmap.View(), &source, block, code, kColours); });
+            ExpectLikeModel(bitmap, source, scaled, code, kColours, {},
+                            [&] { return StretchBlock(bitmap.View(), &source, scaled, code, kColours); });
+            ExpectLikeModel(bitmap, source, scaled, SRCCOPY, {}, {true, key},
+                            [&] { return KeyedBlock(bitmap.View(), source, scaled, key, kColours); });
+            if (::testing::Test::HasFatalFailure()) return;
+        }
+    };
+    for (const PixelFormat format : kAllFormats) {
+        Bitmap bitmap(format, 700, 9, random, format == PixelFormat::Bgr24);
+        check(bitmap, bitmap.View(), 40);
+        // Another layout over the same bytes: upside down, one row less, then as pixels of half the size.
+        PixelView other = bitmap.View();
+        other.topRow = other.Row(other.height - 1);
+        other.pitch = -other.pitch;
+        other.height -= 1;
+        check(bitmap, other, 12);
+        if (HasFatalFailure()) return;
+        other.format = PixelFormat::Mono;
+        check(bitmap, other, 12);
+        if (HasFatalFailure()) return;
+    }
+}
+
+// Key-colour painting told by eight plain transfers with two masks, in 32-bit contexts of their own.
+void PaintThroughMasks(const PixelView &target, const PixelView &source, const Block &b, COLORREF key,
+                       std::mt19937 &random) {
+    Bitmap mask(PixelFormat::Mono, b.width, b.height, random);
+    Bitmap inverse(PixelFormat::Mono, b.width, b.height, random);
+    Bitmap compose(PixelFormat::Bgrx32, b.width, b.height, random);
+    Bitmap frame(PixelFormat::Bgrx32, b.width, b.height, random);
+    const Block fromSource{0, 0, b.width, b.height, b.sourceX, b.sourceY};
+    const Block fromTarget{0, 0, b.width, b.height, b.targetX, b.targetY};
+    const Block whole{0, 0, b.width, b.height, 0, 0};
+    TransferColours keyed;
+    keyed.sourceBackground = key;
+    BlitBlock(mask.View(), &source, fromSource, SRCCOPY, keyed);
+    BlitBlock(inverse.View(), &mask.View(), whole, NOTSRCCOPY, {});
+    BlitBlock(compose.View(), &target, fromTarget, SRCCOPY, {});
+    BlitBlock(compose.View(), &mask.View(), whole, SRCAND, {});
+    BlitBlock(frame.View(), &source, fromSource, SRCCOPY, {});
+    BlitBlock(frame.View(), &inverse.View(), whole, SRCAND, {});
+    BlitBlock(compose.View(), &frame.View(), whole, SRCINVERT, {});
+    BlitBlock(target, &compose.View(), {b.targetX, b.targetY, b.width, b.height, 0, 0}, SRCCOPY, {});
+}
+
+TEST(KeyedBlock, EqualsEightTransfersThroughMasksForEveryPairOfFormats) {
+    std::mt19937 random(17);
+    for (const PixelFormat from : kAllFormats) {
+        for (const PixelFormat to : kAllFormats) {
+            Bitmap source(from, 83, 7, random);
+            Bitmap target(to, 79, 9, random, true);
+            for (int round = 0; round < 40; ++round) {
+                Block block{Between(random, -9, 70), Between(random, -2, 8), 1, 1, Between(random, 0, 30), 1};
+                block.width = Between(random, 1, 83 - block.sourceX);
+                block.height = Between(random, 1, 6);
+                const int32_t right = block.sourceX + block.width - 1;
+                const COLORREF key =
+                    round == 0 ? CLR_INVALID : ReadPixel(source.View(), right, block.sourceY);
+                const std::vector<uint8_t> before = target.Bytes();
+                PaintThroughMasks(target.View(), source.View(), block, key, random);
+                const PixelView &view = target.View();
+                std::vector<uint32_t> expected = TakePixels(view);
+                for (uint32_t &pixel : expected) pixel = ModelColour(view, pixel);
+                target.Bytes() = before;
+                ASSERT_TRUE(KeyedBlock(view, source.View(), Scaled(block), key, kColours));
+                std::vector<uint32_t> actual = TakePixels(view);
+                for (uint32_t &pixel : actual) pixel = ModelColour(view, pixel);
+                ASSERT_EQ(actual, expected) << Describe(view, source.View(), Scaled(block), key);
+            }
+        }
+    }
+}
+
+TEST(CopyUnion, CopiesEachPixelOfAnyRectangleAndNoOther) {
+    std::mt19937 random(18);
+    for (const PixelFormat from : kAllFormats) {
+        for (const PixelFormat to : kAllFormats) {
+            Bitmap source(from, 331, 60, random);
+            Bitmap target(to, 340, 55, random, true);
+            for (const int count : {0, 1, 3, 40, 1500}) {
+                std::vector<RECT> rectangles{{INT32_MIN, INT32_MIN, 2, 1},
+                                             {330, 50, INT32_MAX, INT32_MAX},
+                                             {9, 9, 9, 20},
+                                             {20, 9, 10, 20},
+                                             {INT32_MIN, 3, INT32_MIN, 9},
+                                             {INT32_MAX, INT32_MAX, INT32_MIN, 0}};
+                rectangles.resize(std::min<size_t>(rectangles.size(), static_cast<size_t>(count)));
+                while (rectangles.size() < static_cast<size_t>(count)) {
+                    const LONG x = Between(random, -20, 340);
+                    const LONG y = Between(random, -20, 60);
+                    rectangles.push_back({x, y, x + Between(random, -1, 30), y + Between(random, -1, 9)});
+                }
+                PixelView clean = source.View();
+                const std::vector<uint8_t> before = target.Bytes();
+                ASSERT_TRUE(CopyUnion(target.View(), clean, rectangles, kColours));
+                const std::vector<uint8_t> actual = target.Bytes();
+                target.Bytes() = before;
+                for (int y = 0; y < 55; ++y) {
+                    for (int x = 0; x < 331; ++x) {
+                        const bool isCovered =
+                            std::any_of(rectangles.begin(), rectangles.end(), [=](const RECT &r) {
+                                return x >= r.left && x < r.right && y >= r.top && y < r.bottom;
+                            });
+                        if (!isCovered) continue;
+                        const uint32_t raw = RawPixel(clean, x, y);
+                        SetRawPixel(target.View(), x, y, ModelConvert(clean, target.View(), raw, kColours));
+                    }
+                }
+                ASSERT_EQ(actual, target.Bytes()) << count << " rectangles, formats "
+                                                  << static_cast<int>(from) << " to " << static_cast<int>(to);
+            }
+        }
+    }
+}
+
+TEST(Pixels, ReadWriteAndMatchInEveryFormat) {
+    std::mt19937 random(19);
+    for (const PixelFormat format : kAllFormats) {
+        Bitmap bitmap(format, 19, 3, random, true);
+        const PixelView &view = bitmap.View();
+        for (int x = 0; x < 19; ++x) {
+            const COLORREF colour = random() & 0xFFFFFF;
+            const std::vector<uint32_t> before = TakePixels(view);
+            const uint32_t expected = ModelMatch(view, platform::SwapRedBlue(colour));
+            WritePixel(view, x, 1, colour | 0x7F000000);
+            std::vector<uint32_t> after = TakePixels(view);
+            EXPECT_EQ(after[static_cast<size_t>(19 + x)], expected);
+            EXPECT_EQ(ReadPixel(view, x, 1), platform::SwapRedBlue(ModelColour(view, expected)));
+            EXPECT_EQ(NearestColour(view, colour), ReadPixel(view, x, 1));
+            after[static_cast<size_t>(19 + x)] = before[static_cast<size_t>(19 + x)];
+            EXPECT_EQ(after, before) << "a neighbour changed, format " << static_cast<int>(format);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace fenlight::test
