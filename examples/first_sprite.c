@@ -14,8 +14,8 @@ int main(void) {
     BitBlt(back, 0, 0, 800, 600, clean, 0, 0, SRCCOPY);
     BitBlt(screen, 0, 0, 800, 600, clean, 0, 0, SRCCOPY);
 
-    /* Strips of 4 frames of 32 x 40, a new frame every 8 passes, at (100, 420), 2 pixels a step. */
-    uintptr_t walker = InitSprite(strips, screen, back, clean, 0, 0, 32, 40, 4, 1, 8, 100, 420, 2, 2);
+    /* Strips of 4 frames of 32 x 40, a new frame every 8 passes, at (100, 420), 3 pixels a step. */
+    uintptr_t walker = InitSprite(strips, screen, back, clean, 0, 0, 32, 40, 4, 1, 8, 100, 420, 3, 3);
     if (!walker) return 1;
     for (int facing = 0; facing <= 8; ++facing) SetSpriteAnimMove(walker, facing, 0, 40 * facing);
 

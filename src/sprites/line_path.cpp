@@ -8,7 +8,8 @@ namespace fenlight {
 
 namespace {
 
-// Guards Path of every record against halves of two paths in one. Never nested.
+// Guards Path of every record against halves of two paths in one. The innermost lock: taken under
+// SpriteListLock too, and none is taken under it.
 std::mutex pathLock;
 
 PathPoints LoadPath(const SpriteRecord &record) {

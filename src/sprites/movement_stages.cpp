@@ -31,7 +31,7 @@ int32_t DirectionOf(const SpriteRecord &record) noexcept {
 namespace {
 
 // Keeps the six words of a cage together: half of a new cage beside half of an old one would send a sprite
-// home that was never outside. Never nested, held for these words only.
+// home that was never outside. The innermost lock, held for these words only.
 std::mutex cageLock;
 
 int32_t StepX(const SpriteRecord &record) {

@@ -24,7 +24,8 @@ struct BlockHeader {
 };
 static_assert(sizeof(BlockHeader) % alignof(Waypoint) == 0);
 
-// Guards Table of every record, and the four words beside it where they must agree with it. Never nested.
+// Guards Table of every record, and the four words beside it where they must agree with it. The innermost
+// lock: taken under SpriteListLock too, and none is taken under it.
 std::mutex tableLock;
 
 // The words and the block as they go in and out together.

@@ -15,8 +15,10 @@ void Unfilter(uint8_t *row, const uint8_t *previous, const uint8_t *filtered, si
 template <PixelLayout layout>
 constexpr LayoutKernels Kernels() {
     using enum PngFilter;
-    return {Unfilter<layout, None>, Unfilter<layout, Sub>, Unfilter<layout, Up>, Unfilter<layout, Average>,
-            Unfilter<layout, Paeth>};
+    return {{Unfilter<layout, None>, Unfilter<layout, Sub>, Unfilter<layout, Up>, Unfilter<layout, Average>,
+             Unfilter<layout, Paeth>},
+            nullptr,
+            nullptr};
 }
 
 }  // namespace

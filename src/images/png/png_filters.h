@@ -22,12 +22,26 @@ constexpr int kFilterTypes = 5;
 // `rowBytes` is a multiple of the layout's bytes, and exactly so many are read and written.
 using UnfilterRow = void (*)(uint8_t *row, const uint8_t *previous, const uint8_t *filtered, size_t rowBytes);
 
-// One kernel for each filter, in the order of the filter byte.
-using LayoutKernels = std::array<UnfilterRow, kFilterTypes>;
+// Rows under one another that all have the Paeth filter. Its chain from pixel to pixel is so long that a
+// processor can work on several rows at once, each a little behind the one above.
+struct PaethRows {
+    uint8_t *row;  // the uppermost
+    size_t pitch;
+    const uint8_t *previous;
+    const uint8_t *filtered;  // of the uppermost; the others follow, each behind its filter byte
+    size_t rowBytes;
+};
+using UnfilterPaethRows = void (*)(const PaethRows &rows);
+
+struct LayoutKernels {
+    std::array<UnfilterRow, kFilterTypes> rows;  // in the order of the filter byte
+    UnfilterPaethRows twoPaeth;                  // both null where row by row is as fast
+    UnfilterPaethRows fourPaeth;
+};
 
 struct FilterKernels {
     const char *name;
-    std::array<LayoutKernels, kPixelLayouts> rows;
+    std::array<LayoutKernels, kPixelLayouts> layouts;
 };
 
 extern const FilterKernels kPlainFilters;

@@ -22,6 +22,19 @@ constexpr size_t kVector = 16;
 __m128i Load(const uint8_t *bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes)); }
 void Store(uint8_t *bytes, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes), v); }
 
+// Eight bytes as 16-bit samples.
+__m128i LoadWide(const uint8_t *bytes) {
+    return _mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(bytes)));
+}
+
+// One pixel as 16-bit samples in the low half, zeros above it.
+template <PixelLayout layout>
+__m128i LoadFirstPixel(const uint8_t *bytes) {
+    uint32_t pixel = 0;
+    std::memcpy(&pixel, bytes, PixelBytes(layout));
+    return _mm_cvtepu8_epi16(_mm_cvtsi32_si128(static_cast<int>(pixel)));
+}
+
 // Four pixels of three or four bytes, one in each 32-bit lane.
 template <PixelLayout layout>
 struct Quad {
@@ -115,13 +128,16 @@ struct PaethPair {
 
 // The choice of PredictPaeth among three finished results: adding the filtered byte beforehand keeps it out
 // of the chain. Bytes wrap inside their 16-bit lanes.
-inline __m128i PaethStep(__m128i left, const PaethPair &pixel) {
-    const __m128i threshold = _mm_sub_epi16(pixel.threshold, left);
-    const __m128i low = _mm_min_epi16(left, pixel.up);
-    const __m128i high = _mm_max_epi16(left, pixel.up);
+inline __m128i PaethChoice(__m128i left, __m128i up, __m128i threshold, __m128i corner, __m128i filtered) {
+    const __m128i low = _mm_min_epi16(left, up);
+    const __m128i high = _mm_max_epi16(left, up);
     const __m128i lowOrCorner =
-        _mm_blendv_epi8(_mm_add_epi8(low, pixel.filtered), pixel.corner, _mm_cmpgt_epi16(high, threshold));
-    return _mm_blendv_epi8(_mm_add_epi8(high, pixel.filtered), lowOrCorner, _mm_cmpgt_epi16(threshold, low));
+        _mm_blendv_epi8(_mm_add_epi8(low, filtered), corner, _mm_cmpgt_epi16(high, threshold));
+    return _mm_blendv_epi8(_mm_add_epi8(high, filtered), lowOrCorner, _mm_cmpgt_epi16(threshold, low));
+}
+
+inline __m128i PaethStep(__m128i left, const PaethPair &pixel) {
+    return PaethChoice(left, pixel.up, _mm_sub_epi16(pixel.threshold, left), pixel.corner, pixel.filtered);
 }
 
 template <PixelLayout layout>
@@ -147,6 +163,135 @@ void PaethRow(uint8_t *row, const uint8_t *previous, const uint8_t *filtered, si
             row + i, _mm_packus_epi16(_mm_unpacklo_epi64(first, second), _mm_unpacklo_epi64(third, left)));
     }
     UnfilterFrom<layout, Paeth>(i, row, previous, filtered, rowBytes);
+}
+
+// Half a register each for two rows that lie under one another: while the upper row is at one pixel, the
+// lower is at the pixel before, whose upper neighbour is just finished. Two rows take little longer than one.
+struct PaethWave {
+    __m128i left;  // low half: the upper row's last pixel, high half: the lower row's
+    __m128i up;    // of the step before, so the corners of the next
+
+    __m128i Step(__m128i upPixels, __m128i filteredPixels) {
+        const __m128i thrice = _mm_add_epi16(_mm_add_epi16(up, up), up);
+        const __m128i corner = _mm_add_epi8(up, filteredPixels);
+        left = PaethChoice(left, upPixels, _mm_sub_epi16(_mm_sub_epi16(thrice, left), upPixels), corner,
+                           filteredPixels);
+        up = upPixels;
+        return left;
+    }
+};
+
+// Two Paeth rows, four steps of the wave at a time.
+template <PixelLayout layout>
+class PaethPairRun {
+  public:
+    using Pixels = Quad<layout>;
+    static constexpr size_t kAhead = PixelBytes(layout);  // of the upper row before the lower
+
+    PaethPairRun(const PaethRows &rows, int first)
+        : row_(rows.row + first * rows.pitch),
+          lowerRow_(row_ + rows.pitch),
+          previous_(first == 0 ? rows.previous : row_ - rows.pitch),
+          filtered_(rows.filtered + static_cast<size_t>(first) * (rows.rowBytes + 1)),
+          lowerFiltered_(filtered_ + rows.rowBytes + 1),
+          rowBytes_(rows.rowBytes) {}
+
+    void Start() {
+        UnfilterFrom<layout, Paeth>(0, row_, previous_, filtered_, kAhead);
+        wave_ = {LoadFirstPixel<layout>(row_), LoadFirstPixel<layout>(previous_)};
+    }
+
+    bool HasBlock(size_t i) const { return i + kAhead + kVector <= rowBytes_; }
+
+    void DoBlock(size_t i) {
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i above = Pixels::LoadRow(previous_ + i + kAhead);
+        const __m128i upper = Pixels::LoadFiltered(filtered_ + i + kAhead);
+        const __m128i lower = Pixels::LoadFiltered(lowerFiltered_ + i);
+        const __m128i aboveFront = _mm_unpacklo_epi8(above, zero), aboveBack = _mm_unpackhi_epi8(above, zero);
+        const __m128i upperFront = _mm_unpacklo_epi8(upper, zero), upperBack = _mm_unpackhi_epi8(upper, zero);
+        const __m128i lowerFront = _mm_unpacklo_epi8(lower, zero), lowerBack = _mm_unpackhi_epi8(lower, zero);
+        const __m128i first = wave_.Step(_mm_unpacklo_epi64(aboveFront, wave_.left),
+                                         _mm_unpacklo_epi64(upperFront, lowerFront));
+        const __m128i second =
+            wave_.Step(_mm_alignr_epi8(first, aboveFront, 8), _mm_unpackhi_epi64(upperFront, lowerFront));
+        const __m128i third =
+            wave_.Step(_mm_unpacklo_epi64(aboveBack, second), _mm_unpacklo_epi64(upperBack, lowerBack));
+        const __m128i fourth =
+            wave_.Step(_mm_alignr_epi8(third, aboveBack, 8), _mm_unpackhi_epi64(upperBack, lowerBack));
+        Pixels::StoreRow(row_ + i + kAhead, _mm_packus_epi16(_mm_unpacklo_epi64(first, second),
+                                                             _mm_unpacklo_epi64(third, fourth)));
+        Pixels::StoreRow(lowerRow_ + i, _mm_packus_epi16(_mm_unpackhi_epi64(first, second),
+                                                         _mm_unpackhi_epi64(third, fourth)));
+    }
+
+    void Finish(size_t i) {
+        for (; HasBlock(i); i += Pixels::kBytes) DoBlock(i);
+        UnfilterFrom<layout, Paeth>(i + kAhead, row_, previous_, filtered_, rowBytes_);
+        UnfilterFrom<layout, Paeth>(i, lowerRow_, row_, lowerFiltered_, rowBytes_);
+    }
+
+  private:
+    uint8_t *row_;
+    uint8_t *lowerRow_;
+    const uint8_t *previous_;
+    const uint8_t *filtered_;
+    const uint8_t *lowerFiltered_;
+    size_t rowBytes_;
+    PaethWave wave_;
+};
+
+template <PixelLayout layout>
+void PaethTwoRows(const PaethRows &rows) {
+    PaethPairRun<layout> pair(rows, 0);
+    pair.Start();
+    pair.Finish(0);
+}
+
+// Two pairs, the second so far behind the first that it never waits for a store of it: the processor works on
+// both chains at once.
+template <PixelLayout layout>
+void PaethFourRows(const PaethRows &rows) {
+    constexpr size_t step = Quad<layout>::kBytes;
+    constexpr size_t lag = 8 * step;
+    PaethPairRun<layout> upper(rows, 0);
+    PaethPairRun<layout> lower(rows, 2);
+    upper.Start();
+    size_t i = 0;
+    for (; i < lag && upper.HasBlock(i); i += step) upper.DoBlock(i);
+    if (i < lag) {
+        upper.Finish(i);
+        lower.Start();
+        lower.Finish(0);
+        return;
+    }
+    lower.Start();
+    for (; upper.HasBlock(i); i += step) {
+        upper.DoBlock(i);
+        lower.DoBlock(i - lag);
+    }
+    upper.Finish(i);
+    lower.Finish(i - lag);
+}
+
+// Pixels of six and eight bytes, one at a time. A vector of eight bytes may reach into the next pixel, which
+// the next step writes again.
+template <PixelLayout layout, PngFilter filter>
+void WideRow(uint8_t *row, const uint8_t *previous, const uint8_t *filtered, size_t rowBytes) {
+    constexpr size_t bytes = PixelBytes(layout);
+    __m128i left = _mm_setzero_si128();
+    __m128i corner = left;
+    size_t i = 0;
+    for (; i + 8 <= rowBytes; i += bytes) {
+        const __m128i v = LoadWide(filtered + i);
+        const __m128i up = LoadWide(previous + i);
+        if constexpr (filter == Sub) left = _mm_add_epi8(left, v);
+        if constexpr (filter == Average) left = _mm_add_epi8(_mm_srli_epi16(_mm_add_epi16(left, up), 1), v);
+        if constexpr (filter == Paeth) left = PaethStep(left, PaethPair(up, corner, v));
+        corner = up;
+        _mm_storel_epi64(reinterpret_cast<__m128i *>(row + i), _mm_packus_epi16(left, left));
+    }
+    UnfilterFrom<layout, filter>(i, row, previous, filtered, rowBytes);
 }
 
 // Swaps red and blue of five or four whole pixels; the last byte of five belongs to the next.
@@ -206,25 +351,37 @@ void PlainRow(uint8_t *row, const uint8_t *previous, const uint8_t *filtered, si
     UnfilterFrom<layout, filter>(0, row, previous, filtered, rowBytes);
 }
 
-// Pixels of three and four bytes.
+// Pixels of one and two bytes: Average and Paeth gain nothing from vectors.
+template <PixelLayout layout>
+constexpr LayoutKernels NarrowKernels() {
+    return {{NoneRow<layout>, SubBytesRow<layout>, UpRow<layout>, PlainRow<layout, Average>,
+             PlainRow<layout, Paeth>},
+            nullptr,
+            nullptr};
+}
+
+// Three and four bytes.
 template <PixelLayout layout>
 constexpr LayoutKernels QuadKernels() {
-    return {NoneRow<layout>, SubRow<layout>, UpRow<layout>, AverageRow<layout>, PaethRow<layout>};
+    return {{NoneRow<layout>, SubRow<layout>, UpRow<layout>, AverageRow<layout>, PaethRow<layout>},
+            PaethTwoRows<layout>,
+            PaethFourRows<layout>};
+}
+
+template <PixelLayout layout>
+constexpr LayoutKernels WideKernels() {
+    return {{NoneRow<layout>, WideRow<layout, Sub>, UpRow<layout>, WideRow<layout, Average>,
+             WideRow<layout, Paeth>},
+            nullptr,
+            nullptr};
 }
 
 }  // namespace
 
-constexpr FilterKernels kSse4Filters = {"sse4",
-                                        {LayoutKernels{NoneRow<Bytes1>, SubBytesRow<Bytes1>, UpRow<Bytes1>,
-                                                       PlainRow<Bytes1, Average>, PlainRow<Bytes1, Paeth>},
-                                         LayoutKernels{NoneRow<Bytes2>, SubBytesRow<Bytes2>, UpRow<Bytes2>,
-                                                       PlainRow<Bytes2, Average>, PlainRow<Bytes2, Paeth>},
-                                         QuadKernels<Bytes4>(),
-                                         LayoutKernels{NoneRow<Bytes6>, PlainRow<Bytes6, Sub>, UpRow<Bytes6>,
-                                                       PlainRow<Bytes6, Average>, PlainRow<Bytes6, Paeth>},
-                                         LayoutKernels{NoneRow<Bytes8>, PlainRow<Bytes8, Sub>, UpRow<Bytes8>,
-                                                       PlainRow<Bytes8, Average>, PlainRow<Bytes8, Paeth>},
-                                         QuadKernels<SwappedRgb>(), QuadKernels<SwappedRgba>()}};
+constexpr FilterKernels kSse4Filters = {
+    "sse4",
+    {NarrowKernels<Bytes1>(), NarrowKernels<Bytes2>(), QuadKernels<Bytes4>(), WideKernels<Bytes6>(),
+     WideKernels<Bytes8>(), QuadKernels<SwappedRgb>(), QuadKernels<SwappedRgba>()}};
 
 }  // namespace fenlight
 #endif

@@ -41,29 +41,57 @@ class WorkRows {
 class RowReader {
   public:
     RowReader(const PngContext &context, const PngFormat &format, const FilterKernels &filters) noexcept
-        : kernels_(filters.rows[static_cast<size_t>(format.layout)]), position_(context.rawData) {}
+        : kernels_(filters.layouts[static_cast<size_t>(format.layout)]),
+          position_(context.rawData),
+          end_(context.rawData + context.rawSize) {}
 
     bool Next(uint8_t *row, const uint8_t *previous, size_t rowBytes) noexcept {
         const uint8_t filter = *position_;
         if (filter >= kFilterTypes) return false;
-        kernels_[filter](row, previous, position_ + 1, rowBytes);
+        kernels_.rows[filter](row, previous, position_ + 1, rowBytes);
         position_ += rowBytes + 1;
         return true;
     }
 
+    // Several Paeth rows at once where that is faster. The rows done: 0, 2 or 4.
+    uint32_t NextPaethRows(uint8_t *row, size_t pitch, const uint8_t *previous, size_t rowBytes) noexcept {
+        if (kernels_.twoPaeth == nullptr) return 0;
+        const uint32_t count = CountPaethRows(rowBytes + 1) & ~1u;
+        if (count == 0) return 0;
+        const UnfilterPaethRows unfilter = count == 4 ? kernels_.fourPaeth : kernels_.twoPaeth;
+        unfilter({row, pitch, previous, position_ + 1, rowBytes});
+        position_ += count * (rowBytes + 1);
+        return count;
+    }
+
   private:
+    // Up to four.
+    uint32_t CountPaethRows(size_t step) const noexcept {
+        uint32_t count = 0;
+        for (const uint8_t *filter = position_; count < 4 && filter != end_; filter += step, ++count) {
+            if (*filter != static_cast<uint8_t>(PngFilter::Paeth)) break;
+        }
+        return count;
+    }
+
     const LayoutKernels &kernels_;
     const uint8_t *position_;
+    const uint8_t *end_;
 };
 
 // The unfiltered row is the bitmap's row, so each row serves as the previous one of the next where it lies.
 bool StoreDirectly(const PngContext &context, size_t rowBytes, RowReader &reader, const WorkRows &work,
                    const BitmapRows &target) {
     const uint8_t *previous = work.Previous();
-    for (uint32_t y = 0; y < context.height; ++y) {
-        uint8_t *const row = target.Row(y);
-        if (!reader.Next(row, previous, rowBytes)) return false;
-        previous = row;
+    uint32_t y = 0;
+    while (y < context.height) {
+        uint32_t count = reader.NextPaethRows(target.Row(y), target.pitch, previous, rowBytes);
+        if (count == 0) {
+            if (!reader.Next(target.Row(y), previous, rowBytes)) return false;
+            count = 1;
+        }
+        y += count;
+        previous = target.Row(y - 1);
     }
     return true;
 }

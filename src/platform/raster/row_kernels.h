@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Zlib
+// The row loops that matter for speed, in one version for every machine and others for what a processor may
+// have. The table is chosen once, at the first transfer; only tests choose another. A kernel sees memory and
+// sizes, nothing else: the blocks have been clipped and do not overlap within a row.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace fenlight::platform {
+
+// `rows` rows of `width` pixels; for CopyBytes the width is in bytes. A walk from the bottom up has both pointers
+// at the last row and both pitches negated.
+struct RowBlock {
+    uint8_t *target;
+    ptrdiff_t targetPitch;
+    const uint8_t *source;
+    ptrdiff_t sourcePitch;
+    int64_t width;
+    int64_t rows;
+};
+
+// Where the pixels of a scaled row come from: those of the group i (16 pixels of the target) lie in the
+// kScaleWindow pixels from windows[i] on, at the places that `offsets` tells.
+constexpr int32_t kScaleGroup = 16;
+constexpr int32_t kScaleWindow = 32;
+struct ScalePlan {
+    const int32_t *positions;  // source pixel of each target pixel
+    int32_t count;
+    int32_t sourceWidth;  // pixels of the row that may be read
+};
+
+struct RowKernels {
+    const char *name;
+    void (*copyBytes)(const RowBlock &block);
+    // To 32-bit rows, but for the pixels whose low 24 bits are `key`; kNoColour as the key copies all. The unused
+    // byte of a 32-bit source goes along, from other formats it becomes 0.
+    void (*keyFrom32)(const RowBlock &block, uint32_t key);
+    void (*keyFrom24)(const RowBlock &block, uint32_t key);
+    void (*keyFrom8)(const RowBlock &block, const uint32_t *palette, uint32_t key);
+    // 32-bit pixels from the positions of the plan.
+    void (*scale32)(uint32_t *target, const uint32_t *source, const ScalePlan &plan);
+    // The 32-bit pixels whose bit is set; bit 0 of the first word is the first pixel.
+    void (*copyMarked32)(uint32_t *target, const uint32_t *source, std::span<const uint64_t> marks);
+};
+
+const RowKernels &Kernels() noexcept;
+// Every version that this processor can run, the plain one first.
+std::span<const RowKernels *const> AvailableKernels() noexcept;
+// For tests and benchmarks; null returns to the choice by processor.
+void ForceKernels(const RowKernels *kernels) noexcept;
+
+extern const RowKernels kPlainKernels;
+#if defined(__x86_64__)
+extern const RowKernels kAvx2Kernels;
+extern const RowKernels kAvx512Kernels;
+#endif
+
+}  // namespace fenlight::platform

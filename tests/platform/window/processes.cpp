@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Zlib
+#include "processes.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+extern char **environ;
+
+namespace fenlight::test {
+namespace {
+
+constexpr long long kDeadlineMs = 30'000;
+
+pid_t Spawn(const std::vector<std::string> &arguments, const std::vector<std::string> &variables) {
+    std::vector<char *> argv;
+    for (const std::string &argument : arguments) argv.push_back(const_cast<char *>(argument.c_str()));
+    argv.push_back(nullptr);
+    std::vector<char *> environment;
+    for (const std::string &variable : variables) environment.push_back(const_cast<char *>(variable.c_str()));
+    for (char **variable = environ; *variable != nullptr; ++variable) environment.push_back(*variable);
+    environment.push_back(nullptr);
+    pid_t process = -1;
+    return posix_spawnp(&process, argv[0], nullptr, nullptr, argv.data(), environment.data()) == 0 ? process : -1;
+}
+
+std::string ReadLine(int file) {
+    std::string line;
+    pollfd ready{file, POLLIN, 0};
+    char c = 0;
+    while (poll(&ready, 1, static_cast<int>(kDeadlineMs)) > 0 && read(file, &c, 1) == 1 && c != '\n') line += c;
+    return line;
+}
+
+uint32_t BigEndian(const std::string &bytes, size_t word) {
+    uint32_t value = 0;
+    for (size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<uint8_t>(bytes[word * 4 + i]);
+    return value;
+}
+
+// An XWD file with 24 colour bits in little-endian 32-bit pixels, as Xvfb has them.
+Picture ParseXwd(const std::string &bytes) {
+    if (bytes.size() < 100) return {};
+    const uint32_t width = BigEndian(bytes, 4);
+    const uint32_t height = BigEndian(bytes, 5);
+    const uint32_t rowBytes = BigEndian(bytes, 12);
+    const size_t start = BigEndian(bytes, 0) + size_t{12} * BigEndian(bytes, 19);
+    const bool isKnown = BigEndian(bytes, 7) == 0 && BigEndian(bytes, 11) == 32;
+    if (!isKnown || bytes.size() != start + size_t{rowBytes} * height) return {};
+    Picture picture(static_cast<int>(width), static_cast<int>(height));
+    for (uint32_t y = 0; y < height; ++y) {
+        std::copy_n(bytes.data() + start + size_t{rowBytes} * y, size_t{width} * 4,
+                    reinterpret_cast<char *>(&picture.At(0, static_cast<int>(y))));
+    }
+    return picture;
+}
+
+}  // namespace
+
+bool IsRunBySelf() { return std::getenv("FENLIGHT_RUN_BY_SELF") != nullptr; }
+
+int RunSelf(const std::string &filter, const std::vector<std::string> &variables) {
+    std::vector<std::string> all = variables;
+    all.emplace_back("FENLIGHT_RUN_BY_SELF=1");
+    const pid_t process = Spawn({"/proc/self/exe", "--gtest_also_run_disabled_tests", "--gtest_brief=1",
+                                 "--gtest_output=", "--gtest_filter=" + filter},
+                                all);
+    int status = 0;
+    if (process < 0 || waitpid(process, &status, 0) != process) return -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string OutputOf(const std::string &command) {
+    std::FILE *pipe = popen((command + " 2>/dev/null").c_str(), "re");
+    if (pipe == nullptr) return {};
+    std::string output;
+    char buffer[65536];
+    for (size_t size = 0; (size = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, size);
+    return pclose(pipe) == 0 ? output : std::string();
+}
+
+bool IsInstalled(const std::string &program) { return !OutputOf("command -v " + program).empty(); }
+
+XServer::XServer() {
+    int ends[2];
+    if (pipe(ends) != 0) return;
+    fcntl(ends[0], F_SETFD, FD_CLOEXEC);
+    process_ = Spawn({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", "800x600x24", "-nolisten",
+                      "tcp", "-terminate"},
+                     {});
+    close(ends[1]);
+    if (process_ > 0) {
+        if (const std::string number = ReadLine(ends[0]); !number.empty()) display_ = ":" + number;
+    }
+    close(ends[0]);
+}
+
+XServer::~XServer() {
+    if (process_ <= 0) return;
+    kill(process_, SIGTERM);
+    waitpid(process_, nullptr, 0);
+}
+
+Picture WindowOnScreen(const std::string &name) { return ParseXwd(OutputOf("xwd -silent -name '" + name + "'")); }
+
+long long NowMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+bool IsTimeOver(long long startedMs) { return NowMs() - startedMs > kDeadlineMs; }
+void Breathe() { std::this_thread::sleep_for(std::chrono::milliseconds(2)); }
+
+}  // namespace fenlight::test

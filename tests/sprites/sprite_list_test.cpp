@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: Zlib
+#include "fenlight/sprite_list.h"
+
+#include <gtest/gtest.h>
+
+#include "fenlight/sprite_animation.h"
+#include "fenlight/sprite_movement.h"
+#include "fenlight/sprite_thread.h"
+#include "platform/system/failure_point.h"
+#include "platform/system/handle_table.h"
+#include "sprites/sprite_scene.h"
+#include "sprites/stages.h"
+
+namespace fenlight::test {
+namespace {
+
+using platform::CountHandles;
+using platform::HandleKind;
+using platform::Operation;
+
+constexpr SpriteArguments kArguments{11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25};
+
+TEST(SpriteList, StoresTheArgumentsWhereTheyBelong) {
+    const Scene scene;
+    Scene::Add(1, 1);
+    const uintptr_t sprite = InitSprite(11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25);
+    std::vector<intptr_t> expected(256, 0);
+    const auto set = [&](int position, intptr_t value) {
+        expected[static_cast<size_t>(position / 4)] = value;
+    };
+    const intptr_t ordered[] = {11, 15, 16, 17, 18, 19, 20, 21, 22, 23, 22, 23, 24, 25, 12};
+    for (int i = 0; i < 15; ++i) set(4 * i, ordered[i]);
+    set(68, 13);
+    set(84, 14);
+    set(120, static_cast<intptr_t>(sprite));
+    for (int position = 160; position < 232; position += 8) {
+        set(position, 15);
+        set(position + 4, 16);
+    }
+    for (int position = 252; position <= 264; position += 4) set(position, -1);
+    for (int position = 0; position < 1024; position += 4)
+        EXPECT_EQ(TestSprite(sprite, position), expected[static_cast<size_t>(position / 4)]) << position;
+}
+
+TEST(SpriteList, AnswersHandleZeroAndAnEmptyListQuietly) {
+    const auto answerEmptily = [] {
+        int32_t infos[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+        EXPECT_EQ(InitSprite5(nullptr), 0u);
+        EXPECT_EQ(CopySprite(0), 0u);
+        EXPECT_EQ(DeleteSprite(0), 0);
+        EXPECT_EQ(ExistSprite(0), -1);
+        EXPECT_EQ(TestSprite(0, 32), 0);
+        EXPECT_EQ(GetSpriteInfos(0, infos), nullptr);
+        EXPECT_EQ(infos[0], 1);
+        EXPECT_EQ(GetSpriteX(0) | GetSpriteY(0) | SpriteToHDC(0), 0);
+        EXPECT_EQ(CountSprites(), 1);
+        EXPECT_EQ(CountAllSprites(), 1);
+    };
+    answerEmptily();
+    EXPECT_EQ(CleanUp(5) | StopAllSprites(1) | StopAllSprites(0) | DeleteAllSprites(), 0);
+    SpriteThreadBrake(5);
+    SystemThreadBrake(5);
+    const auto loose = std::make_unique<SpriteRecord>();
+    EXPECT_EQ(DeleteSprite(HandleOf(loose.get())), 0);
+    EXPECT_EQ(loose->State, 0);
+    EXPECT_EQ(CopySprite(HandleOf(loose.get())), 0u);
+    Scene scene;
+    const SpriteRecord &record = scene.Add(3, 4);
+    answerEmptily();
+    EXPECT_EQ(record.State, 0);
+    EXPECT_EQ(GetSpriteInfos(HandleOf(&record), nullptr), nullptr);
+}
+
+TEST(SpriteList, CountsTheLastSpriteWhateverItsState) {
+    Scene scene;
+    const uintptr_t first = HandleOf(&scene.Add(1, 1));
+    EXPECT_EQ(CountSprites(), 1);
+    const uintptr_t second = HandleOf(&scene.Add(2, 2));
+    EXPECT_EQ(CountSprites(), 2);
+    DeleteSprite(second);
+    EXPECT_EQ(CountSprites(), 2);
+    DeleteSprite(first);
+    EXPECT_EQ(CountSprites(), 1);
+    EXPECT_EQ(CountAllSprites(), 2);
+    EXPECT_EQ(ExistSprite(first), -1);
+    EXPECT_EQ(GetSpriteX(first), 1);
+}
+
+TEST(SpriteList, GivesEightInfos) {
+    Scene scene;
+    SpriteRecord &record = Scene::Add(kArguments);
+    int32_t infos[8];
+    EXPECT_EQ(GetSpriteInfos(HandleOf(&record), infos), infos);
+    EXPECT_EQ((std::vector<int32_t>(infos, infos + 8)),
+              (std::vector<int32_t>{22, 23, 22, 23, 1, 24, 25, 20}));
+    record.TargetY = 99;
+    GetSpriteInfos(HandleOf(&record), infos);
+    EXPECT_EQ((std::vector<int32_t>(infos, infos + 8)),
+              (std::vector<int32_t>{22, 23, 22, 99, 0, 24, 25, 20}));
+}
+
+TEST(SpriteList, CopiesEveryWordButTheLinksAndTheTable) {
+    Scene scene;
+    SpriteRecord &source = scene.Add(1, 1);
+    scene.Add(2, 2);
+    const int16_t waypoints[] = {1, 2, 3, 4};
+    MoveSpriteWithTable(HandleOf(&source), waypoints, 2, 100, 200, 1);
+    for (int32_t position = 4; position < 1024; position += 4)
+        if (position != 88 && position != 120 && position != 320 && (position < 312 || position > 328))
+            WriteWord(source, position, 1000 + position);
+    const uintptr_t copy = CopySprite(HandleOf(&source));
+    ASSERT_NE(copy, 0u);
+    EXPECT_EQ(NextOf(*NextOf(source)), RecordOf(copy));
+    EXPECT_EQ(TestSprite(copy, 88), 0);
+    EXPECT_EQ(TestSprite(copy, 120), static_cast<intptr_t>(copy));
+    for (int32_t position = 0; position < 1024; position += 4)
+        if (position != 88 && position != 120 && position != 320)
+            EXPECT_EQ(TestSprite(copy, position), ReadWord(source, position)) << position;
+    EXPECT_NE(TestSprite(copy, 320), 0);
+    EXPECT_NE(TestSprite(copy, 320), ReadWord(source, 320));
+}
+
+// Stepped frame by frame: erased, erased again, finished; a new delete call starts over.
+TEST(SpriteList, TakesADeletedSpriteThroughItsStatesOneStepAFrame) {
+    Scene scene;
+    SpriteRecord &sprite = scene.Add(5, 5);
+    scene.Add(50, 40);
+    sprite.FixMode = 7;
+    DeleteSprite(HandleOf(&sprite));
+    std::vector<int32_t> states{sprite.State};
+    for (int frame = 0; frame < 3; ++frame) {
+        Scene::Step(1);
+        states.push_back(sprite.State);
+    }
+    DeleteSprite(HandleOf(&sprite));
+    states.push_back(sprite.State);
+    Scene::Step(1);
+    states.push_back(sprite.State);
+    EXPECT_EQ(states, (std::vector<int32_t>{1, 2, 3, 3, 1, 2}));
+    EXPECT_EQ(sprite.FixMode, 0);
+    EXPECT_FALSE(AreAllFinished());
+    EXPECT_EQ(SpriteList.load(), &sprite) << "a finished first sprite stays first";
+}
+
+// A letter for each record: lower case lives, upper case is finished. The mark is a or b.
+TEST(SpriteList, CleansUpFinishedSpritesBetweenTheSecondAndTheLast) {
+    const struct {
+        const char *before, *after;
+    } cases[] = {
+        {"A", "A"},
+        {"AA", "AA"},
+        {"AAA", "AAA"},
+        {"aAAA", "aAA"},
+        {"AAAA", "AAA"},
+        {"aaAAAa", "aaa"},
+        {"AAbABAB", "AAbBB"},
+        {"aaaBa", "aaaBa"},
+        {"aaAaAaAA", "aaaaA"},
+        {"AAAAAAAAAA", "AAA"},
+    };
+    for (const auto &test : cases) {
+        SCOPED_TRACE(test.before);
+        Scene scene;
+        for (const char *letter = test.before; *letter != 0; ++letter) {
+            SpriteRecord &record = scene.Add(1, 1);
+            record.Mark = *letter | 0x20;
+            if (*letter < 'a') record.State = 3;
+        }
+        CleanUp('a');
+        CleanUp('b');  // dropped: the first one still waits
+        CleanUpStage();
+        std::string after;
+        for (SpriteRecord *record = SpriteList; record != nullptr; record = NextOf(*record))
+            after += static_cast<char>(record->State == 3 ? record->Mark & ~0x20 : int32_t{record->Mark});
+        EXPECT_EQ(after, test.after);
+        EXPECT_EQ(SpriteList.load()->CleanUpRequest | SpriteList.load()->CleanUpMark, 0);
+    }
+}
+
+TEST(SpriteList, ClearsTheLinksToSpritesThatAreFreed) {
+    Scene scene;
+    SpriteRecord &first = scene.Add(1, 1), &second = scene.Add(2, 2);
+    const uintptr_t leader = HandleOf(&scene.Add(3, 3));
+    SpriteRecord &follower = scene.Add(4, 4);
+    AttachSprite(HandleOf(&follower), leader, 1, 1);
+    AttachSpriteAnim(HandleOf(&first), leader);
+    AttachSprite(HandleOf(&second), HandleOf(&first), 0, 0);
+    DeleteSprite(leader);
+    Scene::Step(2);
+    CleanUp(0);
+    Scene::Step(1);
+    EXPECT_EQ(NextOf(second), &follower);
+    EXPECT_EQ(follower.AttachedTo, 0u);
+    EXPECT_EQ(first.AnimFrom, 0u);
+    EXPECT_EQ(second.AttachedTo, HandleOf(&first));
+}
+
+// Makes the n-th operation of a kind fail until `act` succeeds, and says how often it had to.
+int CountFailures(Operation operation, const std::function<uintptr_t()> &act) {
+    for (int number = 1;; ++number) {
+        platform::FailOnce(operation, number);
+        const uintptr_t result = act();
+        platform::ForgetFailures();
+        if (result != 0) return number - 1;
+    }
+}
+
+TEST(SpriteList, LeavesNothingBehindWhereASpriteCannotBeMade) {
+    const HurriedClock clock;
+    const int threads = CountHandles(HandleKind::Thread), semaphores = CountHandles(HandleKind::Semaphore);
+    const auto makeFirst = [&] {
+        const uintptr_t sprite = InitSprite5(&kArguments);
+        if (sprite == 0) {
+            EXPECT_EQ(SpriteList.load(), nullptr);
+            EXPECT_EQ(CountHandles(HandleKind::Thread), threads);
+            EXPECT_EQ(CountHandles(HandleKind::Semaphore), semaphores);
+        }
+        return sprite;
+    };
+    for (Operation operation : {Operation::Memory, Operation::Thread, Operation::Semaphore}) {
+        EXPECT_GE(CountFailures(operation, makeFirst), 1) << static_cast<int>(operation);
+        DeleteAllSprites();
+        EXPECT_EQ(CountHandles(HandleKind::Thread), threads);
+        EXPECT_EQ(CountHandles(HandleKind::Semaphore), semaphores);
+    }
+    Scene scene;
+    const uintptr_t source = HandleOf(&scene.Add(1, 1));
+    const int16_t waypoints[] = {1, 2, 3, 4};
+    MoveSpriteWithTable(source, waypoints, 2, 0, 0, 0);
+    EXPECT_EQ(CountFailures(Operation::Memory, [&] { return CopySprite(source); }), 2);
+    EXPECT_EQ(CountFailures(Operation::Memory, [&] { return InitSprite5(&kArguments); }), 1);
+    EXPECT_EQ(CountAllSprites(), 3) << "nothing but the two that succeeded was linked";
+}
+
+}  // namespace
+}  // namespace fenlight::test
