@@ -62,7 +62,7 @@ Bytes MakePhoto(unsigned width, unsigned height) {
 // Shaded balls on a transparent ground, a little grain on them.
 Bytes MakeSheet(unsigned width, unsigned height) {
     std::mt19937 random(11);
-    std::normal_distribution<double> noise(0, 2.5);
+    std::normal_distribution<double> noise(0, 1.0);
     Bytes pixels(size_t{width} * height * 4, 0);
     for (unsigned y = 0; y < height; ++y) {
         for (unsigned x = 0; x < width; ++x) {
