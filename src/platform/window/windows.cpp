@@ -6,6 +6,7 @@
 
 #include "platform/graphics/screen_context.h"
 #include "platform/graphics/surface_access.h"
+#include "platform/system/failure_point.h"
 #include "platform/system/suspend_gate.h"
 #include "platform/window/ansi_text.h"
 #include "platform/window/display_thread.h"
@@ -21,6 +22,7 @@ constexpr size_t kMaxTitleBytes = 1024;
 
 // The record's handle, 0 if there was no room for it.
 HWND InsertRecord(HDC context, int32_t width, int32_t height) {
+    if (OperationFails(Operation::Memory)) return 0;
     auto *record = new (std::nothrow) WindowRecord(context, width, height);
     return record != nullptr ? InsertHandle(HandleKind::Window, record) : 0;
 }

@@ -32,15 +32,16 @@ TEST(Input, KeysAnswerUnderThePublishedCodes) {
     const struct {
         SDL_Scancode scancode;
         int key;
-    } cases[] = {{SDL_SCANCODE_A, 0x41},        {SDL_SCANCODE_Z, 0x5A},       {SDL_SCANCODE_0, 0x30},
-                 {SDL_SCANCODE_1, 0x31},        {SDL_SCANCODE_9, 0x39},       {SDL_SCANCODE_F1, 0x70},
-                 {SDL_SCANCODE_F12, 0x7B},      {SDL_SCANCODE_F13, 0x7C},     {SDL_SCANCODE_F24, 0x87},
-                 {SDL_SCANCODE_KP_0, 0x60},     {SDL_SCANCODE_KP_1, 0x61},    {SDL_SCANCODE_KP_9, 0x69},
-                 {SDL_SCANCODE_LEFT, 0x25},     {SDL_SCANCODE_UP, 0x26},      {SDL_SCANCODE_RIGHT, 0x27},
-                 {SDL_SCANCODE_DOWN, 0x28},     {SDL_SCANCODE_SPACE, 0x20},   {SDL_SCANCODE_ESCAPE, 0x1B},
-                 {SDL_SCANCODE_RETURN, 0x0D},   {SDL_SCANCODE_KP_ENTER, 0x0D}, {SDL_SCANCODE_UNKNOWN, 0},
+    } cases[] = {{SDL_SCANCODE_A, 0x41},      {SDL_SCANCODE_Z, 0x5A},        {SDL_SCANCODE_0, 0x30},
+                 {SDL_SCANCODE_1, 0x31},      {SDL_SCANCODE_9, 0x39},        {SDL_SCANCODE_F1, 0x70},
+                 {SDL_SCANCODE_F12, 0x7B},    {SDL_SCANCODE_F13, 0x7C},      {SDL_SCANCODE_F24, 0x87},
+                 {SDL_SCANCODE_KP_0, 0x60},   {SDL_SCANCODE_KP_1, 0x61},     {SDL_SCANCODE_KP_9, 0x69},
+                 {SDL_SCANCODE_LEFT, 0x25},   {SDL_SCANCODE_UP, 0x26},       {SDL_SCANCODE_RIGHT, 0x27},
+                 {SDL_SCANCODE_DOWN, 0x28},   {SDL_SCANCODE_SPACE, 0x20},    {SDL_SCANCODE_ESCAPE, 0x1B},
+                 {SDL_SCANCODE_RETURN, 0x0D}, {SDL_SCANCODE_KP_ENTER, 0x0D}, {SDL_SCANCODE_UNKNOWN, 0},
                  {SDL_SCANCODE_AUDIOPLAY, 0}, {SDL_NUM_SCANCODES, 0}};
-    for (const auto &[scancode, key] : cases) EXPECT_EQ(VirtualKeyOf(scancode), key) << "scancode " << scancode;
+    for (const auto &[scancode, key] : cases)
+        EXPECT_EQ(VirtualKeyOf(scancode), key) << "scancode " << scancode;
 }
 
 TEST(Input, BothSidesHoldTheCommonKeyAndPressesAreRememberedOnce) {
@@ -69,11 +70,15 @@ TEST(Input, ButtonsAreKeysOfTheirOwn) {
     const struct {
         uint8_t button;
         uint8_t key;
-    } cases[] = {{SDL_BUTTON_LEFT, 1}, {SDL_BUTTON_RIGHT, 2}, {SDL_BUTTON_MIDDLE, 4}, {SDL_BUTTON_X1, 5},
+    } cases[] = {{SDL_BUTTON_LEFT, 1},
+                 {SDL_BUTTON_RIGHT, 2},
+                 {SDL_BUTTON_MIDDLE, 4},
+                 {SDL_BUTTON_X1, 5},
                  {SDL_BUTTON_X2, 6}};
     for (const auto &[button, key] : cases) {
         FeedButton(button, true);
-        for (const auto &other : cases) EXPECT_EQ(IsKeyDown(other.key), other.key == key) << "button " << +button;
+        for (const auto &other : cases)
+            EXPECT_EQ(IsKeyDown(other.key), other.key == key) << "button " << +button;
         FeedButton(button, false);
         EXPECT_FALSE(IsKeyDown(key));
     }
@@ -115,7 +120,11 @@ TEST(Texts, Utf8StaysAndEverythingElseIsCodePage1252) {
         {"plain", 9, "plain"},
         {"plain", 3, "pla"},
         {"Gr\xC3\xBC\xC3\x9F", 9, "Gr\xC3\xBC\xC3\x9F"},
-        {"\xA0" "About", 9, "\xC2\xA0" "About"},
+        {"\xA0"
+         "About",
+         9,
+         "\xC2\xA0"
+         "About"},
         {"Gr\xFC\xDF", 9, "Gr\xC3\xBC\xC3\x9F"},
         {"\x80\x9F\x81", 9, "\xE2\x82\xAC\xC5\xB8\xC2\x81"},
         {"\xC0\x80", 9, "\xC3\x80\xE2\x82\xAC"},              // a form that is too long

@@ -29,14 +29,16 @@ pid_t Spawn(const std::vector<std::string> &arguments, const std::vector<std::st
     for (char **variable = environ; *variable != nullptr; ++variable) environment.push_back(*variable);
     environment.push_back(nullptr);
     pid_t process = -1;
-    return posix_spawnp(&process, argv[0], nullptr, nullptr, argv.data(), environment.data()) == 0 ? process : -1;
+    return posix_spawnp(&process, argv[0], nullptr, nullptr, argv.data(), environment.data()) == 0 ? process
+                                                                                                   : -1;
 }
 
 std::string ReadLine(int file) {
     std::string line;
     pollfd ready{file, POLLIN, 0};
     char c = 0;
-    while (poll(&ready, 1, static_cast<int>(kDeadlineMs)) > 0 && read(file, &c, 1) == 1 && c != '\n') line += c;
+    while (poll(&ready, 1, static_cast<int>(kDeadlineMs)) > 0 && read(file, &c, 1) == 1 && c != '\n')
+        line += c;
     return line;
 }
 
@@ -83,7 +85,8 @@ std::string OutputOf(const std::string &command) {
     if (pipe == nullptr) return {};
     std::string output;
     char buffer[65536];
-    for (size_t size = 0; (size = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, size);
+    for (size_t size = 0; (size = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        output.append(buffer, size);
     return pclose(pipe) == 0 ? output : std::string();
 }
 
@@ -93,8 +96,8 @@ XServer::XServer() {
     int ends[2];
     if (pipe(ends) != 0) return;
     fcntl(ends[0], F_SETFD, FD_CLOEXEC);
-    process_ = Spawn({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", "800x600x24", "-nolisten",
-                      "tcp", "-terminate"},
+    process_ = Spawn({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", "800x600x24",
+                      "-nolisten", "tcp", "-terminate"},
                      {});
     close(ends[1]);
     if (process_ > 0) {
@@ -109,7 +112,9 @@ XServer::~XServer() {
     waitpid(process_, nullptr, 0);
 }
 
-Picture WindowOnScreen(const std::string &name) { return ParseXwd(OutputOf("xwd -silent -name '" + name + "'")); }
+Picture WindowOnScreen(const std::string &name) {
+    return ParseXwd(OutputOf("xwd -silent -name '" + name + "'"));
+}
 
 long long NowMs() {
     using namespace std::chrono;

@@ -11,7 +11,8 @@
 
 namespace fenlight::test {
 
-// The program's tests that match the filter, disabled ones too, in a process of their own with these variables
+// The program's tests that match the filter, disabled ones too, in a process of their own with these
+// variables
 // ("NAME=value") added. Its exit code; 128 and the signal if it was killed.
 int RunSelf(const std::string &filter, const std::vector<std::string> &variables = {});
 // Is this such a process?
