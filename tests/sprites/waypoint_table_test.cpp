@@ -4,78 +4,52 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <atomic>
-#include <limits>
-#include <thread>
-#include <tuple>
 #include <vector>
 
-#include "fenlight/sprite_movement.h"
 #include "platform/system/failure_point.h"
+#include "sprites/loose_sprite.h"
 #include "sprites/stages.h"
 
 namespace fenlight {
 namespace {
 
-constexpr int32_t kLowest = std::numeric_limits<int32_t>::min();
-constexpr int32_t kHighest = std::numeric_limits<int32_t>::max();
 constexpr int16_t kPoints[] = {3, 0, 3, -2, -1, 0};
-
-// A sprite that frees its table.
-struct TableSprite : SpriteRecord {
-    ~TableSprite() { FreeWaypointTable(*this); }
-    uintptr_t Handle() { return HandleOf(this); }
-    void Place(int32_t x, int32_t y) { SetSpritePos(Handle(), x, y, x, y); }
-};
-
-using TableWords = std::array<int32_t, 4>;
-TableWords WordsOf(const SpriteRecord &record) {
-    return {record.TableIndex, record.TableLength, record.TableBaseX, record.TableBaseY};
-}
 
 using Trace = std::vector<std::array<int32_t, 5>>;  // X, Y, TargetX, TargetY, TableIndex
 
-Trace RunTable(int32_t tableMode, int32_t frames) {
-    TableSprite sprite;
-    sprite.Place(10, 20);
-    SetSpriteSpeed(sprite.Handle(), 2, 2);
+Trace RunTable(int32_t tableMode) {
+    LooseSprite sprite({10, 20}, {10, 20}, {2, 2});
     SpriteTableMode(sprite.Handle(), tableMode);
-    {
-        std::vector<int16_t> array(std::begin(kPoints), std::end(kPoints));
-        EXPECT_EQ(MoveSpriteWithTable(sprite.Handle(), array.data(), 3, 10, 20, 0), 0);
-        std::fill(array.begin(), array.end(), int16_t{-9999});
-    }
+    std::vector<int16_t> array(std::begin(kPoints), std::end(kPoints));
+    EXPECT_EQ(MoveSpriteWithTable(sprite.Handle(), array.data(), 3, 10, 20, 0), 0);
+    std::fill(array.begin(), array.end(), int16_t{-9999});  // the caller's array can go
     Trace trace;
-    for (int32_t frame = 0; frame < frames; ++frame) {
+    for (int32_t frame = 0; frame < 7; ++frame) {
         MoveStage(sprite);
         trace.push_back({sprite.X, sprite.Y, sprite.TargetX, sprite.TargetY, sprite.TableIndex});
     }
     return trace;
 }
 
-// Worked out by hand: waypoints (13, 20), (13, 18), (9, 20), two pixels a frame, the next target in the frame
-// of arrival.
+// Worked out by hand: waypoints (13, 20), (13, 18), (9, 20), the next target in the frame of arrival.
 TEST(WaypointTable, LeadsFromPointToPoint) {
-    const Trace common = {{10, 20, 13, 20, 1}, {12, 20, 13, 20, 1}, {13, 20, 13, 18, 2}};
-    Trace once = common;
-    once.insert(once.end(), {{13, 18, 9, 20, 2}, {11, 20, 9, 20, 2}, {9, 20, 9, 20, 2}, {9, 20, 9, 20, 2}});
-    EXPECT_EQ(RunTable(1, 7), once);
-    Trace repeated = common;
-    repeated.insert(repeated.end(),
-                    {{13, 18, 9, 20, 0}, {11, 20, 9, 20, 0}, {9, 20, 13, 20, 1}, {11, 20, 13, 20, 1}});
-    for (const int32_t mode : {0, 2, -1}) EXPECT_EQ(RunTable(mode, 7), repeated) << "mode " << mode;
+    Trace expected = {{10, 20, 13, 20, 1}, {12, 20, 13, 20, 1}, {13, 20, 13, 18, 2}, {13, 18, 9, 20, 2},
+                      {11, 20, 9, 20, 2},  {9, 20, 9, 20, 2},   {9, 20, 9, 20, 2}};
+    EXPECT_EQ(RunTable(1), expected);
+    expected[3][4] = expected[4][4] = 0;
+    expected[5] = {9, 20, 13, 20, 1};
+    expected[6] = {11, 20, 13, 20, 1};
+    for (const int32_t mode : {0, 2, -1}) EXPECT_EQ(RunTable(mode), expected) << "mode " << mode;
 }
 
 TEST(WaypointTable, TakesOneWaypointPerRunOfALine) {
-    TableSprite sprite;
-    SetSpriteSpeed(sprite.Handle(), 5, 0);
+    LooseSprite sprite({0, 0}, {0, 0}, {5, 0});
     const int16_t points[] = {2, 0, 2, 3};
     MoveSpriteWithTable(sprite.Handle(), points, 2, 0, 0, 0);
     SetSpriteMovingMode(sprite.Handle(), 1);
-    for (const auto &[x, y] : {std::pair{2, 0}, {2, 3}, {2, 0}}) {
+    for (const Point expected : {Point{2, 0}, {2, 3}, {2, 0}}) {
         MoveStage(sprite);
-        EXPECT_EQ(std::pair(+sprite.X, +sprite.Y), std::pair(x, y));
+        EXPECT_EQ(sprite.Position(), expected);
         EXPECT_EQ(HasSpriteArrived(sprite.Handle()), 1) << "seen between two frames";
     }
 }
@@ -85,36 +59,32 @@ TEST(WaypointTable, IsTakenAwayByWhatHoldsNoWaypoint) {
         const char *name;
         const int16_t *points;
         int32_t entries;
-        bool isOutOfMemory;
     };
-    const Case cases[] = {{"no array", nullptr, 3, false},
-                          {"no entries", kPoints, 0, false},
-                          {"fewer than none", kPoints, kLowest, false},
-                          {"no memory", kPoints, 3, true}};
-    for (const Case &c : cases) {
-        TableSprite sprite;
+    for (const auto &[name, points, entries] : {Case{"no array", nullptr, 3},
+                                                {"no entries", kPoints, 0},
+                                                {"fewer than none", kPoints, kLowest},
+                                                {"no memory", kPoints, 3}}) {
+        LooseSprite sprite;
+        Words expected = WordsOf(sprite);
         MoveSpriteWithTable(sprite.Handle(), kPoints, 3, 7, 8, 2);
-        sprite.TargetX = 50;
-        if (c.isOutOfMemory) platform::FailOnce(platform::Operation::Memory, 1);
-        EXPECT_EQ(MoveSpriteWithTable(sprite.Handle(), c.points, c.entries, 1, 2, 1), 0) << c.name;
+        platform::FailOnce(platform::Operation::Memory, 1);
+        EXPECT_EQ(MoveSpriteWithTable(sprite.Handle(), points, entries, 1, 2, 1), 0) << name;
         platform::ForgetFailures();
-        EXPECT_EQ(sprite.Table, 0U) << c.name;
-        EXPECT_EQ(WordsOf(sprite), TableWords{}) << c.name;
         MoveStage(sprite);
-        EXPECT_EQ(sprite.TargetX, 50) << c.name;
+        EXPECT_EQ(WordsOf(sprite), expected) << name;
     }
 }
 
 // Whatever callers put into the words, the target is one of the table's or stays as it was.
 TEST(WaypointTable, ReadsInsideTheTableOnly) {
     for (const int32_t start : {kLowest, -1, 3, kHighest}) {
-        TableSprite sprite;
+        LooseSprite sprite;
         MoveSpriteWithTable(sprite.Handle(), kPoints, 3, 1, 2, start);
-        EXPECT_EQ(WordsOf(sprite), (TableWords{0, 3, 1, 2})) << "start " << start;
+        EXPECT_EQ(sprite.TableIndex, 0) << "start " << start;
     }
     for (const int32_t index : {kLowest, -1, 0, 1, 2, 3, 1 << 28, kHighest})
         for (const int32_t length : {kLowest, 0, 1, 2, 3, 4, kHighest}) {
-            TableSprite sprite;
+            LooseSprite sprite;
             MoveSpriteWithTable(sprite.Handle(), kPoints, 3, kHighest, 0, 0);
             ChangeSpritePara(sprite.Handle(), 312, index);
             ChangeSpritePara(sprite.Handle(), 316, length);
@@ -130,43 +100,37 @@ TEST(WaypointTable, ReadsInsideTheTableOnly) {
 }
 
 TEST(WaypointTable, CopyHasABlockOfItsOwn) {
-    TableSprite source;
+    LooseSprite source;
     MoveSpriteWithTable(source.Handle(), kPoints, 3, 100, 200, 1);
-    TableSprite copy;
+    LooseSprite copy;
+    LooseSprite second;
     ASSERT_TRUE(CopyWaypointTable(source, copy));
-    EXPECT_NE(copy.Table, source.Table);
-    MoveSpriteWithTable(source.Handle(), nullptr, 0, 0, 0, 0);
-    TakeNextWaypoint(copy);
-    EXPECT_EQ(std::tuple(+copy.TargetX, +copy.TargetY, +copy.TableIndex), std::tuple(103, 198, 2));
-
-    TableSprite second;
+    FreeWaypointTable(source);
+    EXPECT_TRUE(CopyWaypointTable(source, second)) << "nothing to copy is no failure";
     platform::FailOnce(platform::Operation::Memory, 1);
     EXPECT_FALSE(CopyWaypointTable(copy, second));
     platform::ForgetFailures();
     EXPECT_EQ(second.Table, 0U);
-    EXPECT_TRUE(CopyWaypointTable(source, second)) << "nothing to copy is no failure";
+    TakeNextWaypoint(copy);
+    EXPECT_EQ(copy.Target(), (Point{103, 198}));
+    EXPECT_EQ(copy.TableIndex, 2);
 }
 
 // Each table's waypoints and base add up to (0, 0), so any mixture of two tables shows as another target.
 TEST(WaypointTable, IsReplacedWholeBesideARunningThread) {
-    TableSprite sprite;
-    std::atomic<bool> isDone{false};
-    std::thread caller([&] {
-        for (int32_t call = 0; call < 50000; ++call) {
-            const auto k = static_cast<int16_t>(call % 50 + 1);
-            const std::vector<int16_t> points(static_cast<size_t>(2 * k), k);
-            MoveSpriteWithTable(sprite.Handle(), points.data(), k, -k, -k, k - 1);
-        }
-        isDone = true;
-    });
-    int32_t mixtures = 0;
-    while (!isDone) {
+    LooseSprite sprite;
+    const auto replace = [&](int32_t call) {
+        const auto k = static_cast<int16_t>(call % 50 + 1);
+        const std::vector<int16_t> points(static_cast<size_t>(2 * k), k);
+        MoveSpriteWithTable(sprite.Handle(), points.data(), k, -k, -k, k - 1);
+    };
+    const auto isMixture = [&] {
         TakeNextWaypoint(sprite);
-        mixtures += sprite.TargetX != 0 || sprite.TargetY != 0;
+        const Point target = sprite.Target();
         sprite.TargetX = sprite.TargetY = 0;
-    }
-    caller.join();
-    EXPECT_EQ(mixtures, 0);
+        return target != Point{0, 0};
+    };
+    EXPECT_EQ(CountBeside(50000, replace, isMixture), 0);
 }
 
 }  // namespace
