@@ -43,7 +43,7 @@ struct PictureShape {
     // The layout of DIB sections: rows on 4 bytes. Else rows on 64 bytes with a pitch that is no multiple of
     // 4096: such a pitch puts the rows of a sprite into the same cache sets and costs a third.
     bool hasPackedRows = false;
-    std::span<const uint32_t> palette;  // words 0x00RRGGBB; empty for the formats without one
+    std::span<const uint32_t> palette = {};  // words 0x00RRGGBB; empty for the formats without one
 };
 
 class Bitmap {

@@ -74,6 +74,7 @@ class LockedContext {
 
     explicit operator bool() const noexcept { return context_ != nullptr; }
     Context *operator->() const noexcept { return context_; }
+    Context &operator*() const noexcept { return *context_; }
     Bitmap &Surface() const noexcept { return *surface_; }
     const PixelView &View() const noexcept { return surface_->picture.view; }
 
