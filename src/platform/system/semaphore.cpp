@@ -65,16 +65,15 @@ bool Semaphore::WaitAndTake(const Deadline &deadline) {
 }
 
 bool Semaphore::Take(const Deadline &deadline) noexcept {
-    PassSuspendGate();
-    if (TryTake()) return true;
-    if (deadline.HasPassed()) return false;
-    Resting resting;
-    while (WaitAndTake(deadline)) {
+    for (;;) {
+        PassSuspendGate();
+        if (TryTake()) return true;
+        if (deadline.HasPassed()) return false;
+        Resting resting;
+        if (!WaitAndTake(deadline)) return false;
         if (resting.TryEnd()) return true;
-        (void)Release(1, nullptr);
-        resting.PassGate();
+        (void)Release(1, nullptr);  // stopped meanwhile; the end of the rest passes the gate
     }
-    return false;
 }
 
 bool Semaphore::Release(int32_t units, int32_t *previous) noexcept {

@@ -23,8 +23,6 @@ class Resting {
 
     // Ends the rest before its time and says true, unless the thread is stopped.
     [[nodiscard]] bool TryEnd() noexcept;
-    // Waits at the gate and rests on.
-    void PassGate() noexcept;
 
   private:
     ThreadRecord *record_;  // nullptr: on a thread of the caller's, or ended

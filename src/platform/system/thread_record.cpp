@@ -32,8 +32,9 @@ void ThreadRecord::WaitAtGate(std::unique_lock<std::mutex> &lock) {
     if (suspendCount_ == 0) return;
     isParked_ = true;
     stopped_.notify_all();
-    resumed_.wait(lock, [this] { return suspendCount_ == 0; });
-    isParked_ = false;
+    // Not until the count is 0: Resume itself opens the gate. So each resume takes the thread a step further,
+    // even where somebody stops it again before it wakes.
+    resumed_.wait(lock, [this] { return !isParked_; });
 }
 
 void ThreadRecord::PassGate() noexcept {
@@ -49,8 +50,7 @@ void ThreadRecord::BeginRest() noexcept {
 
 void ThreadRecord::EndRest() noexcept {
     std::unique_lock lock(mutex_);
-    if (restDepth_ == 1) WaitAtGate(lock);
-    --restDepth_;
+    if (--restDepth_ == 0) WaitAtGate(lock);
 }
 
 bool ThreadRecord::TryEndRest() noexcept {
@@ -99,6 +99,7 @@ uint32_t ThreadRecord::Resume() noexcept {
     const uint32_t previous = suspendCount_--;
     standingStops.fetch_sub(1, std::memory_order_relaxed);
     if (suspendCount_ == 0) {
+        isParked_ = false;
         resumed_.notify_all();
         stopped_.notify_all();
     }
@@ -138,10 +139,6 @@ bool Resting::TryEnd() noexcept {
     if (record_ != nullptr && !record_->TryEndRest()) return false;
     record_ = nullptr;
     return true;
-}
-
-void Resting::PassGate() noexcept {
-    if (record_ != nullptr) record_->PassGate();
 }
 
 }  // namespace fenlight::platform
