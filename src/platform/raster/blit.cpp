@@ -8,17 +8,35 @@
 #include "platform/raster/piece_writer.h"
 #include "platform/raster/raster.h"
 #include "platform/raster/raster_codes.h"
+#include "platform/raster/row_blocks.h"
 
 namespace fenlight::platform {
 namespace {
 
-void CopyRows(const PixelView &target, const PixelView &source, const Block &part, WalkOrder order) {
+bool HasPattern(DWORD rasterCode) { return NeedsPattern(TruthTable(rasterCode)); }
+
+// Rows of equal bytes in both bitmaps; true where the block was done here.
+bool CombineRows(const PixelView &target, const PixelView &source, const Block &part, WalkOrder order,
+                 DWORD rasterCode) {
     const int64_t pixelBytes = BitsPerPixel(target.format) / 8;
+    const RowBlock rows = RowsOf(target, source, part, order);
     const auto rowBytes = static_cast<size_t>(part.width * pixelBytes);
-    ForEachRow(part, order, [&](int32_t sourceY, int32_t targetY) {
-        std::memmove(target.Row(targetY) + part.targetX * pixelBytes,
-                     source.Row(sourceY) + part.sourceX * pixelBytes, rowBytes);
-    });
+    if (TruthTable(rasterCode) != TruthTable(SRCCOPY)) {
+        if (order.isWithinRows || HasPattern(rasterCode)) return false;
+        for (int64_t y = 0; y < rows.rows; ++y) {
+            CombineBytes(TruthTable(rasterCode), rows.source + y * rows.sourcePitch,
+                         rows.target + y * rows.targetPitch, rowBytes);
+        }
+    } else if (order.isWithinRows) {
+        for (int64_t y = 0; y < rows.rows; ++y) {
+            std::memmove(rows.target + y * rows.targetPitch, rows.source + y * rows.sourcePitch, rowBytes);
+        }
+    } else {
+        RowBlock bytes = rows;
+        bytes.width = static_cast<int64_t>(rowBytes);
+        Kernels().copyBytes(bytes);
+    }
+    return true;
 }
 
 // Codes that need no source: a constant, the pattern, or a change of what is there.
@@ -39,14 +57,19 @@ void CombineInPlace(const PixelView &target, const Block &part, uint8_t table, u
     }
 }
 
+bool HaveEqualBytes(const PixelView &target, const PixelView &source) {
+    return target.format == source.format && BitsPerPixel(target.format) >= 8 && KeepsNumbers(source, target);
+}
+
 void TransferPart(const PixelView &target, const PixelView &source, const Block &part, WalkOrder order,
                   DWORD rasterCode, const TransferColours &colours) {
-    PieceWriter writer(source, target, rasterCode, colours);
-    if (TruthTable(rasterCode) == TruthTable(SRCCOPY) && target.format == source.format &&
-        BitsPerPixel(target.format) >= 8 && ValueConverter(source, target, colours).IsIdentity()) {
-        return CopyRows(target, source, part, order);
+    if (HaveEqualBytes(target, source)) {
+        if (CombineRows(target, source, part, order, rasterCode)) return;
+    } else if (TruthTable(rasterCode) == TruthTable(SRCCOPY) &&
+               PaintRows(target, source, part, order, kNoColour)) {
+        return;
     }
-    writer.WriteBlock(target, source, part, order);
+    PieceWriter(source, target, rasterCode, colours).WriteBlock(target, source, part, order);
 }
 
 }  // namespace

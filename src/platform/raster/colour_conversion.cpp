@@ -51,12 +51,12 @@ bool SamePalette(const PixelView &a, const PixelView &b) {
     return first == second || std::memcmp(first, second, entries * sizeof *first) == 0;
 }
 
-bool KeepsNumbers(const PixelView &source, const PixelView &target) {
+}  // namespace
+
+bool KeepsNumbers(const PixelView &source, const PixelView &target) noexcept {
     if (source.format == target.format) return !HasPalette(source.format) || SamePalette(source, target);
     return source.format == PixelFormat::Bgr24 && target.format == PixelFormat::Bgrx32;
 }
-
-}  // namespace
 
 uint32_t MatchColour(const PixelView &view, uint32_t colour) noexcept {
     colour &= kColourBits;

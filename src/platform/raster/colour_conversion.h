@@ -29,11 +29,13 @@ uint32_t MatchColour(const PixelView &view, uint32_t colour) noexcept;
 // The colour 0x00RRGGBB of a pixel's number; 1 in a monochrome bitmap is white.
 uint32_t ColourOfValue(const PixelView &view, uint32_t value) noexcept;
 
+// Do pixels of the source keep their numbers in the target?
+bool KeepsNumbers(const PixelView &source, const PixelView &target) noexcept;
+
 class ValueConverter {
   public:
     ValueConverter(const PixelView &source, const PixelView &target, const TransferColours &colours) noexcept;
 
-    bool IsIdentity() const { return way_ == Way::Identity; }
     void Convert(uint32_t *values, int32_t count) noexcept;
 
   private:

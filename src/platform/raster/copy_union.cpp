@@ -1,21 +1,172 @@
 // SPDX-License-Identifier: Zlib
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
 
+#include "platform/raster/colour_conversion.h"
+#include "platform/raster/overlap.h"
+#include "platform/raster/piece_writer.h"
 #include "platform/raster/raster.h"
+#include "platform/raster/row_kernels.h"
 
 namespace fenlight::platform {
+namespace {
 
-bool CopyUnion(const PixelView &target, const PixelView &source, std::span<const RECT> rectangles,
-               const TransferColours &colours) noexcept {
+// The part of a rectangle at equal coordinates that both bitmaps have; empty: right <= left or bottom <= top.
+RECT ClipRectangle(const PixelView &target, const PixelView &source, const RECT &rectangle) {
+    return {std::max(rectangle.left, 0), std::max(rectangle.top, 0),
+            std::min({rectangle.right, target.width, source.width}),
+            std::min({rectangle.bottom, target.height, source.height})};
+}
+
+bool IsEmpty(const RECT &rectangle) {
+    return rectangle.right <= rectangle.left || rectangle.bottom <= rectangle.top;
+}
+
+// What all rectangles together span, and how many pixels they have when each is counted for itself.
+struct Extent {
+    RECT bounds{INT32_MAX, INT32_MAX, 0, 0};
+    int64_t pixels = 0;
+    int64_t rows = 0;
+};
+
+Extent Measure(const PixelView &target, const PixelView &source, std::span<const RECT> rectangles) {
+    Extent extent;
+    for (const RECT &rectangle : rectangles) {
+        const RECT part = ClipRectangle(target, source, rectangle);
+        if (IsEmpty(part)) continue;
+        extent.bounds = {std::min(extent.bounds.left, part.left), std::min(extent.bounds.top, part.top),
+                         std::max(extent.bounds.right, part.right),
+                         std::max(extent.bounds.bottom, part.bottom)};
+        extent.rows += part.bottom - part.top;
+        extent.pixels += int64_t{part.right - part.left} * (part.bottom - part.top);
+    }
+    return extent;
+}
+
+// One bit for each pixel of the bounds, rows of whole words, the leftmost pixel in bit 0.
+class PixelMarks {
+  public:
+    explicit PixelMarks(const RECT &bounds) noexcept
+        // Words begin at a multiple of 16 pixels, so that copies of whole words meet whole cache lines.
+        : left_(bounds.left & ~15),
+          top_(bounds.top),
+          wordsPerRow_((int64_t{bounds.right} - left_ + 63) / 64),
+          rows_(bounds.bottom - bounds.top),
+          words_(static_cast<uint64_t *>(
+              std::calloc(static_cast<size_t>(wordsPerRow_ * rows_), sizeof(uint64_t)))) {}
+
+    bool IsValid() const { return words_ != nullptr; }
+    int32_t Left() const { return left_; }
+    std::span<const uint64_t> Row(int32_t y) const {
+        return {words_.get() + (y - top_) * wordsPerRow_, static_cast<size_t>(wordsPerRow_)};
+    }
+
+    void Mark(const RECT &part) noexcept {
+        const int64_t first = (part.left - left_) / 64;
+        const int64_t last = (part.right - 1 - left_) / 64;
+        const uint64_t head = ~uint64_t{0} << ((part.left - left_) % 64);
+        const uint64_t tail = ~uint64_t{0} >> (63 - (part.right - 1 - left_) % 64);
+        uint64_t *row = words_.get() + (part.top - top_) * wordsPerRow_;
+        for (int32_t y = part.top; y < part.bottom; ++y, row += wordsPerRow_) {
+            if (first == last) {
+                row[first] |= head & tail;
+                continue;
+            }
+            row[first] |= head;
+            std::fill(row + first + 1, row + last, ~uint64_t{0});
+            row[last] |= tail;
+        }
+    }
+
+  private:
+    struct Free {
+        void operator()(uint64_t *memory) const { std::free(memory); }
+    };
+    int32_t left_;
+    int32_t top_;
+    int64_t wordsPerRow_;
+    int64_t rows_;
+    std::unique_ptr<uint64_t, Free> words_;
+};
+
+// action(first, count) for each run of set bits, counted from the row's first bit.
+template <typename Action>
+void ForEachRun(std::span<const uint64_t> marks, Action action) {
+    for (size_t i = 0; i < marks.size(); ++i) {
+        for (uint64_t word = marks[i]; word != 0;) {
+            const int first = std::countr_zero(word);
+            const int count = std::countr_one(word >> first);
+            action(static_cast<int32_t>(64 * i) + first, count);
+            word = first + count == 64 ? 0 : word & ~uint64_t{0} << (first + count);
+        }
+    }
+}
+
+void CopyMarks(const PixelView &target, const PixelView &source, const RECT &bounds, const PixelMarks &marks,
+               const TransferColours &colours) {
+    const bool areWords = target.format == PixelFormat::Bgrx32 && source.format == PixelFormat::Bgrx32;
+    PieceWriter writer(source, target, SRCCOPY, colours);
+    std::array<uint32_t, 64> values;
+    for (int32_t y = bounds.top; y < bounds.bottom; ++y) {
+        uint8_t *to = target.Row(y);
+        const uint8_t *from = source.Row(y);
+        if (areWords) {
+            Kernels().copyMarked32(to + 4 * int64_t{marks.Left()}, from + 4 * int64_t{marks.Left()},
+                                   marks.Row(y));
+            continue;
+        }
+        ForEachRun(marks.Row(y), [&](int32_t first, int32_t count) {
+            LoadValues(source.format, from, marks.Left() + first, count, values.data());
+            writer.Write(to, marks.Left() + first, count, values.data());
+        });
+    }
+}
+
+bool CopyEach(const PixelView &target, const PixelView &source, std::span<const RECT> rectangles,
+              const TransferColours &colours) {
     bool isDone = true;
     for (const RECT &rectangle : rectangles) {
-        const int32_t left = std::max(rectangle.left, 0);
-        const int32_t top = std::max(rectangle.top, 0);
-        if (rectangle.right <= left || rectangle.bottom <= top) continue;
-        const Block block{left, top, rectangle.right - left, rectangle.bottom - top, left, top};
+        const RECT part = ClipRectangle(target, source, rectangle);
+        if (IsEmpty(part)) continue;
+        const Block block{part.left, part.top, part.right - part.left, part.bottom - part.top,
+                          part.left, part.top};
         isDone = BlitBlock(target, &source, block, SRCCOPY, colours) && isDone;
     }
     return isDone;
+}
+
+// Marking costs about as much as copying 16 pixels for each row of a rectangle and for each four words of the
+// bounds; how much of the copying it saves is not known before, so it must be cheap beside all of it.
+bool IsUnionCheaper(const Extent &extent) {
+    const int64_t words = (int64_t{extent.bounds.right} - extent.bounds.left + 63) / 64 *
+                          (int64_t{extent.bounds.bottom} - extent.bounds.top);
+    return extent.pixels > 16 * extent.rows + 16 * words / 4;
+}
+
+}  // namespace
+
+bool CopyUnion(const PixelView &target, const PixelView &source, std::span<const RECT> rectangles,
+               const TransferColours &colours) noexcept {
+    const Extent extent = Measure(target, source, rectangles);
+    if (extent.pixels == 0) return true;
+    const RECT &bounds = extent.bounds;
+    const int32_t height = bounds.bottom - bounds.top;
+    if (rectangles.size() < 2 || !IsUnionCheaper(extent) ||
+        SharesMemory(target, bounds.top, height, source, bounds.top, height)) {
+        return CopyEach(target, source, rectangles, colours);
+    }
+    PixelMarks marks(bounds);
+    if (!marks.IsValid()) return CopyEach(target, source, rectangles, colours);
+    for (const RECT &rectangle : rectangles) {
+        const RECT part = ClipRectangle(target, source, rectangle);
+        if (!IsEmpty(part)) marks.Mark(part);
+    }
+    CopyMarks(target, source, bounds, marks, colours);
+    return true;
 }
 
 }  // namespace fenlight::platform

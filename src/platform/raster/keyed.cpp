@@ -3,6 +3,7 @@
 #include "platform/raster/overlap.h"
 #include "platform/raster/piece_writer.h"
 #include "platform/raster/raster.h"
+#include "platform/raster/row_blocks.h"
 #include "platform/raster/stretch.h"
 
 namespace fenlight::platform {
@@ -20,6 +21,7 @@ bool KeyedBlock(const PixelView &target, const PixelView &source, const ScaledBl
     if (part.width == 0) return true;
     return WithSafeSource(target, source, part,
                           [&](const PixelView &from, const Block &safe, WalkOrder order) {
+                              if (PaintRows(target, from, safe, order, keyWord)) return;
                               PieceWriter::Keyed(from, target, keyWord).WriteBlock(target, from, safe, order);
                           });
 }

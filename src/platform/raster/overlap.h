@@ -46,11 +46,13 @@ class SourceCopy {
 struct WalkOrder {
     bool isUpwards = false;
     bool isLeftwards = false;
+    bool isWithinRows = false;  // rows overlap themselves, so that the order within a row matters
 };
 
 inline WalkOrder OrderFor(Overlap overlap, const Block &part) {
     if (overlap != Overlap::OneLayout) return {};
-    return {part.sourceY < part.targetY, part.sourceY == part.targetY && part.sourceX < part.targetX};
+    const bool isWithinRows = part.sourceY == part.targetY;
+    return {part.sourceY < part.targetY, isWithinRows && part.sourceX < part.targetX, isWithinRows};
 }
 
 // action(sourceY, targetY) for each row of the block.

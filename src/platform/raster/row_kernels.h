@@ -10,8 +10,8 @@
 
 namespace fenlight::platform {
 
-// `rows` rows of `width` pixels; for CopyBytes the width is in bytes. A walk from the bottom up has both pointers
-// at the last row and both pitches negated.
+// `rows` rows of `width` pixels; for CopyBytes the width is in bytes. A walk from the bottom up has both
+// pointers at the last row and both pitches negated.
 struct RowBlock {
     uint8_t *target;
     ptrdiff_t targetPitch;
@@ -21,28 +21,28 @@ struct RowBlock {
     int64_t rows;
 };
 
-// Where the pixels of a scaled row come from: those of the group i (16 pixels of the target) lie in the
-// kScaleWindow pixels from windows[i] on, at the places that `offsets` tells.
-constexpr int32_t kScaleGroup = 16;
-constexpr int32_t kScaleWindow = 32;
-struct ScalePlan {
-    const int32_t *positions;  // source pixel of each target pixel
+// A scaled row of 32-bit pixels: target pixel i takes source pixel positions[i].
+struct ScaledRow {
+    uint8_t *target;
+    const uint8_t *source;
+    const int32_t *positions;  // rising, or falling where the row is mirrored
     int32_t count;
-    int32_t sourceWidth;  // pixels of the row that may be read
+    int32_t sourceWidth;  // pixels of the source row; nothing behind them is read
+    int64_t reach8;       // the most source pixels that 8 neighbours of the target span
+    int64_t reach16;      // the same for 16
 };
 
 struct RowKernels {
     const char *name;
     void (*copyBytes)(const RowBlock &block);
-    // To 32-bit rows, but for the pixels whose low 24 bits are `key`; kNoColour as the key copies all. The unused
-    // byte of a 32-bit source goes along, from other formats it becomes 0.
+    // To 32-bit rows, but for the pixels whose low 24 bits are `key`; kNoColour as the key copies all. The
+    // unused byte of a 32-bit source goes along, from other formats it becomes 0.
     void (*keyFrom32)(const RowBlock &block, uint32_t key);
     void (*keyFrom24)(const RowBlock &block, uint32_t key);
     void (*keyFrom8)(const RowBlock &block, const uint32_t *palette, uint32_t key);
-    // 32-bit pixels from the positions of the plan.
-    void (*scale32)(uint32_t *target, const uint32_t *source, const ScalePlan &plan);
+    void (*scale32)(const ScaledRow &row);
     // The 32-bit pixels whose bit is set; bit 0 of the first word is the first pixel.
-    void (*copyMarked32)(uint32_t *target, const uint32_t *source, std::span<const uint64_t> marks);
+    void (*copyMarked32)(uint8_t *target, const uint8_t *source, std::span<const uint64_t> marks);
 };
 
 const RowKernels &Kernels() noexcept;

@@ -3,35 +3,93 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 
 #include "platform/raster/clipping.h"
+#include "platform/raster/overlap.h"
 #include "platform/raster/raster_codes.h"
+#include "platform/raster/row_kernels.h"
 
 namespace fenlight::platform {
 namespace {
+
+// Pieces of plain copies are wider: nothing but the positions has to stay in the first-level cache.
+constexpr int32_t kWordPieceWidth = 2048;
 
 struct Axes {
     ScaledAxis columns;
     ScaledAxis rows;
 };
 
+// So many source pixels at most do `count` neighbours of the target span: between two of them lie
+// (count - 1) * source / target pixels, rounded up or down.
+int64_t ReachOf(int64_t count, int64_t sourceSize, int64_t targetSize) {
+    sourceSize = std::abs(sourceSize);
+    targetSize = std::abs(targetSize);
+    return ((count - 1) * sourceSize + targetSize - 1) / targetSize + 1;
+}
+
 // Columns in pieces outside, rows inside: the source columns of a piece are worked out once for all rows.
-// Row `top` of the axes is row 0 of `source`.
-void WriteScaled(PieceWriter &writer, const PixelView &target, const PixelView &source, const Axes &axes,
-                 int32_t top) {
-    std::array<int32_t, kPieceWidth> columns;
-    std::array<uint32_t, kPieceWidth> values;
-    for (int32_t done = 0; done < axes.columns.Count(); done += kPieceWidth) {
+template <int32_t kWidth, typename WriteRow>
+void ForEachScaledPiece(const Axes &axes, WriteRow writeRow) {
+    std::array<int32_t, kWidth> columns;
+    for (int32_t done = 0; done < axes.columns.Count(); done += kWidth) {
         const int32_t x = axes.columns.First() + done;
-        const int32_t count = std::min(kPieceWidth, axes.columns.Count() - done);
+        const int32_t count = std::min(kWidth, axes.columns.Count() - done);
         axes.columns.FillSources(x, count, columns.data());
         for (int32_t i = 0; i < axes.rows.Count(); ++i) {
             const int32_t y = axes.rows.First() + i;
-            LoadScattered(source.format, source.Row(axes.rows.SourceAt(y) - top), columns.data(), count,
-                          values.data());
-            writer.Write(target.Row(y), x, count, values.data());
+            writeRow(axes.rows.SourceAt(y), y, x, count, columns.data());
         }
     }
+}
+
+void WriteScaled(PieceWriter &writer, const PixelView &target, const PixelView &source, const Axes &axes,
+                 int32_t top) {
+    std::array<uint32_t, kPieceWidth> values;
+    ForEachScaledPiece<kPieceWidth>(
+        axes, [&](int32_t sourceY, int32_t y, int32_t x, int32_t count, const int32_t *columns) {
+            LoadScattered(source.format, source.Row(sourceY - top), columns, count, values.data());
+            writer.Write(target.Row(y), x, count, values.data());
+        });
+}
+
+// Plain copies between 32-bit bitmaps that share no memory.
+void ScaleWords(const PixelView &target, const PixelView &source, const Axes &axes, const ScaledBlock &block,
+                int32_t top) {
+    const int64_t reach8 = ReachOf(8, block.sourceWidth, block.targetWidth);
+    const int64_t reach16 = ReachOf(16, block.sourceWidth, block.targetWidth);
+    const RowKernels &kernels = Kernels();
+    ForEachScaledPiece<kWordPieceWidth>(
+        axes, [&](int32_t sourceY, int32_t y, int32_t x, int32_t count, const int32_t *columns) {
+            kernels.scale32({target.Row(y) + 4 * int64_t{x}, source.Row(sourceY - top), columns, count,
+                             source.width, reach8, reach16});
+        });
+}
+
+// Runs action(source, axes, top) if anything is visible; row `top` of the axes is row 0 of that source, which
+// is a copy where memory is shared. False if there was no memory for the copy.
+template <typename Action>
+[[nodiscard]] bool WithScaledSource(const PixelView &target, const PixelView &source,
+                                    const ScaledBlock &block, Action action) {
+    const Axes axes{
+        {block.targetX, block.targetWidth, block.sourceX, block.sourceWidth, target.width, source.width},
+        {block.targetY, block.targetHeight, block.sourceY, block.sourceHeight, target.height, source.height}};
+    if (axes.columns.Count() == 0 || axes.rows.Count() == 0) return true;
+    const int32_t top = axes.rows.LowestSource();
+    const int32_t height = axes.rows.HighestSource() - top + 1;
+    if (!SharesMemory(target, axes.rows.First(), axes.rows.Count(), source, top, height)) {
+        action(source, axes, 0);
+        return true;
+    }
+    SourceCopy copy;
+    if (!copy.Make(source, 0, top, source.width, height)) return false;
+    action(copy.View(), axes, top);
+    return true;
+}
+
+bool AreWords(const PixelView &target, const PixelView &source) {
+    return target.format == PixelFormat::Bgrx32 && source.format == PixelFormat::Bgrx32;
 }
 
 // The rectangle of a code that needs no source, as an ordinary block.
@@ -45,20 +103,9 @@ Block TargetPart(const PixelView &target, const ScaledBlock &block) {
 
 bool ScaleInto(PieceWriter &writer, const PixelView &target, const PixelView &source,
                const ScaledBlock &block) noexcept {
-    Axes axes{
-        {block.targetX, block.targetWidth, block.sourceX, block.sourceWidth, target.width, source.width},
-        {block.targetY, block.targetHeight, block.sourceY, block.sourceHeight, target.height, source.height}};
-    if (axes.columns.Count() == 0 || axes.rows.Count() == 0) return true;
-    const int32_t top = axes.rows.LowestSource();
-    const int32_t height = axes.rows.HighestSource() - top + 1;
-    if (!SharesMemory(target, axes.rows.First(), axes.rows.Count(), source, top, height)) {
-        WriteScaled(writer, target, source, axes, 0);
-        return true;
-    }
-    SourceCopy copy;
-    if (!copy.Make(source, 0, top, source.width, height)) return false;
-    WriteScaled(writer, target, copy.View(), axes, top);
-    return true;
+    return WithScaledSource(target, source, block, [&](const PixelView &from, const Axes &axes, int32_t top) {
+        WriteScaled(writer, target, from, axes, top);
+    });
 }
 
 bool StretchBlock(const PixelView &target, const PixelView *source, const ScaledBlock &block,
@@ -68,6 +115,12 @@ bool StretchBlock(const PixelView &target, const PixelView *source, const Scaled
     }
     if (source == nullptr) return false;
     if (HasEqualSizes(block)) return BlitBlock(target, source, PlainBlock(block), rasterCode, colours);
+    if (TruthTable(rasterCode) == TruthTable(SRCCOPY) && AreWords(target, *source)) {
+        return WithScaledSource(target, *source, block,
+                                [&](const PixelView &from, const Axes &axes, int32_t top) {
+                                    ScaleWords(target, from, axes, block, top);
+                                });
+    }
     PieceWriter writer(*source, target, rasterCode, colours);
     return ScaleInto(writer, target, *source, block);
 }

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Zlib
+#include "platform/raster/row_kernels.h"
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cstring>
+
+#include "platform/raster/colour_conversion.h"
+
+namespace fenlight::platform {
+namespace {
+
+void CopyBytes(const RowBlock &block) {
+    for (int64_t row = 0; row < block.rows; ++row) {
+        std::memcpy(block.target + row * block.targetPitch, block.source + row * block.sourcePitch,
+                    static_cast<size_t>(block.width));
+    }
+}
+
+// load(sourceRow, i) gives the pixel i as a word.
+template <typename Load>
+void KeyRows(const RowBlock &block, uint32_t key, Load load) {
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        for (int64_t i = 0; i < block.width; ++i) {
+            const uint32_t word = load(source, i);
+            if ((word & kColourBits) != key) std::memcpy(target + 4 * i, &word, sizeof word);
+        }
+    }
+}
+
+void KeyFrom32(const RowBlock &block, uint32_t key) {
+    KeyRows(block, key, [](const uint8_t *row, int64_t i) {
+        uint32_t word;
+        std::memcpy(&word, row + 4 * i, sizeof word);
+        return word;
+    });
+}
+
+void KeyFrom24(const RowBlock &block, uint32_t key) {
+    KeyRows(block, key, [](const uint8_t *row, int64_t i) {
+        const uint8_t *pixel = row + 3 * i;
+        return pixel[0] | static_cast<uint32_t>(pixel[1]) << 8 | static_cast<uint32_t>(pixel[2]) << 16;
+    });
+}
+
+void KeyFrom8(const RowBlock &block, const uint32_t *palette, uint32_t key) {
+    KeyRows(block, key, [palette](const uint8_t *row, int64_t i) { return palette[row[i]] & kColourBits; });
+}
+
+void Scale32(const ScaledRow &row) {
+    for (int64_t i = 0; i < row.count; ++i) {
+        std::memcpy(row.target + 4 * i, row.source + 4 * int64_t{row.positions[i]}, 4);
+    }
+}
+
+void CopyMarked32(uint8_t *target, const uint8_t *source, std::span<const uint64_t> marks) {
+    for (size_t i = 0; i < marks.size(); ++i) {
+        uint64_t word = marks[i];
+        while (word != 0) {
+            const int first = std::countr_zero(word);
+            const int length = std::countr_one(word >> first);
+            const size_t offset = 4 * (64 * i + static_cast<size_t>(first));
+            std::memcpy(target + offset, source + offset, static_cast<size_t>(length) * 4);
+            if (first + length == 64) break;
+            word &= ~uint64_t{0} << (first + length);
+        }
+    }
+}
+
+std::atomic<const RowKernels *> chosenKernels{nullptr};
+
+// What this processor has, from the plainest to the best.
+struct KernelList {
+    std::array<const RowKernels *, 3> kernels{&kPlainKernels};
+    size_t count = 1;
+};
+
+KernelList FindKernels() {
+    KernelList list;
+#if defined(__x86_64__)
+    __builtin_cpu_init();
+    const bool hasAvx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2");
+    if (hasAvx2) list.kernels[list.count++] = &kAvx2Kernels;
+    if (hasAvx2 && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi")) {
+        list.kernels[list.count++] = &kAvx512Kernels;
+    }
+#endif
+    return list;
+}
+
+}  // namespace
+
+const RowKernels kPlainKernels{"plain", CopyBytes, KeyFrom32, KeyFrom24, KeyFrom8, Scale32, CopyMarked32};
+
+std::span<const RowKernels *const> AvailableKernels() noexcept {
+    static const KernelList list = FindKernels();
+    return {list.kernels.data(), list.count};
+}
+
+// Two threads may both choose at first; they choose the same.
+const RowKernels &Kernels() noexcept {
+    const RowKernels *kernels = chosenKernels.load(std::memory_order_relaxed);
+    if (kernels == nullptr) {
+        kernels = AvailableKernels().back();
+        chosenKernels.store(kernels, std::memory_order_relaxed);
+    }
+    return *kernels;
+}
+
+void ForceKernels(const RowKernels *kernels) noexcept {
+    chosenKernels.store(kernels, std::memory_order_relaxed);
+}
+
+}  // namespace fenlight::platform

@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: Zlib
+// 8 pixels at a time; what is left of a row goes pixel by pixel.
+#if defined(__x86_64__)
+#include <immintrin.h>
+
+#include <cstring>
+
+#include "platform/raster/row_kernels.h"
+
+namespace fenlight::platform {
+namespace {
+
+constexpr uint32_t kColours = 0x00FFFFFF;
+
+__m256i Load(const uint8_t *bytes) { return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(bytes)); }
+void Store(uint8_t *bytes, __m256i value) { _mm256_storeu_si256(reinterpret_cast<__m256i *>(bytes), value); }
+__m128i LoadHalf(const uint8_t *bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes)); }
+
+void CopyRow(uint8_t *target, const uint8_t *source, int64_t bytes) {
+    int64_t i = 0;
+    for (; i + 128 <= bytes; i += 128) {
+        const __m256i a = Load(source + i);
+        const __m256i b = Load(source + i + 32);
+        const __m256i c = Load(source + i + 64);
+        const __m256i d = Load(source + i + 96);
+        Store(target + i, a);
+        Store(target + i + 32, b);
+        Store(target + i + 64, c);
+        Store(target + i + 96, d);
+    }
+    for (; i + 32 <= bytes; i += 32) Store(target + i, Load(source + i));
+    for (; i + 4 <= bytes; i += 4) std::memcpy(target + i, source + i, 4);
+    for (; i < bytes; ++i) target[i] = source[i];
+}
+
+void CopyBytes(const RowBlock &block) {
+    const bool isOneRun = block.targetPitch == block.width && block.sourcePitch == block.width;
+    if (isOneRun) return CopyRow(block.target, block.source, block.width * block.rows);
+    for (int64_t row = 0; row < block.rows; ++row) {
+        CopyRow(block.target + row * block.targetPitch, block.source + row * block.sourcePitch, block.width);
+    }
+}
+
+// A source has Load8 for 8 pixels, which may read kSpare pixels more, and Load1.
+template <bool kHasKey, typename Source>
+void KeyRows(const RowBlock &block, uint32_t key, Source pixels) {
+    const __m256i keys = _mm256_set1_epi32(static_cast<int>(key));
+    const __m256i colourBits = _mm256_set1_epi32(static_cast<int>(kColours));
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        int64_t i = 0;
+        for (; i + 8 + Source::kSpare <= block.width; i += 8) {
+            __m256i words = pixels.Load8(source + Source::kBytes * i);
+            if constexpr (kHasKey) {
+                const __m256i isKey = _mm256_cmpeq_epi32(_mm256_and_si256(words, colourBits), keys);
+                words = _mm256_blendv_epi8(words, Load(target + 4 * i), isKey);
+            }
+            Store(target + 4 * i, words);
+        }
+        for (; i < block.width; ++i) {
+            const uint32_t word = pixels.Load1(source + Source::kBytes * i);
+            if ((word & kColours) != key) std::memcpy(target + 4 * i, &word, sizeof word);
+        }
+    }
+}
+
+template <typename Source>
+void KeyBlock(const RowBlock &block, uint32_t key, Source source) {
+    if (key > kColours) return KeyRows<false>(block, key, source);
+    KeyRows<true>(block, key, source);
+}
+
+struct Source32 {
+    static constexpr int kBytes = 4;
+    static constexpr int kSpare = 0;
+    __m256i Load8(const uint8_t *source) const { return Load(source); }
+    uint32_t Load1(const uint8_t *source) const {
+        uint32_t word;
+        std::memcpy(&word, source, sizeof word);
+        return word;
+    }
+};
+
+struct Source24 {
+    static constexpr int kBytes = 3;
+    static constexpr int kSpare = 2;  // two loads of 16 bytes, 12 bytes apart, end 4 bytes behind the pixels
+    __m256i Load8(const uint8_t *source) const {
+        const __m256i spread = _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1,  //
+                                                0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+        return _mm256_shuffle_epi8(_mm256_set_m128i(LoadHalf(source + 12), LoadHalf(source)), spread);
+    }
+    uint32_t Load1(const uint8_t *source) const {
+        return source[0] | static_cast<uint32_t>(source[1]) << 8 | static_cast<uint32_t>(source[2]) << 16;
+    }
+};
+
+struct Source8 {
+    static constexpr int kBytes = 1;
+    static constexpr int kSpare = 0;
+    const uint32_t *palette;
+    __m256i Load8(const uint8_t *source) const {
+        const __m128i indices = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(source));
+        const __m256i words =
+            _mm256_i32gather_epi32(reinterpret_cast<const int *>(palette), _mm256_cvtepu8_epi32(indices), 4);
+        return _mm256_and_si256(words, _mm256_set1_epi32(static_cast<int>(kColours)));
+    }
+    uint32_t Load1(const uint8_t *source) const { return palette[*source] & kColours; }
+};
+
+void KeyFrom32(const RowBlock &block, uint32_t key) { KeyBlock(block, key, Source32{}); }
+void KeyFrom24(const RowBlock &block, uint32_t key) { KeyBlock(block, key, Source24{}); }
+void KeyFrom8(const RowBlock &block, const uint32_t *palette, uint32_t key) {
+    KeyBlock(block, key, Source8{palette});
+}
+
+// kWindows: 1 if 8 target pixels lie within 8 of the source, 2 if within 16, 0 if farther apart.
+template <int kWindows>
+__m256i Scaled8(const ScaledRow &row, int64_t i, int64_t first) {
+    const auto *places = reinterpret_cast<const uint8_t *>(row.positions + i);
+    if constexpr (kWindows == 0) {
+        return _mm256_i32gather_epi32(reinterpret_cast<const int *>(row.source), Load(places), 4);
+    } else {
+        const __m256i offsets = _mm256_sub_epi32(Load(places), _mm256_set1_epi32(static_cast<int>(first)));
+        const __m256i low = _mm256_permutevar8x32_epi32(Load(row.source + 4 * first), offsets);
+        if constexpr (kWindows == 1) return low;
+        const __m256i high = _mm256_permutevar8x32_epi32(Load(row.source + 4 * first + 32), offsets);
+        return _mm256_blendv_epi8(low, high, _mm256_cmpgt_epi32(offsets, _mm256_set1_epi32(7)));
+    }
+}
+
+template <int kWindows>
+void ScaleRow(const ScaledRow &row) {
+    for (int64_t i = 0; i < row.count;) {
+        const int64_t last = i + 7;
+        const int64_t first = last >= row.count                        ? row.sourceWidth
+                              : row.positions[i] < row.positions[last] ? row.positions[i]
+                                                                       : row.positions[last];
+        if (first + 8 * kWindows <= row.sourceWidth && last < row.count) {
+            Store(row.target + 4 * i, Scaled8<kWindows>(row, i, first));
+            i += 8;
+        } else {
+            std::memcpy(row.target + 4 * i, row.source + 4 * int64_t{row.positions[i]}, 4);
+            ++i;
+        }
+    }
+}
+
+void Scale32(const ScaledRow &row) {
+    if (row.reach8 <= 8) return ScaleRow<1>(row);
+    if (row.reach8 <= 16) return ScaleRow<2>(row);
+    ScaleRow<0>(row);
+}
+
+void CopyMarked8(uint8_t *target, const uint8_t *source, unsigned marks) {
+    if (marks == 0xFF) return Store(target, Load(source));
+    for (; marks != 0; marks = _blsr_u32(marks)) {
+        const size_t offset = 4 * static_cast<size_t>(_tzcnt_u32(marks));
+        std::memcpy(target + offset, source + offset, 4);
+    }
+}
+
+void CopyMarked32(uint8_t *target, const uint8_t *source, std::span<const uint64_t> marks) {
+    for (const uint64_t word : marks) {
+        for (int i = 0; i < 8 && word != 0; ++i) {
+            CopyMarked8(target + 32 * i, source + 32 * i, static_cast<unsigned>(word >> (8 * i) & 0xFF));
+        }
+        target += 256;
+        source += 256;
+    }
+}
+
+}  // namespace
+
+extern const RowKernels kAvx2Kernels{"avx2",   CopyBytes, KeyFrom32,   KeyFrom24,
+                                     KeyFrom8, Scale32,   CopyMarked32};
+
+}  // namespace fenlight::platform
+#endif

@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: Zlib
+// 16 pixels at a time. Masked loads and stores end the rows and leave out key pixels, so that the target is
+// never read.
+#if defined(__x86_64__)
+// GCC takes the intrinsics' undefined operands, which no result depends on, for forgotten initialisations.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#include <immintrin.h>
+#pragma GCC diagnostic pop
+
+#include "platform/raster/row_kernels.h"
+
+namespace fenlight::platform {
+namespace {
+
+__m512i Load(const uint8_t *bytes) { return _mm512_loadu_si512(bytes); }
+void Store(uint8_t *bytes, __m512i value) { _mm512_storeu_si512(bytes, value); }
+__mmask64 FirstBytes(int64_t count) { return _bzhi_u64(~0ull, static_cast<unsigned>(count)); }
+__mmask16 FirstPixels(int64_t count) {
+    return static_cast<__mmask16>(_bzhi_u32(0xFFFF, static_cast<unsigned>(count)));
+}
+
+void CopyRow(uint8_t *target, const uint8_t *source, int64_t bytes) {
+    int64_t i = 0;
+    for (; i + 256 <= bytes; i += 256) {
+        const __m512i a = Load(source + i);
+        const __m512i b = Load(source + i + 64);
+        const __m512i c = Load(source + i + 128);
+        const __m512i d = Load(source + i + 192);
+        Store(target + i, a);
+        Store(target + i + 64, b);
+        Store(target + i + 128, c);
+        Store(target + i + 192, d);
+    }
+    for (; i + 64 <= bytes; i += 64) Store(target + i, Load(source + i));
+    if (i == bytes) return;
+    const __mmask64 mask = FirstBytes(bytes - i);
+    _mm512_mask_storeu_epi8(target + i, mask, _mm512_maskz_loadu_epi8(mask, source + i));
+}
+
+void CopyBytes(const RowBlock &block) {
+    const bool isOneRun = block.targetPitch == block.width && block.sourcePitch == block.width;
+    if (isOneRun) return CopyRow(block.target, block.source, block.width * block.rows);
+    for (int64_t row = 0; row < block.rows; ++row) {
+        CopyRow(block.target + row * block.targetPitch, block.source + row * block.sourcePitch, block.width);
+    }
+}
+
+class KeyStore {
+  public:
+    explicit KeyStore(uint32_t key) : key_(_mm512_set1_epi32(static_cast<int>(key))) {}
+    void operator()(uint8_t *target, __m512i pixels, __mmask16 inside) const {
+        const __m512i colours = _mm512_and_si512(pixels, _mm512_set1_epi32(0xFFFFFF));
+        const __mmask16 opaque = _mm512_mask_cmpneq_epi32_mask(inside, colours, key_);
+        _mm512_mask_storeu_epi32(target, opaque, pixels);
+    }
+
+  private:
+    __m512i key_;
+};
+
+// load(source, mask) gives the 16 pixels from there on, of which those of the mask may be read.
+template <int kSourceBytes, typename LoadPixels>
+void KeyRows(const RowBlock &block, uint32_t key, LoadPixels load) {
+    const KeyStore store(key);
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        int64_t i = 0;
+        for (; i + 16 <= block.width; i += 16)
+            store(target + 4 * i, load(source + kSourceBytes * i, 16), 0xFFFF);
+        if (i == block.width) continue;
+        const int64_t rest = block.width - i;
+        store(target + 4 * i, load(source + kSourceBytes * i, rest), FirstPixels(rest));
+    }
+}
+
+void KeyFrom32(const RowBlock &block, uint32_t key) {
+    KeyRows<4>(block, key, [](const uint8_t *source, int64_t count) {
+        return count == 16 ? Load(source) : _mm512_maskz_loadu_epi32(FirstPixels(count), source);
+    });
+}
+
+void KeyFrom24(const RowBlock &block, uint32_t key) {
+    // Bytes 3i, 3i + 1, 3i + 2 and an empty one for each pixel.
+    alignas(64) uint8_t places[64];
+    for (int i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>(i / 4 * 3 + i % 4);
+    const __m512i spread = _mm512_load_si512(places);
+    KeyRows<3>(block, key, [spread](const uint8_t *source, int64_t count) {
+        const __m512i packed = _mm512_maskz_loadu_epi8(FirstBytes(3 * count), source);
+        return _mm512_maskz_permutexvar_epi8(0x7777777777777777ull, spread, packed);
+    });
+}
+
+// A palette as three tables of bytes in registers: looked up by permutations, 64 pixels at a time.
+class PalettePlanes {
+  public:
+    explicit PalettePlanes(const uint32_t *palette) {
+        alignas(64) uint8_t bytes[3][256];
+        for (int i = 0; i < 256; i += 16) {
+            const __m512i words = _mm512_loadu_si512(palette + i);
+            StoreBytes(bytes[0] + i, words);
+            StoreBytes(bytes[1] + i, _mm512_srli_epi32(words, 8));
+            StoreBytes(bytes[2] + i, _mm512_srli_epi32(words, 16));
+        }
+        for (int plane = 0; plane < 3; ++plane) {
+            for (int part = 0; part < 4; ++part)
+                planes_[plane][part] = _mm512_load_si512(bytes[plane] + 64 * part);
+        }
+    }
+
+    // pixels[q] becomes the words of the indices 16q to 16q + 15.
+    void LookUp(__m512i indices, __m512i pixels[4]) const {
+        // Interleaving works within 128-bit lanes, so the 4-byte groups are transposed before.
+        const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+        const __m512i turned = _mm512_permutexvar_epi32(order, indices);
+        const __mmask64 upper = _mm512_movepi8_mask(turned);
+        const __m512i blue = Byte(0, turned, upper);
+        const __m512i green = Byte(1, turned, upper);
+        const __m512i red = Byte(2, turned, upper);
+        const __m512i zero = _mm512_setzero_si512();
+        const __m512i lowBlueGreen = _mm512_unpacklo_epi8(blue, green);
+        const __m512i highBlueGreen = _mm512_unpackhi_epi8(blue, green);
+        const __m512i lowRed = _mm512_unpacklo_epi8(red, zero);
+        const __m512i highRed = _mm512_unpackhi_epi8(red, zero);
+        pixels[0] = _mm512_unpacklo_epi16(lowBlueGreen, lowRed);
+        pixels[1] = _mm512_unpackhi_epi16(lowBlueGreen, lowRed);
+        pixels[2] = _mm512_unpacklo_epi16(highBlueGreen, highRed);
+        pixels[3] = _mm512_unpackhi_epi16(highBlueGreen, highRed);
+    }
+
+  private:
+    static void StoreBytes(uint8_t *bytes, __m512i words) {
+        _mm_store_si128(reinterpret_cast<__m128i *>(bytes), _mm512_cvtepi32_epi8(words));
+    }
+    __m512i Byte(int plane, __m512i indices, __mmask64 upper) const {
+        const __m512i *parts = planes_[plane];
+        const __m512i low = _mm512_permutex2var_epi8(parts[0], indices, parts[1]);
+        const __m512i high = _mm512_permutex2var_epi8(parts[2], indices, parts[3]);
+        return _mm512_mask_blend_epi8(upper, low, high);
+    }
+
+    __m512i planes_[3][4];
+};
+
+void KeyFrom8(const RowBlock &block, const uint32_t *palette, uint32_t key) {
+    const PalettePlanes planes(palette);
+    const KeyStore store(key);
+    __m512i pixels[4];
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        int64_t i = 0;
+        for (; i + 64 <= block.width; i += 64) {
+            planes.LookUp(Load(source + i), pixels);
+            for (int q = 0; q < 4; ++q) store(target + 4 * i + 64 * q, pixels[q], 0xFFFF);
+        }
+        if (i == block.width) continue;
+        const __mmask64 rest = FirstBytes(block.width - i);
+        planes.LookUp(_mm512_maskz_loadu_epi8(rest, source + i), pixels);
+        for (int q = 0; q < 4; ++q) {
+            store(target + 4 * i + 64 * q, pixels[q], static_cast<__mmask16>(rest >> (16 * q)));
+        }
+    }
+}
+
+// The window of source pixels from `first` on, cut at the row's end.
+__m512i LoadWindow(const ScaledRow &row, int64_t first) {
+    const int64_t left = row.sourceWidth - first;
+    const uint8_t *source = row.source + 4 * first;
+    if (left >= 16) return Load(source);
+    return left > 0 ? _mm512_maskz_loadu_epi32(FirstPixels(left), source) : _mm512_setzero_si512();
+}
+
+// kWindows: 1 if 16 target pixels lie within 16 of the source, 2 if within 32, 0 if farther apart.
+template <int kWindows>
+void ScaleRow(const ScaledRow &row) {
+    for (int64_t i = 0; i < row.count; i += 16) {
+        const int64_t last = i + 16 <= row.count ? i + 15 : row.count - 1;
+        const __mmask16 inside = FirstPixels(last - i + 1);
+        const __m512i positions = _mm512_maskz_loadu_epi32(inside, row.positions + i);
+        const int64_t first = row.positions[i] < row.positions[last] ? row.positions[i] : row.positions[last];
+        const __m512i places = _mm512_sub_epi32(positions, _mm512_set1_epi32(static_cast<int>(first)));
+        __m512i pixels;
+        if constexpr (kWindows == 1) {
+            pixels = _mm512_permutexvar_epi32(places, LoadWindow(row, first));
+        } else if constexpr (kWindows == 2) {
+            pixels = _mm512_permutex2var_epi32(LoadWindow(row, first), places, LoadWindow(row, first + 16));
+        } else {
+            pixels = _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), inside, positions, row.source, 4);
+        }
+        _mm512_mask_storeu_epi32(row.target + 4 * i, inside, pixels);
+    }
+}
+
+void Scale32(const ScaledRow &row) {
+    if (row.reach16 <= 16) return ScaleRow<1>(row);
+    if (row.reach16 <= 32) return ScaleRow<2>(row);
+    ScaleRow<0>(row);
+}
+
+void CopyMarked32(uint8_t *target, const uint8_t *source, std::span<const uint64_t> marks) {
+    for (const uint64_t word : marks) {
+        if (word == ~0ull) {
+            CopyRow(target, source, 256);
+        } else if (word != 0) {
+            for (int q = 0; q < 4; ++q) {
+                const auto mask = static_cast<__mmask16>(word >> (16 * q));
+                _mm512_mask_storeu_epi32(target + 64 * q, mask,
+                                         _mm512_maskz_loadu_epi32(mask, source + 64 * q));
+            }
+        }
+        target += 256;
+        source += 256;
+    }
+}
+
+}  // namespace
+
+extern const RowKernels kAvx512Kernels{"avx512", CopyBytes, KeyFrom32,   KeyFrom24,
+                                       KeyFrom8, Scale32,   CopyMarked32};
+
+}  // namespace fenlight::platform
+#endif
