@@ -19,6 +19,11 @@ void DrawFrame(const Frame &frame) noexcept {
                    frame.sourceY, frame.width, frame.height, key);
 }
 
+// A sprite without a screen is drawn nowhere, or it would show where another sprite's rectangle is copied.
+bool HasScreen(const SpriteRecord &record) noexcept {
+    return GetDeviceCaps(record.ScreenDC, LOGPIXELSX) != 0;
+}
+
 int32_t FrameStartX(const SpriteRecord &record) noexcept {
     const auto steps = static_cast<uint32_t>(record.Frame) - 1;
     return static_cast<int32_t>(static_cast<uint32_t>(record.SourceX) +
@@ -50,7 +55,7 @@ void DrawStage(SpriteRecord &record) noexcept {
     const Frame frame{record.ImageDC, record.BackDC, record.X,      record.Y,
                       record.Width,   record.Height, record.FrameX, record.SourceY};
     // Decided once: the delete functions write FixMode from the caller's thread.
-    const bool isDrawn = record.FixMode == 0 && frame.width > 0 && frame.height > 0;
+    const bool isDrawn = record.FixMode == 0 && frame.width > 0 && frame.height > 0 && HasScreen(record);
     if (isDrawn) DrawFrame(frame);
     RememberPlace(record, frame);
     if (record.StampRequest == 1 && record.StampRequest.Replace(1, 0) && isDrawn)

@@ -21,8 +21,8 @@ using platform::Operation;
 constexpr SpriteArguments kArguments{11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25};
 
 TEST(SpriteList, StoresTheArgumentsWhereTheyBelong) {
-    const Scene scene;
-    Scene::Add(1, 1);
+    Scene scene;
+    scene.Add(1, 1);
     const uintptr_t sprite = InitSprite(11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25);
     std::vector<intptr_t> expected(256, 0);
     const auto set = [&](int position, intptr_t value) {
@@ -105,17 +105,20 @@ TEST(SpriteList, CopiesEveryWordButTheLinksAndTheTable) {
     scene.Add(2, 2);
     const int16_t waypoints[] = {1, 2, 3, 4};
     MoveSpriteWithTable(HandleOf(&source), waypoints, 2, 100, 200, 1);
-    for (int32_t position = 4; position < 1024; position += 4)
-        if (position != 88 && position != 120 && position != 320 && (position < 312 || position > 328))
-            WriteWord(source, position, 1000 + position);
+    const auto isLink = [](int32_t position) { return position == 88 || position == 120 || position == 320; };
+    for (int32_t position = 4; position < 1024; position += 4) {
+        const bool isTable = position >= 312 && position <= 328;
+        if (!isLink(position) && !isTable) WriteWord(source, position, 1000 + position);
+    }
     const uintptr_t copy = CopySprite(HandleOf(&source));
     ASSERT_NE(copy, 0u);
     EXPECT_EQ(NextOf(*NextOf(source)), RecordOf(copy));
     EXPECT_EQ(TestSprite(copy, 88), 0);
     EXPECT_EQ(TestSprite(copy, 120), static_cast<intptr_t>(copy));
-    for (int32_t position = 0; position < 1024; position += 4)
-        if (position != 88 && position != 120 && position != 320)
-            EXPECT_EQ(TestSprite(copy, position), ReadWord(source, position)) << position;
+    for (int32_t position = 0; position < 1024; position += 4) {
+        if (isLink(position)) continue;
+        EXPECT_EQ(TestSprite(copy, position), ReadWord(source, position)) << position;
+    }
     EXPECT_NE(TestSprite(copy, 320), 0);
     EXPECT_NE(TestSprite(copy, 320), ReadWord(source, 320));
 }

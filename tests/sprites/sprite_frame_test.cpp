@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: Zlib
+// Frames, stepped without the thread: what they leave on the three contexts.
+#include <gtest/gtest.h>
+
+#include "fenlight/sprite_movement.h"
+#include "sprites/sprite_scene.h"
+#include "sprites/stages.h"
+
+namespace fenlight::test {
+namespace {
+
+// The drawing of one sprite by plain transfers through a mask, its inverse and two temporary pictures.
+void DrawByTransfers(const SpriteRecord &record, HDC back) {
+    const int32_t x = record.X, y = record.Y, width = record.Width, height = record.Height;
+    const int32_t frameX = record.SourceX + width * (record.Frame - 1), sourceY = record.SourceY;
+    const HDC image = record.ImageDC, screen = record.ScreenDC;
+    HDC contexts[4];
+    HBITMAP bitmaps[4];
+    HGDIOBJ former[4];
+    for (size_t i = 0; i < 4; ++i) {
+        contexts[i] = CreateCompatibleDC(screen);
+        bitmaps[i] = i < 2 ? CreateBitmap(width, height, 1, 1, nullptr)
+                           : CreateCompatibleBitmap(screen, width, height);
+        former[i] = SelectObject(contexts[i], bitmaps[i]);
+    }
+    const auto [mask, inverse, compose, frame] = contexts;
+    const COLORREF old = SetBkColor(image, GetPixel(image, frameX + width - 1, sourceY));
+    BitBlt(mask, 0, 0, width, height, image, frameX, sourceY, SRCCOPY);
+    SetBkColor(image, old);
+    BitBlt(inverse, 0, 0, width, height, mask, 0, 0, NOTSRCCOPY);
+    BitBlt(compose, 0, 0, width, height, back, x, y, SRCCOPY);
+    BitBlt(compose, 0, 0, width, height, mask, 0, 0, SRCAND);
+    BitBlt(frame, 0, 0, width, height, image, frameX, sourceY, SRCCOPY);
+    BitBlt(frame, 0, 0, width, height, inverse, 0, 0, SRCAND);
+    BitBlt(compose, 0, 0, width, height, frame, 0, 0, SRCINVERT);
+    BitBlt(back, x, y, width, height, compose, 0, 0, SRCCOPY);
+    for (size_t i = 0; i < 4; ++i) {
+        SelectObject(contexts[i], former[i]);
+        DeleteObject(bitmaps[i]);
+        DeleteDC(contexts[i]);
+    }
+}
+
+TEST(DrawStage, PaintsWhatTheSequenceOfTransfersPaints) {
+    Scene scene;
+    Canvas expected(Scene::kWidth, Scene::kHeight);
+    expected.Put(scene.background);
+    std::mt19937 random(3);
+    for (int i = 0; i < 60; ++i) {
+        SpriteRecord &record = scene.Add(static_cast<int32_t>(random() % 120) - 15,
+                                         static_cast<int32_t>(random() % 90) - 15, 1 + i % Scene::kFrames);
+        if (i % 5 == 0) record.Width = 1 + static_cast<int32_t>(random() % 12);
+        if (i % 7 == 0) record.SourceY = static_cast<int32_t>(random() % 5), record.Height = 5;
+        // The key colour is found anew in each pass.
+        if (i == 30) SetPixel(scene.image, 11, 0, GetPixel(scene.image, 3, 3));
+        DrawByTransfers(record, expected);
+        DrawStage(record);
+    }
+    EXPECT_TRUE(SamePicture("draw-by-transfers", scene.back.Get(), expected.Get()));
+}
+
+TEST(DrawStage, RemembersTwoPlacesAndTakesTheFrameOfThePass) {
+    Scene scene;
+    SpriteRecord &record = scene.Add(10, 20, 3);
+    record.SourceX = 100;
+    record.FixMode = 5;
+    DrawStage(record);
+    record.X = 30;
+    record.Y = -40;
+    DrawStage(record);
+    EXPECT_EQ(record.FrameX, 100 + 2 * 12);
+    EXPECT_EQ((std::vector<int32_t>{record.PreviousX, record.PreviousY, record.DrawnX, record.DrawnY}),
+              (std::vector<int32_t>{10, 20, 30, -40}));
+    EXPECT_TRUE(SamePicture("fixed-not-drawn", scene.back.Get(), scene.background));
+}
+
+// Whatever sprites do, the screen shows the background with all sprites painted in list order, and the back
+// buffer is clean between frames.
+TEST(Frame, ShowsEverySpriteOnceOverACleanBackground) {
+    Scene scene;
+    Canvas otherScreen(Scene::kWidth, Scene::kHeight), otherBack(Scene::kWidth, Scene::kHeight);
+    otherScreen.Put(scene.background);
+    otherBack.Put(scene.background);
+    std::vector<SpriteRecord *> sprites;
+    std::mt19937 random(5);
+    for (int i = 0; i < 150; ++i) {
+        SpriteArguments arguments = scene.Sprite(0, 0, 1 + i % Scene::kFrames);
+        // Three runs of contexts, so that the copies are collected and handed over more than once.
+        if (i / 50 == 1) arguments.screenDC = otherScreen, arguments.backDC = otherBack;
+        sprites.push_back(&Scene::Add(arguments));
+    }
+    for (int frame = 0; frame < 12; ++frame) {
+        Picture expected[2] = {scene.background, scene.background};
+        for (size_t i = 0; i < sprites.size(); ++i) {
+            SpriteRecord &sprite = *sprites[i];
+            const auto x = static_cast<int32_t>(random() % 130) - 20,
+                       y = static_cast<int32_t>(random() % 90) - 15;
+            SetSpritePos(HandleOf(&sprite), x, y, x, y);
+            if (frame == 8 && i % 3 == 0) DeleteSprite(HandleOf(&sprite));
+            if (frame < 8 || i % 3 != 0) scene.Paint(expected[i / 50 == 1], x, y, sprite.Frame);
+        }
+        Scene::Step(1);
+        EXPECT_TRUE(SamePicture("frame-screen", scene.screen.Get(), expected[0])) << frame;
+        EXPECT_TRUE(SamePicture("frame-other-screen", otherScreen.Get(), expected[1])) << frame;
+        EXPECT_TRUE(SamePicture("frame-back", scene.back.Get(), scene.background)) << frame;
+        EXPECT_TRUE(SamePicture("frame-clean", scene.clean.Get(), scene.background)) << frame;
+    }
+}
+
+// Only rectangles of sprites go to the screen, two for each: a hand-worked trace of one moving sprite.
+TEST(Frame, CopiesTheOldAndTheNewPlaceAndNothingElse) {
+    Scene scene;
+    SpriteRecord &sprite = scene.Add(40, 30);
+    sprite.SpeedX = 4;
+    MoveSprite(HandleOf(&sprite), 90, 30);
+    const Picture foreign = Noise(Scene::kWidth, Scene::kHeight, 99);
+    const int drawnX[] = {40, 44, 48}, previousX[] = {0, 40, 44}, previousY[] = {0, 30, 30};
+    for (size_t frame = 0; frame < 3; ++frame) {
+        scene.screen.Put(foreign);
+        Scene::Step(1);
+        EXPECT_EQ(sprite.DrawnX, drawnX[frame]) << "drawn before the step";
+        EXPECT_EQ(sprite.X, drawnX[frame] + 4);
+        Picture painted = scene.background, expected = foreign;
+        scene.Paint(painted, drawnX[frame], 30);
+        const auto copy = [&](int left, int top) {
+            for (int y = top; y < top + 10; ++y)
+                for (int x = left; x < left + 12; ++x) expected.At(x, y) = painted.At(x, y);
+        };
+        copy(previousX[frame], previousY[frame]);
+        copy(drawnX[frame], 30);
+        EXPECT_TRUE(SamePicture("frame-rectangles", scene.screen.Get(), expected)) << frame;
+    }
+}
+
+TEST(Frame, StampsASpriteIntoTheBackgroundOnce) {
+    Scene scene;
+    scene.Add(10, 10, 1);
+    SpriteRecord &sprite = scene.Add(15, 14, 2);
+    scene.Add(12, 18, 3);
+    Picture expected = scene.background, both = scene.background;
+    scene.Paint(both, 10, 10, 1);
+    scene.Paint(both, 15, 14, 2);
+    // The rectangle as it stands after the draw: lower layers are in it, higher ones are not.
+    for (int y = 14; y < 24; ++y)
+        for (int x = 15; x < 27; ++x) expected.At(x, y) = both.At(x, y);
+    SpriteToHDC(HandleOf(&sprite));
+    Scene::Step(1);
+    EXPECT_TRUE(SamePicture("stamp", scene.clean.Get(), expected));
+    EXPECT_EQ(sprite.StampRequest, 0);
+    SetSpritePos(HandleOf(&sprite), 60, 40, 60, 40);
+    Scene::Step(1);
+    EXPECT_TRUE(SamePicture("stamp-once", scene.clean.Get(), expected));
+    sprite.FixMode = 1;
+    SpriteToHDC(HandleOf(&sprite));
+    Scene::Step(1);
+    EXPECT_EQ(sprite.StampRequest, 0) << "lost without a stamp";
+    EXPECT_TRUE(SamePicture("stamp-fixed", scene.clean.Get(), expected));
+}
+
+TEST(Frame, LeavesThePictureOfAFixedSpriteUntilItIsDeleted) {
+    Scene scene;
+    scene.Add(60, 40);
+    SpriteRecord &sprite = scene.Add(20, 20, 2);
+    Scene::Step(1);
+    sprite.FixRequestMode = 3;
+    sprite.FixRequest = 1;
+    sprite.SpeedX = 1;
+    MoveSprite(HandleOf(&sprite), 25, 20);
+    Picture expected = scene.background;
+    scene.Paint(expected, 60, 40);
+    Picture withSprite = expected;
+    scene.Paint(withSprite, 20, 20, 2);
+    Scene::Step(4);
+    EXPECT_EQ(sprite.FixMode, 3) << "from the pass that finds the request";
+    EXPECT_EQ(sprite.FixRequest, 0);
+    EXPECT_EQ(sprite.X, 24) << "moves on unseen";
+    EXPECT_EQ(sprite.DrawnX, 23);
+    EXPECT_TRUE(SamePicture("fixed-left", scene.screen.Get(), withSprite));
+    // It wipes the last two places only, which here cover the picture.
+    sprite.PreviousX = 20;
+    DeleteSprite(HandleOf(&sprite));
+    Scene::Step(1);
+    EXPECT_TRUE(SamePicture("fixed-wiped", scene.screen.Get(), expected));
+}
+
+TEST(Frame, StepsFinishedSpritesNoFurther) {
+    Scene scene;
+    SpriteRecord &finished = scene.Add(10, 10);
+    scene.Add(30, 30);
+    DeleteSprite(HandleOf(&finished));
+    finished.SpeedX = finished.SpeedY = 2;
+    MoveSprite(HandleOf(&finished), 50, 50);
+    std::vector<int32_t> places;
+    for (int frame = 0; frame < 4; ++frame) {
+        Scene::Step(1);
+        places.push_back(finished.X);
+    }
+    EXPECT_EQ(places, (std::vector<int32_t>{12, 14, 14, 14})) << "moves in both frames of its erasure";
+}
+
+TEST(Frame, CostsNoMoreThanAnInvisibleSpriteWhereArgumentsAreBad) {
+    Scene scene;
+    scene.Add(40, 30);
+    Picture expected = scene.background;
+    scene.Paint(expected, 40, 30);
+    for (int32_t position : {0, 56, 68, 84})
+        for (uintptr_t dead : {uintptr_t{0}, uintptr_t{3}, ~uintptr_t{0}, uintptr_t{0x12345678}}) {
+            SpriteRecord &record = scene.Add(70, 5);
+            WriteWord(record, position, static_cast<intptr_t>(dead));
+            // Without a clean background the back buffer cannot be restored.
+            record.FixMode = position == 84;
+        }
+    Scene::Step(2);
+    EXPECT_TRUE(SamePicture("bad-contexts", scene.screen.Get(), expected));
+    const int32_t extremes[] = {INT32_MIN, INT32_MIN + 1, -1, 0, INT32_MAX - 1, INT32_MAX};
+    for (int position : {4, 8, 12, 16, 24, 32, 36})
+        for (int32_t value : extremes) {
+            SpriteRecord &record = scene.Add(200, 200);
+            WriteWord(record, position, value);
+            record.TargetX = record.X;
+            record.TargetY = record.Y;
+            SpriteToHDC(HandleOf(&record));
+        }
+    Scene::Step(3);
+    EXPECT_TRUE(SamePicture("bad-numbers-clean", scene.clean.Get(), scene.background));
+    EXPECT_TRUE(SamePicture("bad-numbers-back", scene.back.Get(), scene.background));
+}
+
+}  // namespace
+}  // namespace fenlight::test

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: Zlib
+// Every exported sprite function at random against the running thread.
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "fenlight/sprite_animation.h"
+#include "fenlight/sprite_movement.h"
+#include "fenlight/sprite_thread.h"
+#include "sprites/sprite_scene.h"
+
+namespace fenlight::test {
+namespace {
+
+// A caller that keeps to the rules: it forgets a handle before the record can be freed. The first sprite
+// lives until all are deleted, so that the list does not end by itself.
+class RandomCaller {
+  public:
+    RandomCaller(const Scene &scene, uint32_t seed) : scene_(scene), random_(seed) { MakeSprite(); }
+
+    void CallSomething() {
+        static constexpr std::array kCalls = {
+            &RandomCaller::MakeSprite, &RandomCaller::MakeSprite, &RandomCaller::MakeCopy,
+            &RandomCaller::Delete,     &RandomCaller::Forget,     &RandomCaller::Ask,
+            &RandomCaller::AskDetails, &RandomCaller::Move,       &RandomCaller::Move,
+            &RandomCaller::MoveOddly,  &RandomCaller::Tabulate,   &RandomCaller::Tabulate,
+            &RandomCaller::Attach,     &RandomCaller::Animate,    &RandomCaller::Stamp,
+            &RandomCaller::StopAndGo,  &RandomCaller::Brake,      &RandomCaller::ChangeWord,
+        };
+        (this->*kCalls[Below(kCalls.size())])();
+        if (Below(4000) == 0) StartOver();
+    }
+
+  private:
+    struct Handle {
+        uintptr_t sprite;
+        int32_t mark;
+        bool isDeleted;
+    };
+
+    uint32_t Below(size_t end) { return static_cast<uint32_t>(random_() % end); }
+    int32_t Number() { return static_cast<int32_t>(Below(160)) - 30; }
+    uintptr_t Any() { return handles_[Below(handles_.size())].sprite; }
+
+    void Keep(uintptr_t sprite, int32_t mark, bool isDeleted) {
+        ASSERT_NE(sprite, 0u);
+        handles_.push_back({sprite, mark, isDeleted});
+    }
+    void MakeSprite() {
+        if (handles_.size() >= 60) return;
+        SpriteArguments arguments = scene_.Sprite(Number(), Number(), 1 + static_cast<int32_t>(Below(4)));
+        arguments.frameDelay = static_cast<int32_t>(Below(3));
+        Keep(InitSprite5(&arguments), 0, false);
+    }
+    void MakeCopy() {
+        if (handles_.size() >= 60) return;
+        const Handle source = handles_[Below(handles_.size())];
+        Keep(CopySprite(source.sprite), source.mark, source.isDeleted);
+    }
+    void Delete() {
+        const size_t index = Below(handles_.size());
+        if (index == 0) return;
+        DeleteSprite(handles_[index].sprite);
+        handles_[index].isDeleted = true;
+    }
+    void Forget() {
+        const auto mark = static_cast<int32_t>(Below(3));
+        std::erase_if(handles_,
+                      [&](const Handle &handle) { return handle.isDeleted && handle.mark == mark; });
+        CleanUp(mark);
+    }
+    void Ask() {
+        EXPECT_LE(static_cast<size_t>(CountSprites()), static_cast<size_t>(CountAllSprites()));
+        for (const Handle &handle : handles_)
+            EXPECT_EQ(ExistSprite(handle.sprite), handle.isDeleted ? -1 : 0);
+        EXPECT_LE(GetSpritesFps(), 83);
+    }
+    void AskDetails() {
+        int32_t infos[8];
+        const uintptr_t sprite = Any();
+        EXPECT_EQ(GetSpriteInfos(sprite, infos), infos);
+        EXPECT_EQ(TestSprite(sprite, 120), static_cast<intptr_t>(sprite));
+        GetSpriteX(sprite);
+        GetSpriteY(sprite);
+        HasSpriteArrived(sprite);
+        GetSpriteMoveX(sprite);
+        GetSpriteMoveY(sprite);
+        GetSpriteMoveXY(sprite);
+        GetSpriteAnimModeStatus(sprite);
+    }
+    void Move() {
+        MoveSprite(Any(), Number(), Number());
+        SetSpriteSpeed(Any(), Number() / 20, Number() / 20);
+        SetSpritePos(Any(), Number(), Number(), Number(), Number());
+    }
+    void MoveOddly() {
+        SlowDownSprite(Any(), Number() / 10, Number() / 10);
+        SetSpriteMovingMode(Any(), static_cast<int32_t>(Below(2)));
+        SpriteMovingRect(Any(), Number(), Number(), Number(), Number());
+        SetSpriteCage(Any(), Number(), Number(), Number(), Number(), Number(), Number());
+    }
+    void Tabulate() {
+        std::array<int16_t, 20> points;
+        for (int16_t &value : points) value = static_cast<int16_t>(Number());
+        const int32_t entries = static_cast<int32_t>(Below(13)) - 2;
+        MoveSpriteWithTable(Any(), Below(4) == 0 ? nullptr : points.data(), entries, Number(), Number(),
+                            Number());
+        SpriteTableMode(Any(), static_cast<int32_t>(Below(2)));
+    }
+    void Attach() {
+        AttachSprite(Any(), Below(3) == 0 ? 0 : Any(), Number(), Number());
+        AttachSpriteAnim(Any(), Below(2) == 0 ? 0 : Any());
+    }
+    void Animate() {
+        SetSpriteAnim(Any(), 0, 0, 12, 10, 4, 1, static_cast<int32_t>(Below(3)));
+        SetSpriteAnimMove(Any(), Number() / 10, 12, 0);
+        SetSpriteAnimMode(Any(), static_cast<int32_t>(Below(2)));
+    }
+    void Stamp() { SpriteToHDC(Any()); }
+    void StopAndGo() {
+        StopAllSprites(1);
+        DeleteSprite(0);
+        Tabulate();
+        CountAllSprites();
+        StopAllSprites(0);
+    }
+    void Brake() {
+        SpriteThreadBrake(static_cast<int32_t>(Below(2)));
+        SystemThreadBrake(static_cast<int32_t>(Below(2)));
+    }
+    // The mark, some numbers, positions of no word.
+    void ChangeWord() {
+        Handle &handle = handles_[Below(handles_.size())];
+        if (!handle.isDeleted)
+            ChangeSpritePara(handle.sprite, 156, handle.mark = static_cast<int32_t>(Below(3)));
+        for (int32_t position : {24, 64, 488, 560, 1020, 1024, -4, 33})
+            ChangeSpritePara(Any(), position, Number());
+    }
+    void StartOver() {
+        DeleteAllSprites();
+        EXPECT_EQ(SpriteList.load(), nullptr);
+        handles_.clear();
+        MakeSprite();
+    }
+
+    const Scene &scene_;
+    std::mt19937 random_;
+    std::vector<Handle> handles_;
+};
+
+TEST(SpriteStress, SurvivesEveryCallAgainstTheRunningThread) {
+    const HurriedClock clock;
+    const uint32_t seed = 20;
+    SCOPED_TRACE(seed);
+    const Scene scene;
+    RandomCaller caller(scene, seed);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+    for (int call = 0; call < 400000 && std::chrono::steady_clock::now() < deadline; ++call)
+        caller.CallSomething();
+    DeleteAllSprites();
+    EXPECT_EQ(SpriteList.load(), nullptr);
+    EXPECT_EQ(SpriteThread.load(), 0u);
+}
+
+}  // namespace
+}  // namespace fenlight::test
