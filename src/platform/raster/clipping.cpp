@@ -76,6 +76,10 @@ void ScaledAxis::CutToSource(int32_t sourceLimit) {
     int64_t end = int64_t{first_} + count_;
     count_ = 0;
     if (firstStep >= endStep) return;
+    if (firstStep == 0 && endStep == sourceSize_) {
+        count_ = static_cast<int32_t>(end - low);
+        return;
+    }
     const int64_t firstWalk = FirstWalkWithStep(firstStep);
     const int64_t endWalk = FirstWalkWithStep(endStep);
     if (targetSign_ > 0) {
@@ -90,24 +94,23 @@ void ScaledAxis::CutToSource(int32_t sourceLimit) {
     count_ = static_cast<int32_t>(end - low);
 }
 
+ScaledAxis::Walk::Walk(const ScaledAxis &axis, int32_t target) noexcept
+    : wholeStep_(axis.sourceSize_ / axis.targetSize_),
+      carryStep_(axis.targetSign_ * axis.sourceSign_),
+      rest_((axis.sourceSize_ - wholeStep_ * axis.targetSize_) * axis.targetSign_),
+      size_(axis.targetSize_) {
+    const int64_t product = axis.WalkAt(target) * axis.sourceSize_;
+    const int64_t step = product / size_;
+    position_ = axis.sourceStart_ + axis.sourceSign_ * step;
+    remainder_ = product - step * size_;
+    wholeStep_ *= carryStep_;
+}
+
 void ScaledAxis::FillSources(int32_t target, int32_t count, int32_t *sources) const {
-    const int64_t product = WalkAt(target) * sourceSize_;
-    const int64_t wholeStep = sourceSize_ / targetSize_ * targetSign_ * sourceSign_;
-    const int64_t carryStep = targetSign_ * sourceSign_;
-    const int64_t rest = sourceSize_ % targetSize_ * targetSign_;
-    int64_t position = sourceStart_ + sourceSign_ * (product / targetSize_);
-    int64_t remainder = product % targetSize_;
+    Walk walk(*this, target);
     for (int32_t i = 0; i < count; ++i) {
-        sources[i] = static_cast<int32_t>(position);
-        position += wholeStep;
-        remainder += rest;
-        if (remainder >= targetSize_) {
-            remainder -= targetSize_;
-            position += carryStep;
-        } else if (remainder < 0) {
-            remainder += targetSize_;
-            position += carryStep;
-        }
+        sources[i] = walk.Source();
+        walk.Step();
     }
 }
 

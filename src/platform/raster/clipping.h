@@ -25,6 +25,29 @@ class ScaledAxis {
     int32_t First() const { return first_; }
     int32_t Count() const { return count_; }
     int32_t SourceAt(int32_t target) const;
+
+    // Goes along the target from left to right without a division per step.
+    class Walk {
+      public:
+        Walk(const ScaledAxis &axis, int32_t target) noexcept;
+        int32_t Source() const { return static_cast<int32_t>(position_); }
+        void Step() {
+            position_ += wholeStep_;
+            remainder_ += rest_;
+            const bool isAbove = remainder_ >= size_;
+            const bool isBelow = remainder_ < 0;
+            remainder_ += isAbove ? -size_ : isBelow ? size_ : 0;
+            position_ += isAbove || isBelow ? carryStep_ : 0;
+        }
+
+      private:
+        int64_t position_;
+        int64_t remainder_;  // of the target's step times the source's size, by the target's size
+        int64_t wholeStep_;
+        int64_t carryStep_;
+        int64_t rest_;
+        int64_t size_;
+    };
     // The source positions of `count` target positions from `target` on.
     void FillSources(int32_t target, int32_t count, int32_t *sources) const;
     // The lowest and the highest source position of the visible part.

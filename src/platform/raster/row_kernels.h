@@ -30,6 +30,7 @@ struct ScaledRow {
     int32_t sourceWidth;  // pixels of the source row; nothing behind them is read
     int64_t reach8;       // the most source pixels that 8 neighbours of the target span
     int64_t reach16;      // the same for 16
+    bool isStreamed;      // the target is too big for the caches
 };
 
 struct RowKernels {

@@ -3,6 +3,7 @@
 #if defined(__x86_64__)
 #include <immintrin.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "platform/raster/row_kernels.h"
@@ -131,19 +132,27 @@ __m256i Scaled8(const ScaledRow &row, int64_t i, int64_t first) {
 
 template <int kWindows>
 void ScaleRow(const ScaledRow &row) {
+    const bool isStreamed = row.isStreamed && reinterpret_cast<uintptr_t>(row.target) % 4 == 0;
     for (int64_t i = 0; i < row.count;) {
+        uint8_t *target = row.target + 4 * i;
         const int64_t last = i + 7;
-        const int64_t first = last >= row.count                        ? row.sourceWidth
-                              : row.positions[i] < row.positions[last] ? row.positions[i]
-                                                                       : row.positions[last];
-        if (first + 8 * kWindows <= row.sourceWidth && last < row.count) {
-            Store(row.target + 4 * i, Scaled8<kWindows>(row, i, first));
-            i += 8;
-        } else {
-            std::memcpy(row.target + 4 * i, row.source + 4 * int64_t{row.positions[i]}, 4);
+        const bool isAligned = !isStreamed || reinterpret_cast<uintptr_t>(target) % 32 == 0;
+        const int64_t first =
+            last < row.count ? std::min(row.positions[i], row.positions[last]) : row.sourceWidth;
+        if (!isAligned || last >= row.count || first + 8 * kWindows > row.sourceWidth) {
+            std::memcpy(target, row.source + 4 * int64_t{row.positions[i]}, 4);
             ++i;
+            continue;
         }
+        const __m256i pixels = Scaled8<kWindows>(row, i, first);
+        if (isStreamed) {
+            _mm256_stream_si256(reinterpret_cast<__m256i *>(target), pixels);
+        } else {
+            Store(target, pixels);
+        }
+        i += 8;
     }
+    if (isStreamed) _mm_sfence();
 }
 
 void Scale32(const ScaledRow &row) {

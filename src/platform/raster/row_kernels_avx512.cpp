@@ -9,6 +9,8 @@
 #include <immintrin.h>
 #pragma GCC diagnostic pop
 
+#include <algorithm>
+
 #include "platform/raster/row_kernels.h"
 
 namespace fenlight::platform {
@@ -97,16 +99,12 @@ void KeyFrom24(const RowBlock &block, uint32_t key) {
 class PalettePlanes {
   public:
     explicit PalettePlanes(const uint32_t *palette) {
-        alignas(64) uint8_t bytes[3][256];
-        for (int i = 0; i < 256; i += 16) {
-            const __m512i words = _mm512_loadu_si512(palette + i);
-            StoreBytes(bytes[0] + i, words);
-            StoreBytes(bytes[1] + i, _mm512_srli_epi32(words, 8));
-            StoreBytes(bytes[2] + i, _mm512_srli_epi32(words, 16));
-        }
+        alignas(64) uint8_t places[64];
+        for (int i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>(4 * i % 128);
+        const __m512i everyFourth = _mm512_load_si512(places);
         for (int plane = 0; plane < 3; ++plane) {
-            for (int part = 0; part < 4; ++part)
-                planes_[plane][part] = _mm512_load_si512(bytes[plane] + 64 * part);
+            const __m512i bytes = _mm512_add_epi8(everyFourth, _mm512_set1_epi8(static_cast<char>(plane)));
+            for (int part = 0; part < 4; ++part) planes_[plane][part] = BytesOf(palette + 64 * part, bytes);
         }
     }
 
@@ -131,8 +129,13 @@ class PalettePlanes {
     }
 
   private:
-    static void StoreBytes(uint8_t *bytes, __m512i words) {
-        _mm_store_si128(reinterpret_cast<__m128i *>(bytes), _mm512_cvtepi32_epi8(words));
+    // One byte of each of 64 words; `bytes` tells its place for 32 words, twice.
+    static __m512i BytesOf(const uint32_t *words, __m512i bytes) {
+        const __m512i low =
+            _mm512_permutex2var_epi8(_mm512_loadu_si512(words), bytes, _mm512_loadu_si512(words + 16));
+        const __m512i high =
+            _mm512_permutex2var_epi8(_mm512_loadu_si512(words + 32), bytes, _mm512_loadu_si512(words + 48));
+        return _mm512_inserti64x4(low, _mm512_castsi512_si256(high), 1);
     }
     __m512i Byte(int plane, __m512i indices, __mmask64 upper) const {
         const __m512i *parts = planes_[plane];
@@ -173,25 +176,46 @@ __m512i LoadWindow(const ScaledRow &row, int64_t first) {
     return left > 0 ? _mm512_maskz_loadu_epi32(FirstPixels(left), source) : _mm512_setzero_si512();
 }
 
-// kWindows: 1 if 16 target pixels lie within 16 of the source, 2 if within 32, 0 if farther apart.
+// The pixels i to i + count - 1 of the row, count being at most 16. kWindows: 1 if 16 target pixels lie
+// within 16 of the source, 2 if within 32, 0 if farther apart.
+template <int kWindows>
+__m512i ScaledPixels(const ScaledRow &row, int64_t i, int64_t count) {
+    const __mmask16 inside = FirstPixels(count);
+    const __m512i positions = _mm512_maskz_loadu_epi32(inside, row.positions + i);
+    if constexpr (kWindows == 0) {
+        return _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), inside, positions, row.source, 4);
+    }
+    const int64_t first = std::min(row.positions[i], row.positions[i + count - 1]);
+    const __m512i places = _mm512_sub_epi32(positions, _mm512_set1_epi32(static_cast<int>(first)));
+    if constexpr (kWindows == 1) return _mm512_permutexvar_epi32(places, LoadWindow(row, first));
+    return _mm512_permutex2var_epi32(LoadWindow(row, first), places, LoadWindow(row, first + 16));
+}
+
+// Stores the pixels up to the next whole cache line, or as many as there are; how many these were.
+template <int kWindows>
+int64_t ScaleToCacheLine(const ScaledRow &row) {
+    const auto misplaced = static_cast<int64_t>(reinterpret_cast<uintptr_t>(row.target) % 64 / 4);
+    const int64_t count = std::min<int64_t>((16 - misplaced) % 16, row.count);
+    if (count == 0) return 0;
+    _mm512_mask_storeu_epi32(row.target, FirstPixels(count), ScaledPixels<kWindows>(row, 0, count));
+    return count;
+}
+
 template <int kWindows>
 void ScaleRow(const ScaledRow &row) {
-    for (int64_t i = 0; i < row.count; i += 16) {
-        const int64_t last = i + 16 <= row.count ? i + 15 : row.count - 1;
-        const __mmask16 inside = FirstPixels(last - i + 1);
-        const __m512i positions = _mm512_maskz_loadu_epi32(inside, row.positions + i);
-        const int64_t first = row.positions[i] < row.positions[last] ? row.positions[i] : row.positions[last];
-        const __m512i places = _mm512_sub_epi32(positions, _mm512_set1_epi32(static_cast<int>(first)));
-        __m512i pixels;
-        if constexpr (kWindows == 1) {
-            pixels = _mm512_permutexvar_epi32(places, LoadWindow(row, first));
-        } else if constexpr (kWindows == 2) {
-            pixels = _mm512_permutex2var_epi32(LoadWindow(row, first), places, LoadWindow(row, first + 16));
-        } else {
-            pixels = _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), inside, positions, row.source, 4);
+    int64_t i = 0;
+    if (row.isStreamed && reinterpret_cast<uintptr_t>(row.target) % 4 == 0) {
+        i = ScaleToCacheLine<kWindows>(row);
+        for (; i + 16 <= row.count; i += 16) {
+            _mm512_stream_si512(reinterpret_cast<__m512i *>(row.target + 4 * i),
+                                ScaledPixels<kWindows>(row, i, 16));
         }
-        _mm512_mask_storeu_epi32(row.target + 4 * i, inside, pixels);
+        _mm_sfence();
     }
+    for (; i + 16 <= row.count; i += 16) Store(row.target + 4 * i, ScaledPixels<kWindows>(row, i, 16));
+    if (i == row.count) return;
+    const int64_t rest = row.count - i;
+    _mm512_mask_storeu_epi32(row.target + 4 * i, FirstPixels(rest), ScaledPixels<kWindows>(row, i, rest));
 }
 
 void Scale32(const ScaledRow &row) {

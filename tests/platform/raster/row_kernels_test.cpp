@@ -118,18 +118,18 @@ TEST_P(RowKernelsTest, LeaveOutKeyPixelsAndTouchNothingElse) {
 TEST_P(RowKernelsTest, ScaleBySamples) {
     std::mt19937 random(22);
     for (const auto &[numerator, denominator] : std::vector<std::pair<int, int>>{{1, 9},
-                                                                                {1, 2},
-                                                                                {2, 3},
-                                                                                {5, 7},
-                                                                                {1, 1},
-                                                                                {7, 5},
-                                                                                {3, 2},
-                                                                                {15, 8},
-                                                                                {2, 1},
-                                                                                {33, 16},
-                                                                                {31, 15},
-                                                                                {7, 3},
-                                                                                {40, 1}}) {
+                                                                                 {1, 2},
+                                                                                 {2, 3},
+                                                                                 {5, 7},
+                                                                                 {1, 1},
+                                                                                 {7, 5},
+                                                                                 {3, 2},
+                                                                                 {15, 8},
+                                                                                 {2, 1},
+                                                                                 {33, 16},
+                                                                                 {31, 15},
+                                                                                 {7, 3},
+                                                                                 {40, 1}}) {
         for (int count = 1; count <= 70; ++count) {
             const bool isMirrored = random() % 2 == 0;
             std::vector<int32_t> positions;
@@ -147,10 +147,13 @@ TEST_P(RowKernelsTest, ScaleBySamples) {
             const auto reach = [&](int64_t n) {
                 return ((n - 1) * numerator + denominator - 1) / denominator + 1;
             };
-            GetParam()->scale32(
-                {&target[kMargin], source.data(), positions.data(), count, sourceWidth, reach(8), reach(16)});
-            ASSERT_EQ(target, expected) << GetParam()->name << ' ' << numerator << ':' << denominator << ", "
-                                        << count << " pixels, mirrored " << isMirrored;
+            for (const bool isStreamed : {false, true}) {
+                std::fill(target.begin(), target.end(), uint8_t{0xEE});
+                GetParam()->scale32({&target[kMargin], source.data(), positions.data(), count, sourceWidth,
+                                     reach(8), reach(16), isStreamed});
+                ASSERT_EQ(target, expected) << GetParam()->name << ' ' << numerator << ':' << denominator
+                                            << ", " << count << " pixels, mirrored " << isMirrored;
+            }
         }
     }
 }
