@@ -1,0 +1,298 @@
+// SPDX-License-Identifier: Zlib
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "canvas.h"
+#include "platform/graphics/surface_access.h"
+#include "platform/system/failure_point.h"
+#include "platform/system/handle_table.h"
+
+namespace fenlight::test {
+namespace {
+
+using platform::CountHandles;
+using platform::HandleKind;
+using platform::ScreenContext;
+
+int CountObjects() {
+    return CountHandles(HandleKind::Context) + CountHandles(HandleKind::Bitmap) +
+           CountHandles(HandleKind::Pen) + CountHandles(HandleKind::Brush);
+}
+
+// Every function with handles that are not what it wants; each must give its failure value.
+void CallEverything(uintptr_t wrong, HDC alive, HBITMAP bitmap) {
+    POINT points[4] = {{0, 0}, {1, 1}, {2, 2}, {3, 3}};
+    const RECT rectangle{0, 0, 2, 2};
+    DibHeader dib(2, 2, 24);
+    uint8_t bits[64];
+    void *address = bits;
+    EXPECT_TRUE(wrong == 0 || CreateCompatibleDC(wrong) == 0) << wrong;
+    EXPECT_EQ(DeleteDC(wrong), 0);
+    EXPECT_EQ(CreateCompatibleBitmap(wrong, 2, 2), 0u);
+    EXPECT_TRUE(wrong == 0 || CreateDIBSection(wrong, dib.Info(), 0, &address, 0, 0) == 0);
+    EXPECT_EQ(SelectObject(wrong, bitmap), 0u);
+    EXPECT_EQ(SelectObject(alive, wrong), 0u);
+    EXPECT_EQ(DeleteObject(wrong), 0);
+    EXPECT_EQ(SetBkColor(wrong, 0), CLR_INVALID);
+    EXPECT_EQ(SetTextColor(wrong, 0), CLR_INVALID);
+    EXPECT_EQ(SetStretchBltMode(wrong, COLORONCOLOR), 0);
+    EXPECT_EQ(GetDeviceCaps(wrong, LOGPIXELSX), 0);
+    EXPECT_EQ(GetPixel(wrong, 0, 0), CLR_INVALID);
+    EXPECT_EQ(SetPixel(wrong, 0, 0, 0), CLR_INVALID);
+    EXPECT_EQ(FillRect(wrong, &rectangle, wrong), 0);
+    EXPECT_EQ(FillRect(alive, &rectangle, wrong), 0);
+    EXPECT_EQ(MoveToEx(wrong, 0, 0, points), 0);
+    EXPECT_EQ(LineTo(wrong, 1, 1), 0);
+    EXPECT_EQ(PolyBezier(wrong, points, 4), 0);
+    EXPECT_EQ(BitBlt(wrong, 0, 0, 1, 1, alive, 0, 0, SRCCOPY), 0);
+    EXPECT_EQ(BitBlt(alive, 0, 0, 1, 1, wrong, 0, 0, SRCCOPY), 0);
+    EXPECT_EQ(BitBlt(wrong, 0, 0, 1, 1, 0, 0, 0, BLACKNESS), 0);
+    EXPECT_EQ(StretchBlt(wrong, 0, 0, 1, 1, alive, 0, 0, 1, 1, SRCCOPY), 0);
+    EXPECT_EQ(StretchBlt(alive, 0, 0, 1, 1, wrong, 0, 0, 1, 1, SRCCOPY), 0);
+    EXPECT_EQ(TransparentBlt(wrong, 0, 0, 1, 1, alive, 0, 0, 1, 1, 0), 0);
+    EXPECT_EQ(TransparentBlt(alive, 0, 0, 1, 1, wrong, 0, 0, 1, 1, 0), 0);
+    EXPECT_EQ(CopyRectangles(wrong, alive, &rectangle, 1), 0);
+    EXPECT_EQ(CopyRectangles(alive, wrong, &rectangle, 1), 0);
+    EXPECT_EQ(GetDIBits(wrong, bitmap, 0, 2, bits, dib.Info(), 0), 0);
+    EXPECT_EQ(GetDIBits(alive, wrong, 0, 2, bits, dib.Info(), 0), 0);
+    EXPECT_EQ(SetDIBitsToDevice(wrong, 0, 0, 2, 2, 0, 0, 0, 2, bits, dib.Info(), 0), 0);
+    EXPECT_EQ(LoadBitmapA(0, "no such bitmap"), 0u);
+    EXPECT_FALSE(platform::SurfaceAccess(wrong));
+    EXPECT_FALSE(platform::DeleteSurfaceContext(wrong));
+    EXPECT_EQ(platform::SurfaceChanges(wrong), 0u);
+}
+
+TEST(Contexts, RefuseEveryHandleThatIsNotAlive) {
+    const Canvas canvas(4, 4);
+    const HPEN pen = CreatePen(PS_SOLID, 1, 0xFF);
+    const HDC dead = CreateCompatibleDC(0);
+    ASSERT_EQ(DeleteDC(dead), 1);
+    std::vector<uintptr_t> wrong{0,         1, 2, 3, dead, UINTPTR_MAX, reinterpret_cast<uintptr_t>(&canvas),
+                                 0x7FFFFFFF};
+    std::mt19937_64 random(20240611);
+    for (int i = 0; i < 2000; ++i) wrong.push_back((random() >> (i % 48)) | uintptr_t{1} << 33);
+    // The dead context's place in the table under other generations.
+    for (uintptr_t i = 1; i < 100; ++i) wrong.push_back((dead + (i << 17)) & 0x7FFFFFFF);
+    for (const uintptr_t handle : wrong) CallEverything(handle, canvas.context, canvas.bitmap);
+    // Alive, but of another kind.
+    EXPECT_EQ(GetPixel(canvas.bitmap, 0, 0), CLR_INVALID);
+    EXPECT_EQ(DeleteDC(canvas.bitmap) | DeleteObject(canvas.context) | DeleteDC(pen), 0);
+    EXPECT_EQ(SelectObject(canvas.context, canvas.context), 0u);
+    EXPECT_EQ(DeleteObject(pen), 1);
+    EXPECT_EQ(PictureOf(canvas.context, 4, 4).pixels, std::vector<uint32_t>(16, 0u));
+}
+
+TEST(Contexts, HoldABitmapUntilItIsReplacedOrTheyEnd) {
+    const int objects = CountObjects();
+    const HDC one = CreateCompatibleDC(0);
+    const HDC other = CreateCompatibleDC(one);
+    const HBITMAP bitmap = CreateCompatibleBitmap(ScreenContext(), 3, 2);
+    const HGDIOBJ first = SelectObject(one, bitmap);
+    EXPECT_NE(first, 0u);
+    EXPECT_EQ(SelectObject(one, bitmap), bitmap) << "selected once more where it is";
+    EXPECT_EQ(SelectObject(other, bitmap), 0u) << "in one context at a time";
+    EXPECT_EQ(DeleteObject(bitmap), 0) << "while it is selected";
+    EXPECT_EQ(SetPixel(one, 2, 1, 0x123456), 0x123456u);
+    EXPECT_EQ(SelectObject(one, first), bitmap);
+    EXPECT_EQ(GetPixel(one, 2, 1), CLR_INVALID) << "the default bitmap is one pixel";
+    EXPECT_EQ(GetPixel(one, 0, 0), 0u);
+    EXPECT_EQ(SelectObject(other, bitmap), first);
+    EXPECT_EQ(GetPixel(other, 2, 1), 0x123456u);
+    EXPECT_EQ(DeleteDC(other) + DeleteDC(one), 2);
+    EXPECT_EQ(DeleteObject(bitmap), 1) << "released by the end of its context";
+    EXPECT_EQ(DeleteObject(bitmap), 0);
+    EXPECT_EQ(DeleteObject(first), 1) << "harmless";
+    EXPECT_EQ(CountObjects(), objects);
+}
+
+TEST(Contexts, KeepTheirToolsAndColours) {
+    const Canvas canvas(4, 4);
+    const HDC context = canvas.context;
+    const HPEN pen = CreatePen(PS_SOLID, 1, 0x0000FF);
+    const HBRUSH brush = CreateSolidBrush(0x00FF00);
+    const HGDIOBJ oldPen = SelectObject(context, pen);
+    const HGDIOBJ oldBrush = SelectObject(context, brush);
+    EXPECT_TRUE(oldPen != 0 && oldBrush != 0 && oldPen != oldBrush);
+    EXPECT_EQ(DeleteObject(pen) + DeleteObject(brush), 0) << "selected tools stay";
+    MoveToEx(context, 0, 0, nullptr);
+    LineTo(context, 1, 0);
+    BitBlt(context, 1, 0, 1, 1, 0, 0, 0, PATCOPY);
+    EXPECT_EQ(GetPixel(context, 0, 0), 0x0000FFu);
+    EXPECT_EQ(GetPixel(context, 1, 0), 0x00FF00u);
+    EXPECT_EQ(SelectObject(context, oldPen), pen);
+    EXPECT_EQ(SelectObject(context, oldBrush), brush);
+    EXPECT_EQ(DeleteObject(pen) + DeleteObject(brush), 2);
+    BitBlt(context, 0, 0, 4, 4, 0, 0, 0, PATCOPY);
+    LineTo(context, 1, 1);
+    EXPECT_EQ(GetPixel(context, 3, 3), 0xFFFFFFu) << "the default brush is white";
+    EXPECT_EQ(GetPixel(context, 1, 0), 0u) << "the default pen is black";
+
+    EXPECT_EQ(SetBkColor(context, 0x99ABCDEF), 0xFFFFFFu);
+    EXPECT_EQ(SetBkColor(context, 1), 0xABCDEFu);
+    EXPECT_EQ(SetTextColor(context, 7), 0u);
+    EXPECT_EQ(SetTextColor(context, 7), 7u);
+    EXPECT_EQ(SetStretchBltMode(context, COLORONCOLOR), BLACKONWHITE);
+    EXPECT_EQ(SetStretchBltMode(context, 99), 0);
+    EXPECT_EQ(SetStretchBltMode(context, COLORONCOLOR), COLORONCOLOR);
+    EXPECT_EQ(GetDeviceCaps(ScreenContext(), LOGPIXELSX) + GetDeviceCaps(context, LOGPIXELSY), 192);
+    EXPECT_EQ(CreatePen(1, 1, 0) | CreatePen(PS_SOLID, 2, 0), 0u);
+}
+
+TEST(Contexts, OfWindowsAndTheScreenKeepTheirPicture) {
+    const HDC surface = platform::CreateSurfaceContext(5, 4);
+    const HBITMAP bitmap = CreateCompatibleBitmap(surface, 5, 4);
+    for (const HDC context : {surface, ScreenContext()}) {
+        EXPECT_EQ(SelectObject(context, bitmap), 0u);
+        EXPECT_EQ(DeleteDC(context), 0);
+        EXPECT_EQ(SetPixel(context, 4, 3, 0xABCDEF), 0xABCDEFu);
+        EXPECT_EQ(GetPixel(context, 4, 3), 0xABCDEFu);
+    }
+    EXPECT_EQ(GetPixel(surface, 5, 0), CLR_INVALID);
+    EXPECT_TRUE(platform::DeleteSurfaceContext(surface));
+    EXPECT_FALSE(platform::DeleteSurfaceContext(ScreenContext()));
+    EXPECT_EQ(GetPixel(surface, 4, 3), CLR_INVALID);
+    const HDC memory = CreateCompatibleDC(0);
+    EXPECT_FALSE(platform::DeleteSurfaceContext(memory));
+    EXPECT_EQ(DeleteDC(memory) + DeleteObject(bitmap), 2);
+    EXPECT_EQ(platform::CreateSurfaceContext(0, 4) | platform::CreateSurfaceContext(1 << 15, 1 << 15), 0u);
+}
+
+TEST(Contexts, FailWithoutATraceWhenTheSystemRefuses) {
+    const Canvas canvas(2, 2);
+    DibHeader dib(2, 2, 8);
+    const int objects = CountObjects();
+    platform::FailFrom(platform::Operation::Context, 1);
+    EXPECT_EQ(CreateCompatibleDC(0) | platform::CreateSurfaceContext(2, 2), 0u);
+    platform::FailFrom(platform::Operation::Bitmap, 1);
+    void *bits = &dib;
+    EXPECT_EQ(CreateDIBSection(0, dib.Info(), DIB_RGB_COLORS, &bits, 0, 0), 0u);
+    EXPECT_EQ(bits, nullptr);
+    EXPECT_EQ(CreateCompatibleBitmap(canvas.context, 2, 2) | CreateBitmap(2, 2, 1, 1, nullptr), 0u);
+    platform::FailFrom(platform::Operation::Memory, 1);
+    EXPECT_EQ(CreatePen(PS_SOLID, 1, 0) | CreateSolidBrush(0), 0u);
+    platform::ForgetFailures();
+    EXPECT_EQ(CountObjects(), objects);
+    // The table of handles is full: what does not get one is given back.
+    std::vector<HBRUSH> brushes;
+    while (const HBRUSH brush = CreateSolidBrush(0)) brushes.push_back(brush);
+    EXPECT_EQ(CreateCompatibleDC(0) | CreateBitmap(1, 1, 1, 1, nullptr) | CreatePen(PS_SOLID, 1, 0), 0u);
+    for (const HBRUSH brush : brushes) DeleteObject(brush);
+    EXPECT_EQ(CountObjects(), objects);
+}
+
+TEST(SurfaceAccess, ReadsWritesAndCountsChanges) {
+    const HBITMAP colour = CreateCompatibleBitmap(ScreenContext(), 5, 3);
+    const HBITMAP mono = CreateBitmap(5, 3, 1, 1, nullptr);
+    for (const HBITMAP bitmap : {colour, mono}) {
+        const Canvas canvas(bitmap);
+        const uint32_t before = platform::SurfaceChanges(canvas.context);
+        {
+            platform::SurfaceAccess access(canvas.context);
+            ASSERT_TRUE(access);
+            EXPECT_EQ(access.GetPixel(4, 2), 0u);
+            EXPECT_EQ(access.GetPixel(5, 2), CLR_INVALID);
+            EXPECT_EQ(access.GetPixel(0, -1), CLR_INVALID);
+        }
+        EXPECT_EQ(platform::SurfaceChanges(canvas.context), before) << "reading is no change";
+        {
+            platform::SurfaceAccess access(canvas.context);
+            for (const int32_t x : {-1, 3, 5}) access.SetPixel(x, 1, 0xFFFFFF);
+        }
+        const uint32_t after = platform::SurfaceChanges(canvas.context);
+        EXPECT_NE(after, before);
+        Picture expected(5, 3);
+        expected.At(3, 1) = 0xFFFFFF;
+        EXPECT_TRUE(SamePicture("surface_access", PictureOf(canvas.context, 5, 3), expected));
+        EXPECT_EQ(platform::SurfaceChanges(canvas.context), after);
+        BitBlt(canvas.context, 0, 0, 1, 1, 0, 0, 0, WHITENESS);
+        EXPECT_NE(platform::SurfaceChanges(canvas.context), after);
+    }
+}
+
+// Three threads fill one bitmap with whole colours and copy it; no copy may show two colours.
+TEST(Transfers, AreNeverTorn) {
+    constexpr int kSize = 64;
+    const Canvas shared(kSize, kSize);
+    std::atomic<int> torn{0};
+    const auto work = [&](COLORREF colour) {
+        const Canvas own(kSize, kSize);
+        const HBRUSH brush = CreateSolidBrush(colour);
+        const RECT all{0, 0, kSize, kSize};
+        for (int round = 0; round < 300; ++round) {
+            FillRect(shared.context, &all, brush);
+            BitBlt(own.context, 0, 0, kSize, kSize, shared.context, 0, 0, SRCCOPY);
+            const platform::SurfaceAccess access(own.context);
+            for (int32_t i = 0; i < kSize; ++i)
+                if (access.GetPixel(i, kSize - 1 - i) != access.GetPixel(0, 0)) torn.fetch_add(1);
+        }
+        DeleteObject(brush);
+    };
+    std::thread one(work, 0x0000FF), other(work, 0x00FF00);
+    work(0xFF0000);
+    one.join();
+    other.join();
+    EXPECT_EQ(torn.load(), 0);
+}
+
+// Two threads make, select, draw and delete over one small table of handles; a third only draws. What counts
+// is that nothing crashes, hangs, leaks or races.
+TEST(Contexts, SurviveDeletionByAnotherThreadInTheMiddleOfDrawing) {
+    constexpr size_t kShared = 6;
+    const int objects = CountObjects();
+    std::atomic<HDC> contexts[kShared]{};
+    std::atomic<HBITMAP> bitmaps[kShared]{};
+    std::atomic<bool> isOver{false};
+    const auto churn = [&](uint32_t seed) {
+        std::mt19937 random(seed);
+        for (int round = 0; round < 6000; ++round) {
+            const size_t place = random() % kShared;
+            if (const HDC old = contexts[place].exchange(0)) DeleteDC(old);
+            HBITMAP oldBitmap = bitmaps[place].load();
+            if (DeleteObject(oldBitmap) != 0) bitmaps[place].compare_exchange_strong(oldBitmap, 0);
+            const HDC context = CreateCompatibleDC(0);
+            HBITMAP none = 0;
+            const HBITMAP bitmap = CreateCompatibleBitmap(ScreenContext(), 20, 20);
+            if (!bitmaps[place].compare_exchange_strong(none, bitmap)) DeleteObject(bitmap);
+            SelectObject(context, bitmaps[random() % kShared].load());
+            if (const HDC old = contexts[place].exchange(context)) DeleteDC(old);
+        }
+    };
+    const auto draw = [&] {
+        std::mt19937 random(3);
+        DibHeader dib(20, 20, 24);
+        uint8_t bits[60 * 20] = {};
+        const HPEN pen = CreatePen(PS_SOLID, 1, 5);
+        while (!isOver.load()) {
+            const HDC one = contexts[random() % kShared].load();
+            const HDC other = contexts[random() % kShared].load();
+            SetPixel(one, 3, 3, GetPixel(other, 2, 2));
+            BitBlt(one, 1, 2, 15, 15, other, 0, 0, SRCINVERT);
+            TransparentBlt(one, 0, 0, 9, 9, other, 3, 3, 9, 9, 0);
+            SelectObject(one, pen);
+            LineTo(one, 19, 7);
+            SetBkColor(other, 4);
+            GetDIBits(one, bitmaps[random() % kShared].load(), 0, 20, bits, dib.Info(), 0);
+            SetDIBitsToDevice(other, 0, 0, 20, 20, 0, 0, 0, 20, bits, dib.Info(), 0);
+            platform::SurfaceAccess(one).SetPixel(1, 1, 1);
+        }
+        return pen;
+    };
+    HPEN pen = 0;
+    std::thread drawing([&] { pen = draw(); });
+    std::thread churning(churn, 1);
+    churn(2);
+    churning.join();
+    isOver = true;
+    drawing.join();
+    for (auto &context : contexts) DeleteDC(context);
+    for (auto &bitmap : bitmaps) DeleteObject(bitmap);
+    EXPECT_EQ(DeleteObject(pen), 1) << "every selection was counted back";
+    EXPECT_EQ(CountObjects(), objects);
+}
+
+}  // namespace
+}  // namespace fenlight::test
