@@ -20,7 +20,7 @@
 FENLIGHT_BEGIN_C
 
 /// Makes an image in the lowest free slot. What it shows at first is undefined: fill it.
-/// @param dc      context whose pixel format the image takes; 0 for the screen's, 32 bits
+/// @param dc      live context whose pixel format the image takes; GetDC(0) for the 32 bits of the screen
 /// @param width   pixels, passed on to CreateCompatibleBitmap as it stands
 /// @param height  pixels, likewise
 /// @return the image's handle; 0 if all 32 slots are in use, `dc` is no live context, a size is negative or

@@ -17,12 +17,14 @@ namespace fenlight::platform {
 namespace {
 
 constexpr int64_t kHimetricPerInch = 2540;
+// Where positions and sizes end: leaves room for sums within 32 bits.
+constexpr int64_t kFarAway = INT32_MAX - (1 << 28);
 
 // value x numerator / denominator to the nearest integer, within 32 bits.
 int32_t Scale(int64_t value, int64_t numerator, int64_t denominator) {
     const int64_t product = value * numerator;
     const int64_t half = product < 0 ? -denominator / 2 : denominator / 2;
-    return static_cast<int32_t>(std::clamp<int64_t>((product + half) / denominator, INT32_MIN, INT32_MAX));
+    return static_cast<int32_t>(std::clamp<int64_t>((product + half) / denominator, -kFarAway, kFarAway));
 }
 
 BITMAPINFO TopDownInfo(const DecodedPicture &picture) {
@@ -113,9 +115,11 @@ class DecodedPictureObject final : public Counted<IPicture> {
         const PictureContext picture(picture_);
         if (picture.Context() == 0) return E_OUTOFMEMORY;
         const int32_t oldMode = SetStretchBltMode(context, COLORONCOLOR);
+        // A mirrored transfer starts with the pixel before the edge that the source area names.
         const BOOL isDrawn =
-            StretchBlt(context, target.x, target.y, target.width, target.height, picture.Context(), source.x,
-                       source.y, source.width, source.height, SRCCOPY);
+            StretchBlt(context, target.x, target.y, target.width, target.height, picture.Context(),
+                       source.width < 0 ? source.x - 1 : source.x,
+                       source.height < 0 ? source.y - 1 : source.y, source.width, source.height, SRCCOPY);
         if (oldMode != 0) SetStretchBltMode(context, oldMode);
         return isDrawn ? S_OK : E_FAIL;
     }

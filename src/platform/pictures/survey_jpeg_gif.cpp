@@ -93,11 +93,16 @@ uint64_t PassSubBlocks(const FileBytes &gif, uint64_t at) {
     return at + 1;
 }
 
-// The longest string of the code table has 4096 pixels, and no code is shorter than three bits. The screen
-// around the frame may be larger.
-bool FrameCouldFill(uint64_t framePixels, uint64_t screenPixels, uint64_t dataBytes) {
+// The first frame lies within the screen, as the format demands, and is filled by its data: the longest
+// string of the code table has 4096 pixels, and no code is shorter than three bits. The rest of the screen
+// may be empty.
+bool FrameMakesSense(const FileBytes &gif, uint64_t at, uint64_t dataBytes, const PictureSurvey &screen) {
+    const uint32_t width = gif.U16(at + 5);
+    const uint32_t height = gif.U16(at + 7);
     const uint64_t mostPixels = dataBytes * 8 / 3 * 4096;
-    return framePixels <= mostPixels && screenPixels <= mostPixels + kFreePixels;
+    return width > 0 && height > 0 && gif.U16(at + 1) + width <= screen.width &&
+           gif.U16(at + 3) + height <= screen.height && uint64_t{width} * height <= mostPixels &&
+           PixelCount(screen) <= mostPixels + kFreePixels;
 }
 
 }  // namespace
@@ -117,13 +122,13 @@ bool SurveyGif(const FileBytes &file, PictureSurvey &survey) noexcept {
             at = PassSubBlocks(file, at + 2);
         } else if (kind == kFrame) {
             const uint64_t dataAt = at + 11 + ColourTableBytes(file.U8(at + 9));
-            const uint64_t framePixels = uint64_t{file.U16(at + 5)} * file.U16(at + 7);
-            at = PassSubBlocks(file, dataAt);
-            if (at > file.Size()) return false;
+            const uint64_t end = PassSubBlocks(file, dataAt);
+            if (end > file.Size()) return false;
             if (survey.usedBytes == 0) {
-                if (!FrameCouldFill(framePixels, PixelCount(survey), at - dataAt)) return false;
-                survey.usedBytes = static_cast<size_t>(at);
+                if (!FrameMakesSense(file, at, end - dataAt, survey)) return false;
+                survey.usedBytes = static_cast<size_t>(end);
             }
+            at = end;
         } else {
             return false;
         }

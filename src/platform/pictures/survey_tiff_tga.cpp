@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Zlib
 #include <algorithm>
+#include <iterator>
 
 #include "platform/pictures/survey_formats.h"
 
@@ -31,7 +32,8 @@ constexpr uint32_t kLong = 4;
 constexpr uint32_t kRational = 5;
 
 uint64_t SizeOfType(uint32_t type) {
-    return type == kShort ? 2 : type == kLong ? 4 : type == kRational ? 8 : 1;
+    constexpr uint8_t kSizes[] = {1, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
+    return type < std::size(kSizes) ? kSizes[type] : 1;
 }
 
 Field ReadField(const FileBytes &tiff, uint64_t entryAt) {
@@ -89,10 +91,7 @@ struct Directory {
 uint64_t StoredBytes(const FileBytes &tiff, const Directory &directory) {
     const Field &offsets = directory.offsets;
     const Field &counts = directory.byteCounts;
-    if (offsets.count != counts.count || !tiff.Holds(offsets.at, offsets.count * SizeOfType(offsets.type)) ||
-        !tiff.Holds(counts.at, counts.count * SizeOfType(counts.type))) {
-        return 0;
-    }
+    if (offsets.count != counts.count) return 0;
     uint64_t sum = 0;
     for (uint32_t i = 0; i < offsets.count; ++i) {
         const uint32_t bytes = Number(tiff, counts, i);
@@ -120,7 +119,9 @@ bool SurveyTiff(const FileBytes &file, PictureSurvey &survey) noexcept {
     Directory directory;
     for (uint32_t i = 0; i < entryCount; ++i) {
         const uint64_t at = directoryAt + 2 + uint64_t{i} * 12;
-        if (Field *field = directory.For(tiff.U16(at))) *field = ReadField(tiff, at);
+        const Field field = ReadField(tiff, at);
+        if (!tiff.Holds(field.at, field.count * SizeOfType(field.type))) return false;
+        if (Field *known = directory.For(tiff.U16(at))) *known = field;
     }
     survey.width = Number(tiff, directory.width);
     survey.height = Number(tiff, directory.height);

@@ -1,0 +1,271 @@
+// SPDX-License-Identifier: Zlib
+#include <filesystem>
+#include <functional>
+#include <random>
+
+#include "fenlight/images.h"
+#include "fenlight/platform/system.h"
+#include "fenlight/platform/windows.h"
+#include "images/image_pixels.h"
+#include "images/image_slots.h"
+#include "images/picture_loading.h"
+#include "platform/system/failure_point.h"
+
+namespace fenlight::test {
+namespace {
+
+using platform::CountOperations;
+using platform::FailOnce;
+using platform::ForgetFailures;
+using platform::Operation;
+
+constexpr DWORD kUntouched = 4711;
+constexpr DWORD kAnything = 4712;
+
+std::string SamplePath(const char *name) { return std::string(FENLIGHT_TEST_DATA) + "/" + name; }
+
+uintptr_t LoadBytes(const Bytes &bytes) {
+    return LoadMemoryImage(bytes.data(), static_cast<int32_t>(bytes.size()));
+}
+
+const char *IntegerName(uintptr_t number) { return reinterpret_cast<const char *>(number); }
+
+class ImageLoading : public ::testing::Test {
+  protected:
+    void SetUp() override { EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0})); }
+    void TearDown() override {
+        FreeAllImages();
+        EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0}));
+        EXPECT_EQ(platform::CountHandles(platform::HandleKind::File), 0);
+        EXPECT_EQ(platform::CountPictureObjects(), 0);
+        EXPECT_EQ(platform::CountTaskBlocks(), 0);
+        EXPECT_EQ(platform::CountInitializations(), 0);
+    }
+};
+
+void ExpectImage(const std::string &name, uintptr_t image, const Picture &expected, int bitCount) {
+    BITMAPINFOHEADER info{};
+    ASSERT_EQ(GetInfosImage(image, &info), 1) << name;
+    EXPECT_EQ(info.biWidth, expected.width) << name;
+    EXPECT_EQ(info.biHeight, expected.height) << name;
+    EXPECT_EQ(GetWidthImage(image), expected.width) << name;
+    EXPECT_EQ(GetHeightImage(image), expected.height) << name;
+    EXPECT_EQ(info.biBitCount, bitCount) << name;
+    EXPECT_TRUE(SamePicture(name, ShownBy(image, expected.width, expected.height), expected));
+}
+
+TEST_F(ImageLoading, FilesAndMemoryGiveTheSameImages) {
+    struct Case {
+        const char *name;
+        uint32_t yellow;
+        int bitCount;  // PNG keeps its own, all others take the screen's
+    };
+    constexpr Case kCases[] = {{"sample.png", 0xF0DC3C, 24},
+                               {"sample.gif", 0xFFFFFF, 32},
+                               {"sample_plain.tif", 0xF0DC3C, 32},
+                               {"sample_rle.tga", 0xF0DC3C, 32}};
+    for (const Case &test : kCases) {
+        const Picture expected = SamplePicture(test.yellow);
+        ExpectImage(std::string("file-") + test.name, LoadFileImage(SamplePath(test.name).c_str()), expected,
+                    test.bitCount);
+        const Bytes bytes = ReadSample(test.name);
+        Bytes copy = bytes;
+        const uintptr_t image = LoadBytes(copy);
+        EXPECT_EQ(copy, bytes);
+        std::fill(copy.begin(), copy.end(), uint8_t{0});
+        ExpectImage(std::string("memory-") + test.name, image, expected, test.bitCount);
+    }
+    EXPECT_EQ(FreeAllImages(), 8);
+}
+
+TEST_F(ImageLoading, StoredResolutionScalesThePicture) {
+    // 72 dots per inch on a screen of 96: a third larger. 192 x 144: half and two thirds.
+    struct Case {
+        uint32_t pelsX, pelsY;
+        int width, height;
+    };
+    for (const Case &test : {Case{2835, 2835, 16, 8}, Case{7559, 5669, 6, 4}, Case{0, 0, 12, 6}}) {
+        const uintptr_t image =
+            LoadBytes(MakeBmp(12, 6, {.pelsPerMetreX = test.pelsX, .pelsPerMetreY = test.pelsY}));
+        EXPECT_EQ(GetWidthImage(image), test.width);
+        EXPECT_EQ(GetHeightImage(image), test.height);
+        const Picture unscaled = BmpPicture(12, 6, 24);
+        for (int x = 0; x < test.width; ++x) {
+            const uint32_t shown = platform::SwapRedBlue(GetPixel(image, x, 0));
+            const int at = x * 12 / test.width;  // a column of the source at or next to its place
+            EXPECT_TRUE(shown == unscaled.At(at, 0) || shown == unscaled.At(std::min(at + 1, 11), 0) ||
+                        shown == unscaled.At(std::max(at - 1, 0), 0))
+                << x;
+        }
+    }
+    Bytes jpeg = ReadSample("sample.jpg");
+    ASSERT_EQ(std::string(jpeg.begin() + 6, jpeg.begin() + 10), "JFIF");
+    jpeg[13] = 1;  // dots per inch
+    jpeg[14] = jpeg[16] = 0;
+    jpeg[15] = jpeg[17] = 72;
+    const uintptr_t image = LoadBytes(jpeg);
+    EXPECT_EQ(GetWidthImage(image), 9);   // 7 x 96 / 72 = 9.3
+    EXPECT_EQ(GetHeightImage(image), 7);  // 6.7
+}
+
+TEST_F(ImageLoading, FailuresLeaveTheirCodesAndNoImage) {
+    const std::string folder = std::string(FENLIGHT_TEST_OUTPUT) + "/images_test";
+    std::filesystem::create_directories(folder);
+    const std::string shortFile = SamplePath("two_bytes.bin");
+    const std::string emptyFile = SamplePath("empty.bin");
+    const std::string textFile = SamplePath("README.md");
+    const std::string missing = folder + "/missing.png";
+    const std::string longPath(2000, 'x');
+    const Bytes text(40, 'x');
+    struct Case {
+        const char *name;
+        std::function<uintptr_t()> load;
+        DWORD lastError;
+    };
+    const Case cases[] = {
+        {"missing file", [&] { return LoadFileImage(missing.c_str()); }, 2},
+        {"file of two bytes", [&] { return LoadFileImage(shortFile.c_str()); }, 2},
+        {"empty file", [&] { return LoadFileImage(emptyFile.c_str()); }, 2},
+        {"text", [&] { return LoadFileImage(textFile.c_str()); }, 2},
+        {"folder", [&] { return LoadFileImage(folder.c_str()); }, 2},
+        {"long path", [&] { return LoadFileImage(longPath.c_str()); }, 2},
+        {"no path", [&] { return LoadFileImage(nullptr); }, 2},
+        {"text in memory", [&] { return LoadBytes(text); }, 87},
+        {"three bytes", [&] { return LoadMemoryImage("\x89PN", 3); }, 87},
+        {"no bytes", [&] { return LoadMemoryImage(text.data(), 0); }, 87},
+        {"negative size", [&] { return LoadMemoryImage(text.data(), INT32_MIN); }, 87},
+        {"no data", [&] { return LoadMemoryImage(nullptr, 100); }, 87},
+        {"empty resource", [&] { return LoadResourceImage(0, "empty"); }, 2},
+        {"resource of two bytes", [&] { return LoadResourceImage(0, "tiny"); }, 87},
+        {"resource with text", [&] { return LoadResourceImage(0, "text"); }, 87},
+        // A PNG that breaks off goes nowhere else.
+        {"broken png", [&] { return LoadFileImage(SamplePath("broken.png").c_str()); }, kAnything},
+        {"broken png in memory", [&] { return LoadBytes(ReadSample("broken.png")); }, kUntouched},
+        {"broken png resource", [&] { return LoadResourceImage(0, "broken"); }, kUntouched},
+    };
+    const uintptr_t first = CreateImage(GetDC(0), 1, 1);
+    for (const Case &test : cases) {
+        SetLastError(kUntouched);
+        EXPECT_EQ(test.load(), 0u) << test.name;
+        EXPECT_TRUE(test.lastError == kAnything || GetLastError() == test.lastError)
+            << test.name << ": " << GetLastError() << ", expected " << test.lastError;
+        EXPECT_EQ(FreeImage(LoadFileImage(SamplePath("sample.png").c_str())), 5) << test.name;
+        EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{1, 1})) << test.name;
+    }
+    EXPECT_EQ(LoadResourceImage(0, "nowhere"), 0u);
+    EXPECT_EQ(LoadResourceImage(0, nullptr), 0u);
+    EXPECT_EQ(FreeImage(first), 1);
+}
+
+TEST_F(ImageLoading, FullTableTouchesNothing) {
+    for (int i = 0; i < 32; ++i) CreateImage(GetDC(0), 1, 1);
+    SetLastError(kUntouched);
+    FailOnce(Operation::File, 1000);
+    EXPECT_EQ(LoadFileImage(SamplePath("sample.png").c_str()), 0u);
+    EXPECT_EQ(CountOperations(Operation::File), 0);
+    ForgetFailures();
+    EXPECT_EQ(LoadMemoryImage(nullptr, 0), 0u);
+    EXPECT_EQ(LoadResourceImage(0, "sample"), 0u);
+    EXPECT_EQ(GetLastError(), kUntouched);
+}
+
+TEST_F(ImageLoading, ResourcesOfTheTypeImageComeBeforeBitmaps) {
+    Picture corner(3, 2);
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 3; ++x) corner.At(x, y) = SamplePicture().At(x, y);
+    }
+    const HRSRC resource = FindResourceA(0, "sample", "IMAGE");
+    const auto *bytes = static_cast<const uint8_t *>(LockResource(LoadResource(0, resource)));
+    const DWORD size = SizeofResource(0, resource);
+    ExpectImage("resource-png", LoadResourceImage(0, "sample"), SamplePicture(), 24);
+    EXPECT_EQ(Bytes(bytes, bytes + size), ReadSample("sample.png"));
+    ExpectImage("resource-bmp", LoadResourceImage(0, IntegerName(300)), corner, 32);
+    ExpectImage("resource-text-integer", LoadResourceImage(0, "#300"), corner, 32);
+    ExpectImage("resource-bitmap", LoadResourceImage(0, "plain"), corner, 24);
+    ExpectImage("resource-both", LoadResourceImage(0, "both"), SamplePicture(), 24);
+    EXPECT_EQ(FreeAllImages(), 5);
+}
+
+TEST_F(ImageLoading, WhicheverOperationFailsTheLoadFailsWhole) {
+    const std::string png = SamplePath("sample.png");
+    const std::string gif = SamplePath("sample.gif");
+    const Bytes scaled = MakeBmp(12, 6, {.pelsPerMetreX = 2835, .pelsPerMetreY = 2835});
+    struct Road {
+        const char *name;
+        std::function<uintptr_t()> load;
+    };
+    const Road roads[] = {
+        {"png file", [&] { return LoadFileImage(png.c_str()); }},
+        {"gif file", [&] { return LoadFileImage(gif.c_str()); }},
+        {"bmp in memory", [&] { return LoadBytes(scaled); }},
+        {"png resource", [&] { return LoadResourceImage(0, "sample"); }},
+        {"bitmap resource", [&] { return LoadResourceImage(0, "plain"); }},
+    };
+    for (const Road &road : roads) {
+        int failures = 0;
+        for (const Operation operation :
+             {Operation::Memory, Operation::Bitmap, Operation::Context, Operation::File}) {
+            for (int number = 1;; ++number) {
+                FailOnce(operation, number);
+                const uintptr_t image = road.load();
+                const bool wasReached = CountOperations(operation) >= number;
+                ForgetFailures();
+                // A file that cannot be looked at may still go to the picture loader, which succeeds or not.
+                const bool isExcused = operation == Operation::File && wasReached;
+                EXPECT_TRUE(isExcused || (image == 0) == wasReached) << road.name << number;
+                failures += image == 0;
+                FreeImage(image);
+                EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0})) << road.name << number;
+                if (!wasReached) break;
+            }
+        }
+        EXPECT_GE(failures, 2) << road.name;
+    }
+    FailOnce(Operation::Memory, 1);  // the wide path
+    EXPECT_EQ(LoadFileImage(gif.c_str()), 0u);
+    ForgetFailures();
+    EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+}
+
+class FailingPicture final : public platform::IPicture {
+  public:
+    uint32_t AddRef() noexcept override { return 1; }
+    uint32_t Release() noexcept override { return 1; }
+    HRESULT get_Width(int32_t *himetric) noexcept override { return *himetric = 2540, 0; }
+    HRESULT get_Height(int32_t *himetric) noexcept override { return *himetric = 1270, 0; }
+    HRESULT Render(HDC, int32_t x, int32_t y, int32_t cx, int32_t cy, int32_t xSrc, int32_t ySrc,
+                   int32_t cxSrc, int32_t cySrc, const RECT *bounds) noexcept override {
+        EXPECT_EQ((std::vector{x, y, cx, cy, xSrc, ySrc, cxSrc, cySrc}),
+                  (std::vector{0, 0, 96, 48, 0, 1270, 2540, -1270}));
+        EXPECT_EQ(bounds, nullptr);
+        return static_cast<HRESULT>(0x80041234u);
+    }
+};
+
+TEST_F(ImageLoading, WhatRenderSaysBecomesTheLastError) {
+    FailingPicture picture;
+    EXPECT_EQ(PictureToBitmap(&picture), 0u);
+    EXPECT_EQ(GetLastError(), 0x80041234u);
+}
+
+TEST_F(ImageLoading, MutatedFilesCostNoSlot) {
+    constexpr unsigned kSeed = 31415;
+    std::mt19937 random(kSeed);
+    for (const char *name : {"sample.png", "sample.gif", "sample.jpg", "sample.ico"}) {
+        const Bytes whole = ReadSample(name);
+        for (int round = 0; round < 700; ++round) {
+            Bytes bytes = whole;
+            for (auto changes = 1 + random() % 4; changes > 0; --changes) {
+                bytes[random() % bytes.size()] = static_cast<uint8_t>(random());
+            }
+            bytes.resize(bytes.size() - (random() % 4 == 0 ? random() % bytes.size() : 0));
+            const uintptr_t image = LoadBytes(bytes);
+            if (image == 0) continue;
+            EXPECT_GT(GetWidthImage(image), 0) << name << " " << round;
+            EXPECT_EQ(FreeImage(image), 1) << name << " " << round;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace fenlight::test

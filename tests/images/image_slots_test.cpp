@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: Zlib
+#include "images/image_slots.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "fenlight/images.h"
+#include "fenlight/platform/windows.h"
+#include "images/image_pixels.h"
+#include "images/raster_modes.h"
+#include "platform/system/failure_point.h"
+
+namespace fenlight::test {
+namespace {
+
+using platform::FailOnce;
+using platform::ForgetFailures;
+using platform::Operation;
+
+class ImageSlots : public ::testing::Test {
+  protected:
+    void SetUp() override { EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0})); }
+    void TearDown() override {
+        FreeAllImages();
+        EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0}));
+        EXPECT_EQ(ImageDCTable.back(), 3u);
+        EXPECT_EQ(ImageBitmapTable.back(), 3u);
+    }
+};
+
+TEST_F(ImageSlots, FullTableRefusesTheNextImageAndKeepsAllOthers) {
+    std::vector<uintptr_t> images;
+    for (int i = 0; i < 32; ++i) {
+        images.push_back(CreateImage(GetDC(0), 10 + i, 20 + i));
+        EXPECT_GT(static_cast<int32_t>(images.back()), 3) << i;
+        EXPECT_EQ(ImageDCTable[static_cast<size_t>(i)], images.back());
+    }
+    EXPECT_EQ(CreateImage(GetDC(0), 5, 5), 0u);
+    EXPECT_EQ(FreeImage(0), 0);
+    EXPECT_EQ(FreeImage(3), 0);
+    EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{32, 32}));
+    for (int i = 0; i < 32; ++i) {
+        EXPECT_EQ(GetWidthImage(images[static_cast<size_t>(i)]), 10 + i);
+        EXPECT_EQ(GetHeightImage(images[static_cast<size_t>(i)]), 20 + i);
+    }
+    EXPECT_EQ(FreeImage(images[0]), 1);
+    EXPECT_EQ(FreeImage(images[0]), 0);  // the handle is dead
+    EXPECT_EQ(FreeImage(images[31]), 125);
+    EXPECT_EQ(FreeAllImages(), 30);
+    EXPECT_EQ(FreeAllImages(), 0);
+}
+
+TEST_F(ImageSlots, TheLowestFreeSlotIsTakenAndAnswersToZero) {
+    uintptr_t images[4];
+    for (uintptr_t &image : images) image = CreateImage(GetDC(0), 4, 4);
+    EXPECT_EQ(FreeImage(0), 17);  // slot 4 is the first free one; nothing is released
+    EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{4, 4}));
+    EXPECT_EQ(FreeImage(images[3]), 13);
+    EXPECT_EQ(FreeImage(CreateImage(GetDC(0), 4, 4)), 13);
+    EXPECT_EQ(FreeImage(images[0]), 1);
+    EXPECT_EQ(FreeImage(images[1]), 5);
+    EXPECT_EQ(FreeImage(0), 1);
+    EXPECT_NE(CreateImage(GetDC(0), 4, 4), 0u);
+    EXPECT_EQ(FreeAllImages(), 2);  // slots 0 and 2
+}
+
+TEST_F(ImageSlots, UnknownHandlesGiveTheirFailureValues) {
+    const uintptr_t image = CreateImage(GetDC(0), 4, 4);
+    uint8_t info[40];
+    std::fill(std::begin(info), std::end(info), uint8_t{0xA5});
+    for (const uintptr_t unknown :
+         {uintptr_t{0}, uintptr_t{3}, ImageBitmapTable[0], image + 2, ~uintptr_t{0}}) {
+        EXPECT_EQ(GetWidthImage(unknown), -1) << unknown;
+        EXPECT_EQ(GetHeightImage(unknown), 0) << unknown;
+        EXPECT_EQ(GetInfosImage(unknown, info), 0) << unknown;
+        EXPECT_EQ(FreeImage(unknown), unknown == 0 ? 5 : 0) << unknown;
+    }
+    EXPECT_EQ(std::count(std::begin(info), std::end(info), 0xA5), 40);
+    EXPECT_EQ(GetInfosImage(image, nullptr), 0);
+    for (const auto &[width, height] :
+         {std::pair{-1, 4}, std::pair{4, INT32_MIN}, std::pair{1 << 20, 1 << 20}}) {
+        EXPECT_EQ(CreateImage(GetDC(0), width, height), 0u) << width << " x " << height;
+    }
+    EXPECT_EQ(CreateImage(image + 2, 4, 4), 0u);
+    EXPECT_EQ(GetWidthImage(image), 4);
+}
+
+TEST_F(ImageSlots, HeaderIsThatOfTheBitmap) {
+    const uintptr_t image = CreateImage(GetDC(0), 33, 21);
+    BITMAPINFOHEADER info[2] = {};
+    info[1].biSize = 0xDEAD;
+    ASSERT_EQ(GetInfosImage(image, info), 1);
+    EXPECT_EQ(info[0].biSize, 40u);
+    EXPECT_EQ(info[0].biWidth, 33);
+    EXPECT_EQ(info[0].biHeight, 21);
+    EXPECT_EQ(info[0].biPlanes, 1);
+    EXPECT_EQ(info[0].biBitCount, 32);
+    EXPECT_EQ(info[1].biSize, 0xDEADu);
+}
+
+TEST_F(ImageSlots, FailedCreationLeavesTheSlotFree) {
+    for (const Operation operation : {Operation::Bitmap, Operation::Context}) {
+        FailOnce(operation, 1);
+        EXPECT_EQ(CreateImage(GetDC(0), 8, 8), 0u);
+        ForgetFailures();
+        EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0}));
+        EXPECT_EQ(FreeImage(CreateImage(GetDC(0), 8, 8)), 1);
+    }
+}
+
+TEST_F(ImageSlots, RectanglesAreFilledWithoutTheirRightAndBottomEdge) {
+    const uintptr_t image = CreateImage(GetDC(0), 8, 6);
+    EXPECT_EQ(ColorFillImage(image, 0x332211, 0, 0, 8, 6), 0);
+    EXPECT_EQ(ColorFillImage(image, 0x0000FF, 2, 1, 5, 4), 0);
+    EXPECT_EQ(ColorFillImage(image, 0x00FF00, 6, 0, 6, 6), 0);
+    EXPECT_EQ(ColorFillImage(image, 0xFF0000, 7, 5, 100, 100), 0);
+    EXPECT_EQ(ColorFillImage(0, 0, 0, 0, 8, 6), 0);
+    Picture expected(8, 6, 0x112233);
+    for (int y = 1; y < 4; ++y) {
+        for (int x = 2; x < 5; ++x) expected.At(x, y) = 0xFF0000;
+    }
+    expected.At(7, 5) = 0x0000FF;
+    EXPECT_TRUE(SamePicture("color-fill", ShownBy(image, 8, 6), expected));
+}
+
+TEST_F(ImageSlots, SizingRepeatsAndDropsPixels) {
+    const uintptr_t source = CreateImage(GetDC(0), 4, 2);
+    const uintptr_t target = CreateImage(GetDC(0), 10, 6);
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 4; ++x) SetPixel(source, x, y, static_cast<COLORREF>(x * 40 + (y * 100 << 8)));
+    }
+    for (const int32_t mode : {0, 0xCC0020}) {
+        ColorFillImage(target, 0, 0, 0, 10, 6);
+        EXPECT_NE(SizeImage(target, 1, 1, 8, 4, source, 0, 0, 4, 2, mode), 0);
+        Picture expected(10, 6);
+        for (int y = 0; y < 4; ++y) {
+            for (int x = 0; x < 8; ++x)
+                expected.At(1 + x, 1 + y) = uint32_t(x / 2 * 40 << 16 | y / 2 * 100 << 8);
+        }
+        EXPECT_TRUE(SamePicture("sized", ShownBy(target, 10, 6), expected)) << mode;
+    }
+    EXPECT_EQ(SizeImage(target, 0, 0, 4, 2, 0, 0, 0, 4, 2, 0), 0);
+    EXPECT_EQ(SizeImage(0, 0, 0, 4, 2, source, 0, 0, 4, 2, 0), 0);
+}
+
+// What the names of the operations mean, bit by bit, over pattern (the brush, white), source and target.
+TEST_F(ImageSlots, RasterModesDoWhatTheirNamesSay) {
+    const uint32_t source = 0x5A3CF0;
+    const uint32_t target = 0x0FF0C6;
+    const uint32_t pattern = 0xFFFFFF;
+    const uint32_t expected[] = {
+        source,
+        source & target,
+        source | target,
+        source ^ target,
+        ~target,
+        ~source,
+        ~(source | target),
+        source & pattern,
+        ~source | target,
+        pattern,
+        pattern | ~source | target,
+        pattern ^ target,
+        source & ~target,
+        0,
+        0xFFFFFF,
+    };
+    const uintptr_t from = CreateImage(GetDC(0), 1, 1);
+    const uintptr_t to = CreateImage(GetDC(0), 1, 1);
+    SetPixel(from, 0, 0, source);
+    for (int32_t mode = 0; mode < 15; ++mode) {
+        SetPixel(to, 0, 0, target);
+        EXPECT_NE(SizeImage(to, 0, 0, 1, 1, from, 0, 0, 1, 1, mode), 0) << mode;
+        EXPECT_EQ(GetPixel(to, 0, 0), expected[mode] & 0xFFFFFF) << mode;
+    }
+    for (const int32_t code : {15, -1, INT32_MIN, 0x660046}) {
+        EXPECT_EQ(RasterCodeOfMode(code), static_cast<DWORD>(code));
+    }
+}
+
+}  // namespace
+}  // namespace fenlight::test

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Zlib
+#include <random>
+
+#include "platform/pictures/picture_drawing.h"
+#include "platform/pictures/picture_survey.h"
+
+namespace fenlight::test {
+namespace {
+
+using platform::SurveyPicture;
+
+struct Named {
+    std::string name;
+    Bytes bytes;
+};
+
+std::vector<Named> SmallPictures() {
+    std::vector<Named> pictures;
+    for (const char *name :
+         {"sample.gif", "sample.ico", "sample_lzw.tif", "sample_plain.tif", "sample_alpha.tif",
+          "sample_rle.tga", "sample_palette.tga", "sample_alpha.tga", "sample.jpg"}) {
+        pictures.push_back({name, ReadSample(name)});
+    }
+    pictures.push_back({"24-bit bmp", MakeBmp(7, 5)});
+    pictures.push_back({"core bmp", MakeBmp(7, 5, {.bitCount = 1, .hasCoreHeader = true})});
+    pictures.push_back({"masks bmp", MakeBmp(7, 5, {.bitCount = 16, .compression = 3})});
+    pictures.push_back({"rle4 bmp", MakeBmp(7, 5, {.bitCount = 4, .compression = 2})});
+    pictures.push_back({"rle8 bmp", MakeBmp(7, 5, {.bitCount = 8, .compression = 1})});
+    return pictures;
+}
+
+class HostilePictures : public ::testing::Test {
+  protected:
+    void SetUp() override { EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0})); }
+    void TearDown() override {
+        EXPECT_EQ(platform::CountPictureObjects(), 0);
+        EXPECT_EQ(platform::CountTaskBlocks(), 0);
+        EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0}));
+    }
+};
+
+// Loads and draws what may be loaded. True if it showed something.
+bool TryOut(const Bytes &bytes) {
+    const PictureReference picture = LoadFromStream(bytes);
+    return picture != nullptr && Draw(picture.get(), 9, 8).width == 9;
+}
+
+TEST_F(HostilePictures, FilesCutOffAtAnyLengthAreRefused) {
+    std::vector<Named> pictures = SmallPictures();
+    for (const Named &picture : pictures) {
+        EXPECT_TRUE(TryOut(picture.bytes)) << picture.name;
+        for (size_t length = 0; length < picture.bytes.size(); ++length) {
+            EXPECT_FALSE(TryOut(Bytes(picture.bytes.begin(), picture.bytes.begin() + ptrdiff_t(length))))
+                << picture.name << " cut off at " << length;
+        }
+    }
+    // The decoder of this one need not be installed, so only our own look at it is tried.
+    const Bytes webp = ReadSample("sample.webp");
+    const auto survey = SurveyPicture(webp);
+    ASSERT_TRUE(survey.has_value());
+    EXPECT_EQ(survey->width, 7u);
+    EXPECT_EQ(survey->height, 5u);
+    for (size_t length = 0; length < webp.size(); ++length) {
+        EXPECT_FALSE(SurveyPicture({webp.data(), length}).has_value()) << length;
+    }
+}
+
+TEST_F(HostilePictures, ForgedSizesAreRefusedBeforeAnythingIsDecoded) {
+    struct Forgery {
+        const char *name;
+        Bytes bytes;
+        size_t widthAt, heightAt, fieldBytes;
+        bool isBigEndian;
+    };
+    const auto bmp = [](const BmpLayout &layout) { return MakeBmp(7, 5, layout); };
+    const Forgery forgeries[] = {
+        {"bmp", bmp({}), 18, 22, 4, false},
+        {"core bmp", bmp({.hasCoreHeader = true}), 18, 20, 2, false},
+        {"rle bmp", bmp({.bitCount = 8, .compression = 1}), 18, 22, 4, false},
+        {"jpeg", ReadSample("sample.jpg"), 165, 163, 2, true},
+        {"gif screen", ReadSample("sample.gif"), 6, 8, 2, false},
+        {"icon", ReadSample("sample.ico"), 26, 30, 4, false},
+        {"tga", ReadSample("sample_rle.tga"), 12, 14, 2, false},
+    };
+    for (const Forgery &forgery : forgeries) {
+        ASSERT_TRUE(SurveyPicture(forgery.bytes).has_value()) << forgery.name;
+        for (const uint32_t size : {0u, 0x7FFFu, 0xFFFFu, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+            Bytes bytes = forgery.bytes;
+            for (size_t i = 0; i < forgery.fieldBytes; ++i) {
+                const auto byte = static_cast<uint8_t>(size >> (8 * i));
+                const size_t offset = forgery.isBigEndian ? forgery.fieldBytes - 1 - i : i;
+                bytes[forgery.widthAt + offset] = bytes[forgery.heightAt + offset] = byte;
+            }
+            EXPECT_FALSE(SurveyPicture(bytes).has_value()) << forgery.name << " of " << size;
+        }
+    }
+    // 2 x 2 at 1 pixel per metre or inch would be drawn as itself or as 192 x 192; 20000 x 20000 drawn is
+    // over the limit.
+    EXPECT_TRUE(SurveyPicture(MakeBmp(150, 150, {.pelsPerMetreX = 39, .pelsPerMetreY = 39})).has_value());
+    EXPECT_FALSE(SurveyPicture(MakeBmp(180, 180, {.pelsPerMetreX = 39, .pelsPerMetreY = 39})).has_value());
+}
+
+TEST_F(HostilePictures, EveryByteTurnedBreaksNothing) {
+    for (const Named &picture : SmallPictures()) {
+        for (size_t at = 0; at < picture.bytes.size(); ++at) {
+            for (const int change : {0x01, 0x80, 0xFF}) {
+                Bytes bytes = picture.bytes;
+                bytes[at] = static_cast<uint8_t>(bytes[at] ^ change);
+                TryOut(bytes);
+            }
+        }
+    }
+}
+
+TEST_F(HostilePictures, RandomMutationsBreakNothing) {
+    constexpr unsigned kSeed = 20261122;
+    constexpr int kRounds = 1500;
+    std::mt19937 random(kSeed);
+    const auto below = [&random](size_t limit) { return size_t{random()} % limit; };
+    int shown = 0;
+    for (const Named &picture : SmallPictures()) {
+        for (int round = 0; round < kRounds; ++round) {
+            Bytes bytes = picture.bytes;
+            for (size_t changes = 1 + below(6); changes > 0; --changes) {
+                // Headers are short: half of the changes go to the first 64 bytes.
+                const size_t at = below(below(2) == 0 ? std::min<size_t>(64, bytes.size()) : bytes.size());
+                constexpr uint8_t kEdges[] = {0, 1, 0x7F, 0x80, 0xFF};
+                bytes[at] = below(2) == 0 ? kEdges[below(5)] : static_cast<uint8_t>(random());
+            }
+            if (below(8) == 0) bytes.insert(bytes.end(), below(40), static_cast<uint8_t>(random()));
+            shown += TryOut(bytes);
+        }
+    }
+    // Most changes hit pixels, so that the decoders were really reached.
+    EXPECT_GT(shown, kRounds) << "seed " << kSeed;
+}
+
+}  // namespace
+}  // namespace fenlight::test
