@@ -7,18 +7,19 @@
 
 #include "../types.h"
 
-typedef uintptr_t HANDLE;
-typedef uintptr_t HGDIOBJ;
-typedef uintptr_t HDC;
+typedef uintptr_t HANDLE;  /* a thread, semaphore or file */
+typedef uintptr_t HGDIOBJ; /* a bitmap, pen or brush */
+typedef uintptr_t HDC;     /* a device context: what is drawn on */
 typedef uintptr_t HBITMAP;
 typedef uintptr_t HPEN;
 typedef uintptr_t HBRUSH;
 typedef uintptr_t HWND;
-typedef uintptr_t HMODULE;
+typedef uintptr_t HMODULE; /* what dlopen gave, or 0 for the program; the same for HINSTANCE */
 typedef uintptr_t HINSTANCE;
 typedef uintptr_t HRSRC;
 typedef uintptr_t HGLOBAL;
 
+/* Whole numbers of fixed width, whatever the machine: LONG has 32 bits. A BOOL is 0 or not. */
 typedef int32_t BOOL;
 typedef uint8_t BYTE;
 typedef uint16_t WORD;
@@ -30,7 +31,7 @@ typedef int32_t HRESULT;
 /* A colour as 0x00BBGGRR: red in the low byte. */
 typedef uint32_t COLORREF;
 
-/* A rectangle; right and bottom are excluded. */
+/* A rectangle in pixels; the column `right` and the row `bottom` are excluded. */
 typedef struct RECT {
     LONG left;
     LONG top;
@@ -38,6 +39,7 @@ typedef struct RECT {
     LONG bottom;
 } RECT;
 
+/* A place in pixels, from the left and from the top. */
 typedef struct POINT {
     LONG x;
     LONG y;
