@@ -39,15 +39,24 @@ bool CombineRows(const PixelView &target, const PixelView &source, const Block &
     return true;
 }
 
+// The first row pixel by pixel, the others as copies of it where pixels are whole bytes.
+void FillPart(const PixelView &target, const Block &part, uint32_t value) {
+    const int64_t pixelBytes = BitsPerPixel(target.format) / 8;
+    const int32_t filledRows = pixelBytes == 0 ? part.height : std::min(part.height, 1);
+    for (int32_t y = 0; y < filledRows; ++y) {
+        FillValues(target.format, target.Row(part.targetY + y), part.targetX, part.width, value);
+    }
+    if (part.height <= filledRows) return;
+    uint8_t *first = target.Row(part.targetY) + part.targetX * pixelBytes;
+    Kernels().copyBytes(
+        {first + target.pitch, target.pitch, first, 0, part.width * pixelBytes, part.height - 1});
+}
+
 // Codes that need no source: a constant, the pattern, or a change of what is there.
 void CombineInPlace(const PixelView &target, const Block &part, uint8_t table, uint32_t pattern) {
+    if (!NeedsTarget(table)) return FillPart(target, part, CombineWord(table, pattern, 0, 0));
     std::array<uint32_t, kPieceWidth> values;
     for (int32_t y = part.targetY; y < part.targetY + part.height; ++y) {
-        if (!NeedsTarget(table)) {
-            FillValues(target.format, target.Row(y), part.targetX, part.width,
-                       CombineWord(table, pattern, 0, 0));
-            continue;
-        }
         for (int32_t done = 0; done < part.width; done += kPieceWidth) {
             const int32_t count = std::min(kPieceWidth, part.width - done);
             LoadValues(target.format, target.Row(y), part.targetX + done, count, values.data());
@@ -65,9 +74,8 @@ void TransferPart(const PixelView &target, const PixelView &source, const Block 
                   DWORD rasterCode, const TransferColours &colours) {
     if (HaveEqualBytes(target, source)) {
         if (CombineRows(target, source, part, order, rasterCode)) return;
-    } else if (TruthTable(rasterCode) == TruthTable(SRCCOPY) &&
-               PaintRows(target, source, part, order, kNoColour)) {
-        return;
+    } else if (TruthTable(rasterCode) == TruthTable(SRCCOPY)) {
+        if (PaintRows(target, source, part, order, kNoColour) || PackRows(target, source, part)) return;
     }
     PieceWriter(source, target, rasterCode, colours).WriteBlock(target, source, part, order);
 }

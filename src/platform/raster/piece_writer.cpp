@@ -26,27 +26,32 @@ PieceWriter PieceWriter::Keyed(const PixelView &source, const PixelView &target,
 void PieceWriter::Write(uint8_t *targetRow, int32_t x, int32_t count, uint32_t *values) noexcept {
     if (isKeyed_) return WriteKeyed(targetRow, x, count, values);
     converter_.Convert(values, count);
-    if (table_ == TruthTable(SRCCOPY)) return StoreValues(targetFormat_, targetRow, x, count, values);
+    if (IsPlainCopy()) return StoreValues(targetFormat_, targetRow, x, count, values);
     std::array<uint32_t, kPieceWidth> present;
     LoadValues(targetFormat_, targetRow, x, count, present.data());
     CombineValues(table_, pattern_, values, present.data(), count);
     StoreValues(targetFormat_, targetRow, x, count, present.data());
 }
 
-// A monochrome source is its own mask, whatever the key: that is what a copy of it to a mask bitmap gives.
-bool PieceWriter::IsKey(uint32_t value) const noexcept {
-    return source_.format == PixelFormat::Mono ? value != 0 : ColourOfValue(source_, value) == key_;
+// All bits set where the pixel has the key colour. A monochrome source is its own mask, whatever the key:
+// that is what a copy of it to a mask bitmap gives.
+void PieceWriter::MarkKeys(const uint32_t *values, int32_t count, uint32_t *masks) const noexcept {
+    if (source_.format == PixelFormat::Mono) {
+        for (int32_t i = 0; i < count; ++i) masks[i] = 0 - values[i];
+    } else if (HasPalette(source_.format)) {
+        for (int32_t i = 0; i < count; ++i) masks[i] = ColourOfValue(source_, values[i]) == key_ ? ~0u : 0;
+    } else {
+        for (int32_t i = 0; i < count; ++i) masks[i] = (values[i] & kColourBits) == key_ ? ~0u : 0;
+    }
 }
 
 void PieceWriter::WriteKeyed(uint8_t *targetRow, int32_t x, int32_t count, uint32_t *values) noexcept {
     std::array<uint32_t, kPieceWidth> present;
-    std::array<bool, kPieceWidth> keeps;
-    for (int32_t i = 0; i < count; ++i) keeps[static_cast<size_t>(i)] = IsKey(values[i]);
+    std::array<uint32_t, kPieceWidth> masks;
+    MarkKeys(values, count, masks.data());
     converter_.Convert(values, count);
     LoadValues(targetFormat_, targetRow, x, count, present.data());
-    for (int32_t i = 0; i < count; ++i) {
-        if (keeps[static_cast<size_t>(i)]) values[i] = present[static_cast<size_t>(i)];
-    }
+    for (size_t i = 0; i < static_cast<size_t>(count); ++i) values[i] ^= (values[i] ^ present[i]) & masks[i];
     StoreValues(targetFormat_, targetRow, x, count, values);
 }
 

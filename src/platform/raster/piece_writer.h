@@ -8,6 +8,7 @@
 
 #include "platform/raster/colour_conversion.h"
 #include "platform/raster/overlap.h"
+#include "platform/raster/raster_codes.h"
 #include "platform/raster/row_values.h"
 
 namespace fenlight::platform {
@@ -20,6 +21,7 @@ class PieceWriter {
     // Leaves out the pixels of the key colour (0x00RRGGBB, or kNoColour).
     static PieceWriter Keyed(const PixelView &source, const PixelView &target, uint32_t key) noexcept;
 
+    bool IsPlainCopy() const { return !isKeyed_ && TruthTable(SRCCOPY) == table_; }
     // Takes the source's numbers, at most kPieceWidth of them, and spoils them.
     void Write(uint8_t *targetRow, int32_t x, int32_t count, uint32_t *values) noexcept;
     // A clipped block of equal sizes, piece by piece.
@@ -28,7 +30,7 @@ class PieceWriter {
 
   private:
     void WriteKeyed(uint8_t *targetRow, int32_t x, int32_t count, uint32_t *values) noexcept;
-    bool IsKey(uint32_t value) const noexcept;
+    void MarkKeys(const uint32_t *values, int32_t count, uint32_t *masks) const noexcept;
 
     const PixelView &source_;
     PixelFormat targetFormat_;

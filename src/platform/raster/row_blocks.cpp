@@ -15,6 +15,12 @@ RowBlock RowsOf(const PixelView &target, const PixelView &source, const Block &p
             part.height};
 }
 
+bool PackRows(const PixelView &target, const PixelView &source, const Block &part) noexcept {
+    if (target.format != PixelFormat::Bgr24 || source.format != PixelFormat::Bgrx32) return false;
+    Kernels().packTo24(RowsOf(target, source, part, WalkOrder{}));
+    return true;
+}
+
 bool PaintRows(const PixelView &target, const PixelView &source, const Block &part, WalkOrder order,
                uint32_t key) noexcept {
     if (target.format != PixelFormat::Bgrx32 || order.isWithinRows) return false;

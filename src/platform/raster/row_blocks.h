@@ -16,4 +16,7 @@ RowBlock RowsOf(const PixelView &target, const PixelView &source, const Block &p
 [[nodiscard]] bool PaintRows(const PixelView &target, const PixelView &source, const Block &part,
                              WalkOrder order, uint32_t key) noexcept;
 
+// Copies 32-bit pixels to 24-bit ones. False for other formats; nothing has happened then.
+[[nodiscard]] bool PackRows(const PixelView &target, const PixelView &source, const Block &part) noexcept;
+
 }  // namespace fenlight::platform

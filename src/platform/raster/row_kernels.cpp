@@ -50,9 +50,26 @@ void KeyFrom8(const RowBlock &block, const uint32_t *palette, uint32_t key) {
     KeyRows(block, key, [palette](const uint8_t *row, int64_t i) { return palette[row[i]] & kColourBits; });
 }
 
-void Scale32(const ScaledRow &row) {
-    for (int64_t i = 0; i < row.count; ++i) {
-        std::memcpy(row.target + 4 * i, row.source + 4 * int64_t{row.positions[i]}, 4);
+void PackTo24(const RowBlock &block) {
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        for (int64_t i = 0; i < block.width; ++i) {
+            target[3 * i] = source[4 * i];
+            target[3 * i + 1] = source[4 * i + 1];
+            target[3 * i + 2] = source[4 * i + 2];
+        }
+    }
+}
+
+void Scale32(const ScaledRows &rows) {
+    uint8_t *target = rows.target;
+    for (const int32_t line : rows.lines) {
+        const uint8_t *source = rows.source + line * rows.sourcePitch;
+        for (size_t i = 0; i < rows.columns.size(); ++i) {
+            std::memcpy(target + 4 * i, source + 4 * int64_t{rows.columns[i]}, 4);
+        }
+        target += rows.targetPitch;
     }
 }
 
@@ -94,7 +111,8 @@ KernelList FindKernels() {
 
 }  // namespace
 
-const RowKernels kPlainKernels{"plain", CopyBytes, KeyFrom32, KeyFrom24, KeyFrom8, Scale32, CopyMarked32};
+const RowKernels kPlainKernels{"plain",  CopyBytes, KeyFrom32, KeyFrom24,
+                               KeyFrom8, PackTo24,  Scale32,   CopyMarked32};
 
 std::span<const RowKernels *const> AvailableKernels() noexcept {
     static const KernelList list = FindKernels();

@@ -21,13 +21,16 @@ struct RowBlock {
     int64_t rows;
 };
 
-// A scaled row of 32-bit pixels: target pixel i takes source pixel positions[i].
-struct ScaledRow {
+// Scaled rows of 32-bit pixels: target pixel i takes source pixel columns[i] of its row, target row j takes
+// source row lines[j]. Columns rise, or fall where the picture is mirrored.
+struct ScaledRows {
     uint8_t *target;
+    ptrdiff_t targetPitch;
     const uint8_t *source;
-    const int32_t *positions;  // rising, or falling where the row is mirrored
-    int32_t count;
-    int32_t sourceWidth;  // pixels of the source row; nothing behind them is read
+    ptrdiff_t sourcePitch;
+    std::span<const int32_t> columns;
+    std::span<const int32_t> lines;
+    int32_t sourceWidth;  // pixels of a source row; nothing behind them is read
     int64_t reach8;       // the most source pixels that 8 neighbours of the target span
     int64_t reach16;      // the same for 16
     bool isStreamed;      // the target is too big for the caches
@@ -41,7 +44,9 @@ struct RowKernels {
     void (*keyFrom32)(const RowBlock &block, uint32_t key);
     void (*keyFrom24)(const RowBlock &block, uint32_t key);
     void (*keyFrom8)(const RowBlock &block, const uint32_t *palette, uint32_t key);
-    void (*scale32)(const ScaledRow &row);
+    // From 32-bit rows to 24-bit ones.
+    void (*packTo24)(const RowBlock &block);
+    void (*scale32)(const ScaledRows &rows);
     // The 32-bit pixels whose bit is set; bit 0 of the first word is the first pixel.
     void (*copyMarked32)(uint8_t *target, const uint8_t *source, std::span<const uint64_t> marks);
 };

@@ -15,6 +15,7 @@ constexpr uint32_t kColours = 0x00FFFFFF;
 
 __m256i Load(const uint8_t *bytes) { return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(bytes)); }
 void Store(uint8_t *bytes, __m256i value) { _mm256_storeu_si256(reinterpret_cast<__m256i *>(bytes), value); }
+void StoreHalf(uint8_t *bytes, __m128i value) { _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes), value); }
 __m128i LoadHalf(const uint8_t *bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes)); }
 
 void CopyRow(uint8_t *target, const uint8_t *source, int64_t bytes) {
@@ -115,32 +116,57 @@ void KeyFrom8(const RowBlock &block, const uint32_t *palette, uint32_t key) {
     KeyBlock(block, key, Source8{palette});
 }
 
-// kWindows: 1 if 8 target pixels lie within 8 of the source, 2 if within 16, 0 if farther apart.
-template <int kWindows>
-__m256i Scaled8(const ScaledRow &row, int64_t i, int64_t first) {
-    const auto *places = reinterpret_cast<const uint8_t *>(row.positions + i);
-    if constexpr (kWindows == 0) {
-        return _mm256_i32gather_epi32(reinterpret_cast<const int *>(row.source), Load(places), 4);
-    } else {
-        const __m256i offsets = _mm256_sub_epi32(Load(places), _mm256_set1_epi32(static_cast<int>(first)));
-        const __m256i low = _mm256_permutevar8x32_epi32(Load(row.source + 4 * first), offsets);
-        if constexpr (kWindows == 1) return low;
-        const __m256i high = _mm256_permutevar8x32_epi32(Load(row.source + 4 * first + 32), offsets);
-        return _mm256_blendv_epi8(low, high, _mm256_cmpgt_epi32(offsets, _mm256_set1_epi32(7)));
+void PackTo24(const RowBlock &block) {
+    const __m256i close = _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1,  //
+                                           0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        int64_t i = 0;
+        // The second store reaches 4 bytes into pixels that are stored after it.
+        for (; i + 10 <= block.width; i += 8) {
+            const __m256i packed = _mm256_shuffle_epi8(Load(source + 4 * i), close);
+            StoreHalf(target + 3 * i, _mm256_castsi256_si128(packed));
+            StoreHalf(target + 3 * i + 12, _mm256_extracti128_si256(packed, 1));
+        }
+        for (; i < block.width; ++i) {
+            for (int64_t byte = 0; byte < 3; ++byte) target[3 * i + byte] = source[4 * i + byte];
+        }
     }
 }
 
+struct ScaledRow {
+    uint8_t *target;
+    const uint8_t *source;
+    const int32_t *columns;
+    int64_t count;
+    int64_t sourceWidth;
+};
+
+// kWindows: 1 if 8 target pixels lie within 8 of the source, 2 if within 16, 0 if farther apart.
 template <int kWindows>
-void ScaleRow(const ScaledRow &row) {
-    const bool isStreamed = row.isStreamed && reinterpret_cast<uintptr_t>(row.target) % 4 == 0;
+__m256i Scaled8(const ScaledRow &row, int64_t i, int64_t first) {
+    const __m256i columns = Load(reinterpret_cast<const uint8_t *>(row.columns + i));
+    if constexpr (kWindows == 0) {
+        return _mm256_i32gather_epi32(reinterpret_cast<const int *>(row.source), columns, 4);
+    }
+    const __m256i offsets = _mm256_sub_epi32(columns, _mm256_set1_epi32(static_cast<int>(first)));
+    const __m256i low = _mm256_permutevar8x32_epi32(Load(row.source + 4 * first), offsets);
+    if constexpr (kWindows == 1) return low;
+    const __m256i high = _mm256_permutevar8x32_epi32(Load(row.source + 4 * first + 32), offsets);
+    return _mm256_blendv_epi8(low, high, _mm256_cmpgt_epi32(offsets, _mm256_set1_epi32(7)));
+}
+
+template <int kWindows>
+void ScaleRow(const ScaledRow &row, bool isStreamed) {
     for (int64_t i = 0; i < row.count;) {
         uint8_t *target = row.target + 4 * i;
         const int64_t last = i + 7;
         const bool isAligned = !isStreamed || reinterpret_cast<uintptr_t>(target) % 32 == 0;
         const int64_t first =
-            last < row.count ? std::min(row.positions[i], row.positions[last]) : row.sourceWidth;
+            last < row.count ? std::min(row.columns[i], row.columns[last]) : row.sourceWidth;
         if (!isAligned || last >= row.count || first + 8 * kWindows > row.sourceWidth) {
-            std::memcpy(target, row.source + 4 * int64_t{row.positions[i]}, 4);
+            std::memcpy(target, row.source + 4 * int64_t{row.columns[i]}, 4);
             ++i;
             continue;
         }
@@ -152,13 +178,27 @@ void ScaleRow(const ScaledRow &row) {
         }
         i += 8;
     }
+}
+
+template <int kWindows>
+void ScaleRows(const ScaledRows &rows) {
+    // Streaming stores need their own alignment, which pixels at odd addresses never have.
+    const bool isStreamed =
+        rows.isStreamed && reinterpret_cast<uintptr_t>(rows.target) % 4 == 0 && rows.targetPitch % 4 == 0;
+    ScaledRow row{rows.target, rows.source, rows.columns.data(), static_cast<int64_t>(rows.columns.size()),
+                  rows.sourceWidth};
+    for (const int32_t line : rows.lines) {
+        row.source = rows.source + line * rows.sourcePitch;
+        ScaleRow<kWindows>(row, isStreamed);
+        row.target += rows.targetPitch;
+    }
     if (isStreamed) _mm_sfence();
 }
 
-void Scale32(const ScaledRow &row) {
-    if (row.reach8 <= 8) return ScaleRow<1>(row);
-    if (row.reach8 <= 16) return ScaleRow<2>(row);
-    ScaleRow<0>(row);
+void Scale32(const ScaledRows &rows) {
+    if (rows.reach8 <= 8) return ScaleRows<1>(rows);
+    if (rows.reach8 <= 16) return ScaleRows<2>(rows);
+    ScaleRows<0>(rows);
 }
 
 void CopyMarked8(uint8_t *target, const uint8_t *source, unsigned marks) {
@@ -181,8 +221,8 @@ void CopyMarked32(uint8_t *target, const uint8_t *source, std::span<const uint64
 
 }  // namespace
 
-extern const RowKernels kAvx2Kernels{"avx2",   CopyBytes, KeyFrom32,   KeyFrom24,
-                                     KeyFrom8, Scale32,   CopyMarked32};
+extern const RowKernels kAvx2Kernels{"avx2",   CopyBytes, KeyFrom32, KeyFrom24,
+                                     KeyFrom8, PackTo24,  Scale32,   CopyMarked32};
 
 }  // namespace fenlight::platform
 #endif

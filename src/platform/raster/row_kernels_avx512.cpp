@@ -168,6 +168,30 @@ void KeyFrom8(const RowBlock &block, const uint32_t *palette, uint32_t key) {
     }
 }
 
+void PackTo24(const RowBlock &block) {
+    alignas(64) uint8_t places[64];
+    for (int i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>((i / 3 * 4 + i % 3) % 64);
+    const __m512i close = _mm512_load_si512(places);
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        for (int64_t i = 0; i < block.width; i += 16) {
+            const int64_t count = std::min<int64_t>(block.width - i, 16);
+            const __m512i words = _mm512_maskz_loadu_epi32(FirstPixels(count), source + 4 * i);
+            _mm512_mask_storeu_epi8(target + 3 * i, FirstBytes(3 * count),
+                                    _mm512_permutexvar_epi8(close, words));
+        }
+    }
+}
+
+struct ScaledRow {
+    uint8_t *target;
+    const uint8_t *source;
+    const int32_t *columns;
+    int64_t count;
+    int64_t sourceWidth;
+};
+
 // The window of source pixels from `first` on, cut at the row's end.
 __m512i LoadWindow(const ScaledRow &row, int64_t first) {
     const int64_t left = row.sourceWidth - first;
@@ -181,12 +205,12 @@ __m512i LoadWindow(const ScaledRow &row, int64_t first) {
 template <int kWindows>
 __m512i ScaledPixels(const ScaledRow &row, int64_t i, int64_t count) {
     const __mmask16 inside = FirstPixels(count);
-    const __m512i positions = _mm512_maskz_loadu_epi32(inside, row.positions + i);
+    const __m512i columns = _mm512_maskz_loadu_epi32(inside, row.columns + i);
     if constexpr (kWindows == 0) {
-        return _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), inside, positions, row.source, 4);
+        return _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), inside, columns, row.source, 4);
     }
-    const int64_t first = std::min(row.positions[i], row.positions[i + count - 1]);
-    const __m512i places = _mm512_sub_epi32(positions, _mm512_set1_epi32(static_cast<int>(first)));
+    const int64_t first = std::min(row.columns[i], row.columns[i + count - 1]);
+    const __m512i places = _mm512_sub_epi32(columns, _mm512_set1_epi32(static_cast<int>(first)));
     if constexpr (kWindows == 1) return _mm512_permutexvar_epi32(places, LoadWindow(row, first));
     return _mm512_permutex2var_epi32(LoadWindow(row, first), places, LoadWindow(row, first + 16));
 }
@@ -202,15 +226,14 @@ int64_t ScaleToCacheLine(const ScaledRow &row) {
 }
 
 template <int kWindows>
-void ScaleRow(const ScaledRow &row) {
+void ScaleRow(const ScaledRow &row, bool isStreamed) {
     int64_t i = 0;
-    if (row.isStreamed && reinterpret_cast<uintptr_t>(row.target) % 4 == 0) {
+    if (isStreamed) {
         i = ScaleToCacheLine<kWindows>(row);
         for (; i + 16 <= row.count; i += 16) {
             _mm512_stream_si512(reinterpret_cast<__m512i *>(row.target + 4 * i),
                                 ScaledPixels<kWindows>(row, i, 16));
         }
-        _mm_sfence();
     }
     for (; i + 16 <= row.count; i += 16) Store(row.target + 4 * i, ScaledPixels<kWindows>(row, i, 16));
     if (i == row.count) return;
@@ -218,10 +241,25 @@ void ScaleRow(const ScaledRow &row) {
     _mm512_mask_storeu_epi32(row.target + 4 * i, FirstPixels(rest), ScaledPixels<kWindows>(row, i, rest));
 }
 
-void Scale32(const ScaledRow &row) {
-    if (row.reach16 <= 16) return ScaleRow<1>(row);
-    if (row.reach16 <= 32) return ScaleRow<2>(row);
-    ScaleRow<0>(row);
+template <int kWindows>
+void ScaleRows(const ScaledRows &rows) {
+    // Streaming stores need whole cache lines, which pixels at odd addresses never fill.
+    const bool isStreamed =
+        rows.isStreamed && reinterpret_cast<uintptr_t>(rows.target) % 4 == 0 && rows.targetPitch % 4 == 0;
+    ScaledRow row{rows.target, rows.source, rows.columns.data(), static_cast<int64_t>(rows.columns.size()),
+                  rows.sourceWidth};
+    for (const int32_t line : rows.lines) {
+        row.source = rows.source + line * rows.sourcePitch;
+        ScaleRow<kWindows>(row, isStreamed);
+        row.target += rows.targetPitch;
+    }
+    if (isStreamed) _mm_sfence();
+}
+
+void Scale32(const ScaledRows &rows) {
+    if (rows.reach16 <= 16) return ScaleRows<1>(rows);
+    if (rows.reach16 <= 32) return ScaleRows<2>(rows);
+    ScaleRows<0>(rows);
 }
 
 void CopyMarked32(uint8_t *target, const uint8_t *source, std::span<const uint64_t> marks) {
@@ -242,8 +280,8 @@ void CopyMarked32(uint8_t *target, const uint8_t *source, std::span<const uint64
 
 }  // namespace
 
-extern const RowKernels kAvx512Kernels{"avx512", CopyBytes, KeyFrom32,   KeyFrom24,
-                                       KeyFrom8, Scale32,   CopyMarked32};
+extern const RowKernels kAvx512Kernels{"avx512", CopyBytes, KeyFrom32, KeyFrom24,
+                                       KeyFrom8, PackTo24,  Scale32,   CopyMarked32};
 
 }  // namespace fenlight::platform
 #endif

@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/raster/colour_conversion.h"
+#include "platform/raster/row_kernels.h"
+
 namespace fenlight::platform {
 namespace {
 
@@ -72,9 +75,25 @@ auto WithPixel(PixelFormat format, Action action) {
     }
 }
 
+// Whole bytes at once, so that a mask costs no reading and writing again for each of its bits.
+void StoreBits(uint8_t *row, int64_t x, int32_t count, const uint32_t *values) {
+    int32_t i = 0;
+    for (; i < count && (x + i) % 8 != 0; ++i) BitPixel::Store(row, x + i, values[i]);
+    for (; i + 8 <= count; i += 8) {
+        uint32_t byte = 0;
+        for (int32_t bit = 0; bit < 8; ++bit) byte |= (values[i + bit] & 1u) << (7 - bit);
+        row[(x + i) / 8] = static_cast<uint8_t>(byte);
+    }
+    for (; i < count; ++i) BitPixel::Store(row, x + i, values[i]);
+}
+
 }  // namespace
 
 void LoadValues(PixelFormat format, const uint8_t *row, int32_t x, int32_t count, uint32_t *values) noexcept {
+    if (format == PixelFormat::Bgr24) {
+        auto *words = reinterpret_cast<uint8_t *>(values);
+        return Kernels().keyFrom24({words, 0, row + 3 * int64_t{x}, 0, count, 1}, kNoColour);
+    }
     WithPixel(format, [=](auto pixel) {
         for (int32_t i = 0; i < count; ++i) values[i] = pixel.Load(row, int64_t{x} + i);
     });
@@ -89,6 +108,11 @@ void LoadScattered(PixelFormat format, const uint8_t *row, const int32_t *positi
 
 void StoreValues(PixelFormat format, uint8_t *row, int32_t x, int32_t count,
                  const uint32_t *values) noexcept {
+    if (format == PixelFormat::Bgr24) {
+        const auto *words = reinterpret_cast<const uint8_t *>(values);
+        return Kernels().packTo24({row + 3 * int64_t{x}, 0, words, 0, count, 1});
+    }
+    if (BitsPerPixel(format) == 1) return StoreBits(row, x, count, values);
     WithPixel(format, [=](auto pixel) {
         for (int32_t i = 0; i < count; ++i) pixel.Store(row, int64_t{x} + i, values[i]);
     });

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <cstring>
 
 #include "platform/raster/clipping.h"
 #include "platform/raster/overlap.h"
@@ -16,6 +17,7 @@ namespace {
 // Pieces of plain copies are wider: walking a big bitmap by columns of 2048 instead of by whole rows took
 // twice the time.
 constexpr int32_t kWordPieceWidth = 4096;
+constexpr int32_t kWordPieceHeight = 256;
 // From this size on a target outlives no cache, and is stored past it.
 constexpr int64_t kStreamedBytes = 12 << 20;
 
@@ -32,44 +34,63 @@ int64_t ReachOf(int64_t count, int64_t sourceSize, int64_t targetSize) {
     return ((count - 1) * sourceSize + targetSize - 1) / targetSize + 1;
 }
 
-// Columns in pieces outside, rows inside: the source columns of a piece are worked out once for all rows.
-template <int32_t kWidth, typename WriteRow>
-void ForEachScaledPiece(const Axes &axes, WriteRow writeRow) {
-    std::array<int32_t, kWidth> columns;
-    for (int32_t done = 0; done < axes.columns.Count(); done += kWidth) {
-        const int32_t x = axes.columns.First() + done;
-        const int32_t count = std::min(kWidth, axes.columns.Count() - done);
-        axes.columns.FillSources(x, count, columns.data());
-        ScaledAxis::Walk rows(axes.rows, axes.rows.First());
-        for (int32_t i = 0; i < axes.rows.Count(); ++i) {
-            writeRow(rows.Source(), axes.rows.First() + i, x, count, columns.data());
-            rows.Step();
-        }
-    }
-}
-
+// Columns in pieces outside, rows inside: the source columns of a piece are worked out once for all rows. A
+// row whose source row has just been copied is copied from the target above it.
 void WriteScaled(PieceWriter &writer, const PixelView &target, const PixelView &source, const Axes &axes,
                  int32_t top) {
+    std::array<int32_t, kPieceWidth> columns;
     std::array<uint32_t, kPieceWidth> values;
-    ForEachScaledPiece<kPieceWidth>(
-        axes, [&](int32_t sourceY, int32_t y, int32_t x, int32_t count, const int32_t *columns) {
-            LoadScattered(source.format, source.Row(sourceY - top), columns, count, values.data());
-            writer.Write(target.Row(y), x, count, values.data());
-        });
+    const int64_t pixelBytes = BitsPerPixel(target.format) / 8;
+    const bool repeatsRows = writer.IsPlainCopy() && pixelBytes != 0;
+    const int32_t firstRow = axes.rows.First();
+    for (int32_t done = 0; done < axes.columns.Count(); done += kPieceWidth) {
+        const int32_t x = axes.columns.First() + done;
+        const int32_t count = std::min(kPieceWidth, axes.columns.Count() - done);
+        axes.columns.FillSources(x, count, columns.data());
+        ScaledAxis::Walk walk(axes.rows, firstRow);
+        int32_t lastSource = -1;
+        for (int32_t y = firstRow; y < firstRow + axes.rows.Count(); ++y, walk.Step()) {
+            uint8_t *row = target.Row(y);
+            if (repeatsRows && walk.Source() == lastSource) {
+                std::memcpy(row + x * pixelBytes, row - target.pitch + x * pixelBytes,
+                            static_cast<size_t>(count * pixelBytes));
+                continue;
+            }
+            lastSource = walk.Source();
+            LoadScattered(source.format, source.Row(lastSource - top), columns.data(), count, values.data());
+            writer.Write(row, x, count, values.data());
+        }
+    }
 }
 
 // Plain copies between 32-bit bitmaps that share no memory.
 void ScaleWords(const PixelView &target, const PixelView &source, const Axes &axes, const ScaledBlock &block,
                 int32_t top) {
-    const int64_t reach8 = ReachOf(8, block.sourceWidth, block.targetWidth);
-    const int64_t reach16 = ReachOf(16, block.sourceWidth, block.targetWidth);
-    const bool isStreamed = int64_t{axes.columns.Count()} * axes.rows.Count() * 4 >= kStreamedBytes;
-    const RowKernels &kernels = Kernels();
-    ForEachScaledPiece<kWordPieceWidth>(
-        axes, [&](int32_t sourceY, int32_t y, int32_t x, int32_t count, const int32_t *columns) {
-            kernels.scale32({target.Row(y) + 4 * int64_t{x}, source.Row(sourceY - top), columns, count,
-                             source.width, reach8, reach16, isStreamed});
-        });
+    std::array<int32_t, kWordPieceWidth> columns;
+    std::array<int32_t, kWordPieceHeight> lines;
+    ScaledRows piece{};
+    piece.targetPitch = target.pitch;
+    piece.source = source.Row(0);
+    piece.sourcePitch = source.pitch;
+    piece.sourceWidth = source.width;
+    piece.reach8 = ReachOf(8, block.sourceWidth, block.targetWidth);
+    piece.reach16 = ReachOf(16, block.sourceWidth, block.targetWidth);
+    piece.isStreamed = int64_t{axes.columns.Count()} * axes.rows.Count() * 4 >= kStreamedBytes;
+    for (int32_t right = 0; right < axes.columns.Count(); right += kWordPieceWidth) {
+        const int32_t width = std::min(kWordPieceWidth, axes.columns.Count() - right);
+        const int32_t x = axes.columns.First() + right;
+        axes.columns.FillSources(x, width, columns.data());
+        piece.columns = {columns.data(), static_cast<size_t>(width)};
+        for (int32_t down = 0; down < axes.rows.Count(); down += kWordPieceHeight) {
+            const int32_t height = std::min(kWordPieceHeight, axes.rows.Count() - down);
+            const int32_t y = axes.rows.First() + down;
+            axes.rows.FillSources(y, height, lines.data());
+            for (int32_t i = 0; i < height; ++i) lines[static_cast<size_t>(i)] -= top;
+            piece.lines = {lines.data(), static_cast<size_t>(height)};
+            piece.target = target.Row(y) + 4 * int64_t{x};
+            Kernels().scale32(piece);
+        }
+    }
 }
 
 // Runs action(source, axes, top) if anything is visible; row `top` of the axes is row 0 of that source, which
@@ -81,6 +102,11 @@ template <typename Action>
         {block.targetX, block.targetWidth, block.sourceX, block.sourceWidth, target.width, source.width},
         {block.targetY, block.targetHeight, block.sourceY, block.sourceHeight, target.height, source.height}};
     if (axes.columns.Count() == 0 || axes.rows.Count() == 0) return true;
+    // Most bitmaps are apart altogether, which costs no division to find out.
+    if (!SharesMemory(target, 0, target.height, source, 0, source.height)) {
+        action(source, axes, 0);
+        return true;
+    }
     const int32_t top = axes.rows.LowestSource();
     const int32_t height = axes.rows.HighestSource() - top + 1;
     if (!SharesMemory(target, axes.rows.First(), axes.rows.Count(), source, top, height)) {

@@ -82,6 +82,14 @@ TEST_P(RowKernelsTest, CopyBytes) {
     });
 }
 
+TEST_P(RowKernelsTest, PackWordsToTriples) {
+    ForEachCase(4, 3, [&](Rows &rows) {
+        Check(rows, GetParam()->packTo24, [](uint8_t *target, const uint8_t *source, int64_t i) {
+            std::copy_n(source + 4 * i, 3, target + 3 * i);
+        });
+    });
+}
+
 TEST_P(RowKernelsTest, LeaveOutKeyPixelsAndTouchNothingElse) {
     std::array<uint32_t, 256> palette{0x010203, 0x00FF00, 0x010203, 0xFFFFFF};
     for (size_t i = 4; i < 256; ++i) palette[i] = static_cast<uint32_t>(i * 0x1F3);
@@ -117,6 +125,7 @@ TEST_P(RowKernelsTest, LeaveOutKeyPixelsAndTouchNothingElse) {
 // Ratios from far reduction to far enlargement, forwards and mirrored, from sources of just the size needed.
 TEST_P(RowKernelsTest, ScaleBySamples) {
     std::mt19937 random(22);
+    int round = 0;
     for (const auto &[numerator, denominator] : std::vector<std::pair<int, int>>{{1, 9},
                                                                                  {1, 2},
                                                                                  {2, 3},
@@ -136,23 +145,29 @@ TEST_P(RowKernelsTest, ScaleBySamples) {
             for (int i = 0; i < count; ++i) positions.push_back(i * numerator / denominator);
             const int sourceWidth = positions.back() + 1;
             if (isMirrored) std::reverse(positions.begin(), positions.end());
-            std::vector<uint8_t> source(static_cast<size_t>(sourceWidth) * 4);
+            std::vector<uint8_t> source(static_cast<size_t>(sourceWidth) * 8);
             for (uint8_t &byte : source) byte = static_cast<uint8_t>(random());
-            std::vector<uint8_t> target(static_cast<size_t>(count) * 4 + 2 * kMargin, 0xEE);
-            std::vector<uint8_t> expected = target;
-            for (int i = 0; i < count; ++i) {
-                std::memcpy(&expected[static_cast<size_t>(kMargin + 4 * i)],
-                            &source[static_cast<size_t>(4 * positions[static_cast<size_t>(i)])], 4);
-            }
             const auto reach = [&](int64_t n) {
                 return ((n - 1) * numerator + denominator - 1) / denominator + 1;
             };
-            for (const bool isStreamed : {false, true}) {
-                std::fill(target.begin(), target.end(), uint8_t{0xEE});
-                GetParam()->scale32({&target[kMargin], source.data(), positions.data(), count, sourceWidth,
-                                     reach(8), reach(16), isStreamed});
-                ASSERT_EQ(target, expected) << GetParam()->name << ' ' << numerator << ':' << denominator
-                                            << ", " << count << " pixels, mirrored " << isMirrored;
+            const std::array<int32_t, 3> lines{1, 1, 0};
+            const ptrdiff_t sourcePitch = 4 * sourceWidth;
+            for (const ptrdiff_t gap : {0, 4, 1}) {
+                const ptrdiff_t pitch = 4 * count + gap;
+                std::vector<uint8_t> target(static_cast<size_t>(3 * pitch) + 2 * kMargin, 0xEE);
+                std::vector<uint8_t> expected = target;
+                for (size_t row = 0; row < lines.size(); ++row) {
+                    for (size_t i = 0; i < positions.size(); ++i) {
+                        std::memcpy(&expected[kMargin + row * static_cast<size_t>(pitch) + 4 * i],
+                                    &source[static_cast<size_t>(lines[row] * sourcePitch + 4 * positions[i])],
+                                    4);
+                    }
+                }
+                GetParam()->scale32({&target[kMargin], pitch, source.data(), sourcePitch, positions, lines,
+                                     sourceWidth, reach(8), reach(16), round++ % 2 == 0});
+                ASSERT_EQ(target, expected)
+                    << GetParam()->name << ' ' << numerator << ':' << denominator << ", " << count
+                    << " pixels, mirrored " << isMirrored << ", gap " << gap;
             }
         }
     }
