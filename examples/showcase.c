@@ -27,7 +27,8 @@ static struct {
     HDC screen;
 } stage;
 
-static uintptr_t walkers[kWalkers], birds[kBirds], coins[kCoins], burst, flower, tracer;
+static uintptr_t walkers[kWalkers], birds[kBirds], ladybirds[kLadybirds], coins[kCoins], burst, flower,
+    tracer;
 static int created, deleted;
 
 static int32_t Between(int32_t lowest, int32_t highest) {
@@ -81,6 +82,10 @@ static void DrawCage(int32_t left, int32_t top, int32_t right, int32_t bottom) {
     DeleteObject(pens[1]);
 }
 
+/* Even walkers keep to the meadow's far edge, odd ones to its left part: none walks into the pond. */
+static int32_t WalkerX(int walker) { return walker % 2 ? Between(150, 330) : Between(10, 750); }
+static int32_t WalkerY(int walker) { return walker % 2 ? Between(kGround, kLowest) : Between(kGround, 380); }
+
 static uintptr_t Put(uintptr_t strips, int32_t row, int32_t width, int32_t height, int32_t frames,
                      int32_t delay, int32_t x, int32_t y, int32_t speed) {
     ++created;
@@ -100,8 +105,7 @@ static void FaceRightOrLeft(uintptr_t sprite, int32_t height) {
 
 static void PutWalkers(void) {
     for (int i = 0; i < kWalkers; ++i) {
-        walkers[i] = Put(stage.walkers[i % 3], 0, 32, 40, 4, 7, Between(10, 750), Between(kGround, kLowest),
-                         1 + i % 2);
+        walkers[i] = Put(stage.walkers[i % 3], 0, 32, 40, 4, 7, WalkerX(i), WalkerY(i), 1 + i % 2);
         FaceAllWays(walkers[i], 40);
         SlowDownSprite(walkers[i], i % 3 == 0, i % 3 == 0);
     }
@@ -115,10 +119,9 @@ static void PutPondAndCage(void) {
         MoveSprite(fish, i % 2 ? 425 + 8 * i : 690 - 6 * i, 456 + 21 * i);
     }
     for (int i = 0; i < kLadybirds; ++i) {
-        const uintptr_t ladybird = Put(stage.ladybird, 0, 20, 20, 4, 4, 40 + 14 * i, 470, 1);
-        FaceAllWays(ladybird, 20);
-        SetSpriteCage(ladybird, 20, 430, 112, 502, 64, 466);
-        MoveSprite(ladybird, 64 + (i - 2) * 90, i % 2 ? 300 : 640); /* outwards: the cage sends it home */
+        ladybirds[i] = Put(stage.ladybird, 0, 20, 20, 4, 4, 34 + 16 * i, 440 + 13 * i, 1);
+        FaceAllWays(ladybirds[i], 20);
+        SetSpriteCage(ladybirds[i], 20, 430, 112, 502, 30 + 16 * i, 466); /* at the rail they are back home */
     }
 }
 
@@ -182,10 +185,13 @@ static void KeepPlanting(int poll) {
 static void Direct(int poll) {
     for (int i = 0; i < kWalkers; ++i) {
         if (HasSpriteArrived(walkers[i]) && Between(1, 12) == 1)
-            MoveSprite(walkers[i], Between(10, 750), Between(kGround, kLowest));
+            MoveSprite(walkers[i], WalkerX(i), WalkerY(i));
     }
     for (int i = 0; i < kBirds; ++i) {
         if (HasSpriteArrived(birds[i])) MoveSprite(birds[i], Between(-30, 790), Between(10, 240));
+    }
+    for (int i = 0; i < kLadybirds; ++i) {
+        if (HasSpriteArrived(ladybirds[i])) MoveSprite(ladybirds[i], Between(10, 120), Between(420, 510));
     }
     if (poll % 40 == 20) { /* a coin vanishes, another one falls */
         const int i = (poll / 40) % kCoins;

@@ -368,7 +368,7 @@ def landscape(width=800, height=600):
     sand = mix((196, 164, 110), (226, 200, 148), np.clip(grain * 1.2 - 0.1, 0, 1)[..., None])
     picture[path] = mix(picture, sand, edge)[path]
     for cx, base, size, tone in ((60, 372, 96, (96, 156, 70)), (128, 352, 64, (112, 168, 82)), (742, 366, 88, (92, 150, 74)),
-                                 (690, 346, 56, (116, 170, 84)), (420, 344, 48, (120, 174, 92)), (30, 596, 150, (78, 138, 58))):
+                                 (690, 346, 56, (116, 170, 84)), (420, 344, 48, (120, 174, 92))):
         tree(picture, cx, base, size, generator, tone)
     picture += generator.normal(0, 1.6, picture.shape)
     return np.clip(np.round(picture), 0, 255).astype(np.uint8)

@@ -1,3 +1,4 @@
+cmake_policy(SET CMP0057 NEW)
 # What the library exports, what it promises to export, and what its headers declare.
 execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY} OUTPUT_VARIABLE TABLE RESULT_VARIABLE RESULT)
 if(NOT RESULT EQUAL 0)
