@@ -20,7 +20,7 @@ bool RunOnDisplayThread(Task task) noexcept {
     return CallOnDisplayThread([](void *argument) { (*static_cast<Task *>(argument))(); }, &task);
 }
 
-// Has the thread been started? For tests.
+// Has the thread been started, and is the process not exiting?
 bool IsDisplayThreadRunning() noexcept;
 
 }  // namespace fenlight::platform

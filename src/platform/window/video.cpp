@@ -99,13 +99,15 @@ void StartVideo() noexcept {
     // own.
     SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
     SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
+    // The click that brings a window to the front is a click.
+    SDL_SetHint(SDL_HINT_MOUSE_FOCUS_CLICKTHROUGH, "1");
     isVideoUp = InitialiseWith(PreferredDriver()) || InitialiseWith("dummy");
     // Keys, not texts: an input method would keep some of them for itself.
     if (isVideoUp) SDL_StopTextInput();
 }
 
 bool AttachWindow(WindowRecord &window, const char *title) noexcept {
-    if (!isVideoUp || window.isDetached) return false;
+    if (!isVideoUp || window.isEnding.load(std::memory_order_relaxed)) return false;
     window.frame = SDL_CreateWindow(title, SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, window.width,
                                     window.height, SDL_WINDOW_SHOWN);
     if (window.frame == nullptr) return false;
@@ -115,10 +117,7 @@ bool AttachWindow(WindowRecord &window, const char *title) noexcept {
     return true;
 }
 
-void DetachWindow(WindowRecord &window) noexcept {
-    window.isDetached = true;
-    TakeOffScreen(window);
-}
+void DetachWindow(WindowRecord &window) noexcept { TakeOffScreen(window); }
 
 bool HasShownWindows() noexcept { return firstShown != nullptr; }
 

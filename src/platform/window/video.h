@@ -14,7 +14,7 @@ void StartVideo() noexcept;
 
 // Shows a window for the record; false if SDL has none to give. The record must be detached before it ends.
 bool AttachWindow(WindowRecord &window, const char *title) noexcept;
-// Takes the record's window off the screen; a record that is detached is never attached again.
+// Takes the record's window off the screen, if it is there.
 void DetachWindow(WindowRecord &window) noexcept;
 bool HasShownWindows() noexcept;
 

@@ -20,12 +20,12 @@ struct WindowRecord : HandleObject {
     const HDC context;
     const int32_t width;
     const int32_t height;
-    std::atomic<bool> isOpen{false};  // on the screen, and not closed by hand
+    std::atomic<bool> isOpen{false};    // on the screen, and not closed by hand
+    std::atomic<bool> isEnding{false};  // never to be shown again
 
     // The display thread's own.
     SDL_Window *frame = nullptr;
     WindowRecord *nextShown = nullptr;
-    bool isDetached = false;
     bool needsShowing = true;  // whatever the change counter says: exposed, resized, new
     uint32_t shownChange = 0;
     std::chrono::steady_clock::time_point nextShow{};

@@ -40,7 +40,9 @@ bool PutOnScreen(HWND window, const std::string &title) {
 HDC TakeDown(HWND window) {
     const PinnedWindow record(window);
     if (!record || !RemoveHandle(HandleKind::Window, window)) return 0;
-    RunOnDisplayThread([&] { DetachWindow(*record); });
+    // From here on nobody attaches it any more; so where no thread runs yet, none needs to be started.
+    record->isEnding.store(true, std::memory_order_relaxed);
+    if (IsDisplayThreadRunning()) RunOnDisplayThread([&] { DetachWindow(*record); });
     return record->context;
 }
 

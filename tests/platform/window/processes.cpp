@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <thread>
 
 extern char **environ;
@@ -20,17 +21,15 @@ namespace {
 
 constexpr long long kDeadlineMs = 30'000;
 
-pid_t Spawn(const std::vector<std::string> &arguments, const std::vector<std::string> &variables) {
-    std::vector<char *> argv;
-    for (const std::string &argument : arguments) argv.push_back(const_cast<char *>(argument.c_str()));
-    argv.push_back(nullptr);
-    std::vector<char *> environment;
-    for (const std::string &variable : variables) environment.push_back(const_cast<char *>(variable.c_str()));
-    for (char **variable = environ; *variable != nullptr; ++variable) environment.push_back(*variable);
-    environment.push_back(nullptr);
-    pid_t process = -1;
-    return posix_spawnp(&process, argv[0], nullptr, nullptr, argv.data(), environment.data()) == 0 ? process
-                                                                                                   : -1;
+// The exit code as the shell has it; -1 if there is no shell.
+int RunCommand(const std::string &command, std::string &output) {
+    std::FILE *pipe = popen(command.c_str(), "re");
+    if (pipe == nullptr) return -1;
+    char buffer[65536];
+    for (size_t size = 0; (size = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        output.append(buffer, size);
+    const int status = pclose(pipe);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 std::string ReadLine(int file) {
@@ -70,24 +69,19 @@ Picture ParseXwd(const std::string &bytes) {
 bool IsRunBySelf() { return std::getenv("FENLIGHT_RUN_BY_SELF") != nullptr; }
 
 int RunSelf(const std::string &filter, const std::vector<std::string> &variables) {
-    std::vector<std::string> all = variables;
-    all.emplace_back("FENLIGHT_RUN_BY_SELF=1");
-    const pid_t process = Spawn({"/proc/self/exe", "--gtest_also_run_disabled_tests", "--gtest_brief=1",
-                                 "--gtest_output=", "--gtest_filter=" + filter},
-                                all);
-    int status = 0;
-    if (process < 0 || waitpid(process, &status, 0) != process) return -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    std::string command = "FENLIGHT_RUN_BY_SELF=1 ";
+    for (const std::string &variable : variables) command += variable + ' ';
+    command += std::filesystem::read_symlink("/proc/self/exe").string();
+    command += " --gtest_also_run_disabled_tests --gtest_output= --gtest_filter='" + filter + "' 2>&1";
+    std::string output;
+    const int status = RunCommand(command, output);
+    if (status != 0) std::printf("%s\n%s\n", command.c_str(), output.c_str());
+    return status;
 }
 
 std::string OutputOf(const std::string &command) {
-    std::FILE *pipe = popen((command + " 2>/dev/null").c_str(), "re");
-    if (pipe == nullptr) return {};
     std::string output;
-    char buffer[65536];
-    for (size_t size = 0; (size = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-        output.append(buffer, size);
-    return pclose(pipe) == 0 ? output : std::string();
+    return RunCommand(command + " 2>/dev/null", output) == 0 ? output : std::string();
 }
 
 bool IsInstalled(const std::string &program) { return !OutputOf("command -v " + program).empty(); }
@@ -96,9 +90,18 @@ XServer::XServer() {
     int ends[2];
     if (pipe(ends) != 0) return;
     fcntl(ends[0], F_SETFD, FD_CLOEXEC);
-    process_ = Spawn({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", "800x600x24",
-                      "-nolisten", "tcp", "-terminate"},
-                     {});
+    std::string numberFile = std::to_string(ends[1]);
+    char *const arguments[] = {const_cast<char *>("Xvfb"),
+                               const_cast<char *>("-displayfd"),
+                               numberFile.data(),
+                               const_cast<char *>("-screen"),
+                               const_cast<char *>("0"),
+                               const_cast<char *>("800x600x24"),
+                               const_cast<char *>("-nolisten"),
+                               const_cast<char *>("tcp"),
+                               const_cast<char *>("-terminate"),
+                               nullptr};
+    if (posix_spawnp(&process_, arguments[0], nullptr, nullptr, arguments, environ) != 0) process_ = -1;
     close(ends[1]);
     if (process_ > 0) {
         if (const std::string number = ReadLine(ends[0]); !number.empty()) display_ = ":" + number;

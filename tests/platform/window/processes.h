@@ -13,7 +13,7 @@ namespace fenlight::test {
 
 // The program's tests that match the filter, disabled ones too, in a process of their own with these
 // variables
-// ("NAME=value") added. Its exit code; 128 and the signal if it was killed.
+// ("NAME=value") added. Its exit code.
 int RunSelf(const std::string &filter, const std::vector<std::string> &variables = {});
 // Is this such a process?
 bool IsRunBySelf();
