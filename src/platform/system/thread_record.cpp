@@ -13,7 +13,7 @@ std::atomic<uint32_t> standingStops{0};
 
 // A thread that computes, or waits for something that the layer does not know, reaches no gate. The caller of
 // SuspendThread must not hang on it.
-constexpr auto kLongestWaitForStop = std::chrono::seconds(1);
+constexpr auto kLongestWaitForStop = std::chrono::seconds(2);
 
 }  // namespace
 

@@ -120,6 +120,14 @@ TEST(SuspendThread, StopsNestAndAThreadStandsStillWhenItReturns) {
     EXPECT_EQ(ResumeThread(counter.handle), 1u);
     EXPECT_TRUE(counter.Moves());
     EXPECT_EQ(ResumeThread(counter.handle), 0u);
+    ASSERT_EQ(SuspendThread(counter.handle), 0u);
+    for (int step = 0; step < 100; ++step) {
+        const uint64_t before = counter.count;
+        ResumeThread(counter.handle);
+        ASSERT_EQ(SuspendThread(counter.handle), 0u);
+        ASSERT_GT(counter.count, before) << "each resume takes it to the next gate at least";
+    }
+    EXPECT_EQ(ResumeThread(counter.handle), 1u);
     DWORD previous = 0;
     for (DWORD i = 0; i < 127; ++i) previous = SuspendThread(counter.handle);
     EXPECT_EQ(previous, 126u);
@@ -191,18 +199,17 @@ TEST(SuspendThread, AThreadCanStopItselfAndTwoEachOther) {
     }
 }
 
-// Three callers stop and resume two threads that wait for each other, sleep, and end at any time.
+// Three callers stop and resume two threads that exclude each other, sleep, and end while stops arrive.
 TEST(SuspendThread, SurvivesStopsFromManyThreads) {
     struct Shared {
         HANDLE semaphore = CreateSemaphoreA(nullptr, 1, 1, nullptr);
-        std::atomic<HANDLE> targets[2] = {0, 0};
-        std::atomic<int> ended{0};
-        std::atomic<bool> overlap{false};
+        HANDLE targets[2] = {0, 0};
+        std::atomic<bool> ends{false}, overlap{false};
         std::atomic<int> inside{0};
     } shared;
     const auto work = [](void *argument) -> DWORD {
         auto &all = *static_cast<Shared *>(argument);
-        for (int frame = 0; frame < 200; ++frame) {
+        for (int frame = 0; !all.ends; ++frame) {
             WaitForSingleObject(all.semaphore, INFINITE);
             if (++all.inside != 1) all.overlap = true;
             PassSuspendGate();
@@ -210,15 +217,15 @@ TEST(SuspendThread, SurvivesStopsFromManyThreads) {
             ReleaseSemaphore(all.semaphore, 1, nullptr);
             Sleep(frame % 16 == 0 ? 1 : 0);
         }
-        ++all.ended;
         return 0;
     };
-    for (auto &target : shared.targets) target = CreateThread(nullptr, 0, work, &shared, 0, nullptr);
+    for (HANDLE &target : shared.targets) target = CreateThread(nullptr, 0, work, &shared, 0, nullptr);
     std::vector<std::thread> callers;
     for (unsigned seed = 1; seed <= 3; ++seed) {
         callers.emplace_back([&shared, seed] {
             std::mt19937 random(seed);
-            while (shared.ended < 2) {
+            for (int turn = 0; turn < 3000; ++turn) {
+                if (turn == 2500) shared.ends = true;
                 const HANDLE target = shared.targets[random() % 2];
                 if (SuspendThread(target) == kRefused) continue;
                 if (random() % 4 == 0) std::this_thread::yield();
@@ -227,7 +234,7 @@ TEST(SuspendThread, SurvivesStopsFromManyThreads) {
         });
     }
     for (std::thread &caller : callers) caller.join();
-    for (auto &target : shared.targets) {
+    for (const HANDLE target : shared.targets) {
         EXPECT_EQ(WaitForSingleObject(target, INFINITE), WAIT_OBJECT_0);
         EXPECT_TRUE(CloseHandle(target));
     }
