@@ -311,7 +311,8 @@ void UpRow(uint8_t *row, const uint8_t *previous, const uint8_t *filtered, size_
     size_t i = 0;
     for (; i + kVector <= rowBytes; i += step)
         Store(row + i, _mm_add_epi8(SwapPacked<layout>(Load(filtered + i)), Load(previous + i)));
-    UnfilterFrom<layout, Up>(i, row, previous, filtered, rowBytes);
+    // A vector may end inside a pixel, which only a swap would mind.
+    UnfilterFrom<IsSwapped(layout) ? layout : Bytes1, Up>(i, row, previous, filtered, rowBytes);
 }
 
 template <PixelLayout layout>
