@@ -6,8 +6,8 @@
 
 #include "fenlight/images.h"
 #include "fenlight/platform/windows.h"
-#include "images/image_pixels.h"
 #include "images/raster_modes.h"
+#include "platform/pictures/picture_drawing.h"
 #include "platform/system/failure_point.h"
 
 namespace fenlight::test {

@@ -46,8 +46,8 @@ class FileBytes {
 };
 
 // Formats that may leave pixels undrawn (run-length BMP, the screen of a GIF) get this many without data for
-// them: 16 MiB.
-inline constexpr uint64_t kFreePixels = uint64_t{1} << 22;
+// them: 4 MiB.
+inline constexpr uint64_t kFreePixels = uint64_t{1} << 20;
 
 inline uint64_t PixelCount(const PictureSurvey &survey) { return uint64_t{survey.width} * survey.height; }
 

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/picture_check.h"
@@ -51,113 +52,86 @@ inline Picture BmpPicture(int width, int height, int bitCount) {
     return picture;
 }
 
-class BmpWriter {
-  public:
-    BmpWriter(int width, int height, const BmpLayout &layout)
-        : width_(width), height_(height), layout_(layout) {}
+inline void Put(Bytes &bytes, uint32_t value, int count) {
+    for (int i = 0; i < count; ++i) bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
+}
 
-    Bytes Write() {
-        WriteHeaders();
-        for (int row = 0; row < height_; ++row) {
-            const int y = layout_.isTopDown ? row : height_ - 1 - row;
-            if (layout_.compression == 1 || layout_.compression == 2) {
-                WriteRunLengthRow(y);
-            } else {
-                WriteRow(y);
-            }
+inline Bytes BmpHeaders(int width, int height, const BmpLayout &layout) {
+    const bool isCore = layout.hasCoreHeader;
+    const uint32_t paletteCount = layout.bitCount <= 8 ? 1u << layout.bitCount : 0;
+    const uint32_t maskBytes = layout.compression == 3 ? 12 : 0;
+    const uint32_t headersSize = 14 + (isCore ? 12 : 40) + maskBytes;
+    Bytes bytes;
+    Put(bytes, 0x4D42, 2);
+    Put(bytes, 0, 8);
+    Put(bytes, headersSize + paletteCount * (isCore ? 3 : 4), 4);
+    Put(bytes, isCore ? 12 : 40, 4);
+    Put(bytes, static_cast<uint32_t>(width), isCore ? 2 : 4);
+    Put(bytes, static_cast<uint32_t>(layout.isTopDown ? -height : height), isCore ? 2 : 4);
+    Put(bytes, 1, 2);
+    Put(bytes, layout.bitCount, 2);
+    if (!isCore) {
+        for (const uint32_t field :
+             {layout.compression, 0u, layout.pelsPerMetreX, layout.pelsPerMetreY, 0u, 0u}) {
+            Put(bytes, field, 4);
         }
-        if (layout_.compression == 1 || layout_.compression == 2) Put16(0x0100);  // end of bitmap
-        const auto size = static_cast<uint32_t>(bytes_.size());
-        for (unsigned i = 0; i < 4; ++i) bytes_[2 + i] = static_cast<uint8_t>(size >> (8 * i));
-        return bytes_;
     }
+    if (maskBytes != 0) {
+        const bool isHigh = layout.bitCount == 16;
+        for (const uint32_t mask :
+             {isHigh ? 0xF800u : 0xFF0000u, isHigh ? 0x7E0u : 0xFF00u, isHigh ? 0x1Fu : 0xFFu}) {
+            Put(bytes, mask, 4);
+        }
+    }
+    for (uint32_t i = 0; i < paletteCount; ++i) Put(bytes, i < 5 ? kBmpColours[i] : 0x123456, isCore ? 3 : 4);
+    return bytes;
+}
 
-  private:
-    void Put8(uint32_t value) { bytes_.push_back(static_cast<uint8_t>(value)); }
-    void Put16(uint32_t value) { Put8(value), Put8(value >> 8); }
-    void Put32(uint32_t value) { Put16(value), Put16(value >> 16); }
-    int Index(int x, int y) const { return BmpColourIndex(x, y, layout_.bitCount); }
-
-    void WriteHeaders() {
-        const uint32_t headerSize = layout_.hasCoreHeader ? 12 : 40;
-        const uint32_t paletteCount = layout_.bitCount <= 8 ? 1u << layout_.bitCount : 0;
-        const uint32_t maskBytes = layout_.compression == 3 ? 12 : 0;
-        Put16(0x4D42);
-        Put32(0), Put32(0);
-        Put32(14 + headerSize + maskBytes + paletteCount * (layout_.hasCoreHeader ? 3 : 4));
-        Put32(headerSize);
-        if (layout_.hasCoreHeader) {
-            Put16(static_cast<uint32_t>(width_)), Put16(static_cast<uint32_t>(height_));
+inline void PutBmpRow(Bytes &bytes, int width, int y, const BmpLayout &layout) {
+    const size_t start = bytes.size();
+    uint32_t bits = 0;
+    for (int x = 0; x < width; ++x) {
+        const int index = BmpColourIndex(x, y, layout.bitCount);
+        const uint32_t colour = kBmpColours[index];
+        const uint32_t red = colour >> 19, green = colour >> 8 & 0xFF, blue = colour >> 3 & 0x1F;
+        if (layout.bitCount == 16) {
+            const bool isSixGreen = layout.compression == 3;
+            Put(bytes, isSixGreen ? red << 11 | green >> 2 << 5 | blue : red << 10 | green >> 3 << 5 | blue,
+                2);
+        } else if (layout.bitCount > 16) {
+            Put(bytes, colour, layout.bitCount / 8);
         } else {
-            Put32(static_cast<uint32_t>(width_));
-            Put32(static_cast<uint32_t>(layout_.isTopDown ? -height_ : height_));
-        }
-        Put16(1), Put16(layout_.bitCount);
-        if (!layout_.hasCoreHeader) {
-            Put32(layout_.compression), Put32(0);
-            Put32(layout_.pelsPerMetreX), Put32(layout_.pelsPerMetreY);
-            Put32(0), Put32(0);
-        }
-        if (maskBytes != 0) {
-            const bool isHigh = layout_.bitCount == 16;
-            Put32(isHigh ? 0xF800 : 0xFF0000), Put32(isHigh ? 0x07E0 : 0x00FF00);
-            Put32(isHigh ? 0x001F : 0x0000FF);
-        }
-        for (uint32_t i = 0; i < paletteCount; ++i) {
-            const uint32_t colour = i < 5 ? kBmpColours[i] : 0x123456;
-            Put16(colour), Put8(colour >> 16);
-            if (!layout_.hasCoreHeader) Put8(0);
+            const int place = x * layout.bitCount % 8;
+            bits |= static_cast<uint32_t>(index) << (8 - layout.bitCount - place);
+            if (place + layout.bitCount == 8 || x == width - 1) Put(bytes, std::exchange(bits, 0), 1);
         }
     }
+    while ((bytes.size() - start) % 4 != 0) bytes.push_back(0);
+}
 
-    void WriteRow(int y) {
-        const size_t start = bytes_.size();
-        uint32_t bits = 0;
-        int bitsHeld = 0;
-        for (int x = 0; x < width_; ++x) {
-            const uint32_t colour = kBmpColours[Index(x, y)];
-            const uint32_t red = colour >> 16, green = colour >> 8 & 0xFF, blue = colour & 0xFF;
-            switch (layout_.bitCount) {
-                case 16:
-                    Put16(layout_.compression == 3 ? red >> 3 << 11 | green >> 2 << 5 | blue >> 3
-                                                   : red >> 3 << 10 | green >> 3 << 5 | blue >> 3);
-                    break;
-                case 24:
-                    Put16(colour), Put8(red);
-                    break;
-                case 32:
-                    Put32(colour);
-                    break;
-                default:
-                    bits = bits << layout_.bitCount | static_cast<uint32_t>(Index(x, y));
-                    bitsHeld += layout_.bitCount;
-                    if (bitsHeld == 8) Put8(bits), bits = 0, bitsHeld = 0;
-            }
-        }
-        if (bitsHeld > 0) Put8(bits << (8 - bitsHeld));
-        while ((bytes_.size() - start) % 4 != 0) Put8(0);
-    }
-
-    // Four pixels as they are, then runs of one pixel, then the end of the line. Rows of 4 pixels at least.
-    void WriteRunLengthRow(int y) {
-        Put16(0x0400);
-        for (int x = 0; x < 4; x += layout_.compression == 2 ? 2 : 1) {
-            Put8(static_cast<uint32_t>(layout_.compression == 2 ? Index(x, y) << 4 | Index(x + 1, y)
-                                                                : Index(x, y)));
-        }
-        for (int x = 4; x < width_; ++x) {
-            Put8(1), Put8(static_cast<uint32_t>(layout_.compression == 2 ? Index(x, y) << 4 : Index(x, y)));
-        }
-        Put16(0);
-    }
-
-    int width_, height_;
-    BmpLayout layout_;
-    Bytes bytes_;
-};
+// Four pixels as they are, then runs of one pixel, then the end of the line. Rows of 4 pixels at least.
+inline void PutRunLengthRow(Bytes &bytes, int width, int y, bool isRle4) {
+    const auto index = [&](int x) { return static_cast<uint32_t>(BmpColourIndex(x, y, 8)); };
+    Put(bytes, 0x0400, 2);
+    for (int x = 0; x < 4; x += isRle4 ? 2 : 1)
+        Put(bytes, isRle4 ? index(x) << 4 | index(x + 1) : index(x), 1);
+    for (int x = 4; x < width; ++x) Put(bytes, 1 | (isRle4 ? index(x) << 4 : index(x)) << 8, 2);
+    Put(bytes, 0, 2);
+}
 
 inline Bytes MakeBmp(int width, int height, const BmpLayout &layout = {}) {
-    return BmpWriter(width, height, layout).Write();
+    Bytes bytes = BmpHeaders(width, height, layout);
+    const bool isRunLength = layout.compression == 1 || layout.compression == 2;
+    for (int row = 0; row < height; ++row) {
+        const int y = layout.isTopDown ? row : height - 1 - row;
+        if (isRunLength) {
+            PutRunLengthRow(bytes, width, y, layout.compression == 2);
+        } else {
+            PutBmpRow(bytes, width, y, layout);
+        }
+    }
+    if (isRunLength) Put(bytes, 0x0100, 2);  // end of the bitmap
+    return bytes;
 }
 
 }  // namespace fenlight::test

@@ -113,10 +113,10 @@ TEST(PictureRender, ScalesCutsAndMirrors) {
     EXPECT_TRUE(SamePicture("doubled", Draw(picture.get(), 16, 12), doubled));
 
     // The lower right quarter, upside down, at (1, 2).
-    const Canvas canvas(8, 6, 0x5A5A5A);
+    const Canvas canvas(8, 6);
     EXPECT_EQ(picture->Render(canvas.Context(), 1, 2, 4, 3, width / 2, 0, width / 2, height / 2, nullptr),
               S_OK);
-    Picture quarter(8, 6, 0x5A5A5A);
+    Picture quarter(8, 6, Canvas::kGrey);
     for (int y = 0; y < 3; ++y) {
         for (int x = 0; x < 4; ++x) quarter.At(1 + x, 2 + y) = whole.At(4 + x, 5 - y);
     }
@@ -145,12 +145,12 @@ TEST(PictureFailures, NothingIsLeftBehindWhicheverOperationFails) {
     ForgetFailures();
     const PictureReference picture = LoadFromStream(bmp);
     for (const Operation operation : {Operation::Bitmap, Operation::Context}) {
-        const Canvas canvas(8, 6, 0x5A5A5A);
+        const Canvas canvas(8, 6);
         FailOnce(operation, 1);
         EXPECT_EQ(picture->Render(canvas.Context(), 0, 0, 8, 6, 0, 2646, 7938, -2646, nullptr),
                   E_OUTOFMEMORY);
         ForgetFailures();
-        EXPECT_TRUE(SamePicture("untouched", canvas.Shown(), Picture(8, 6, 0x5A5A5A)));
+        EXPECT_TRUE(SamePicture("untouched", canvas.Shown(), Picture(8, 6, Canvas::kGrey)));
         EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{1, 1}));
     }
     EXPECT_EQ(CountTaskBlocks(), 0);

@@ -2,7 +2,6 @@
 // The picture loader as a caller uses it.
 #pragma once
 
-#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -10,6 +9,7 @@
 #include "platform/graphics/screen_context.h"
 #include "platform/pictures/picture.h"
 #include "platform/pictures/picture_bytes.h"
+#include "platform/raster/pixel_view.h"
 #include "platform/system/handle_table.h"
 
 namespace fenlight::test {
@@ -35,41 +35,37 @@ inline PictureReference LoadFromStream(const Bytes &bytes) {
     return PictureReference(picture);
 }
 
-// A 32-bit context with direct access to its pixels, filled with one colour.
+inline Picture ShownBy(HDC context, int width, int height) {
+    Picture picture(width, height);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) picture.At(x, y) = platform::SwapRedBlue(GetPixel(context, x, y));
+    }
+    return picture;
+}
+
+// A context of the screen's format, grey all over.
 class Canvas {
   public:
-    Canvas(int width, int height, uint32_t fill = 0) : width_(width), height_(height) {
-        BITMAPINFO info{};
-        info.bmiHeader.biSize = sizeof info.bmiHeader;
-        info.bmiHeader.biWidth = width;
-        info.bmiHeader.biHeight = -height;
-        info.bmiHeader.biPlanes = 1;
-        info.bmiHeader.biBitCount = 32;
-        void *bits = nullptr;
-        bitmap_ = CreateDIBSection(0, &info, DIB_RGB_COLORS, &bits, 0, 0);
-        pixels_ = static_cast<uint32_t *>(bits);
-        std::fill_n(pixels_, static_cast<size_t>(width) * static_cast<size_t>(height), fill);
-        context_ = CreateCompatibleDC(0);
+    static constexpr uint32_t kGrey = 0x5A5A5A;
+
+    Canvas(int width, int height)
+        : width_(width),
+          height_(height),
+          bitmap_(CreateCompatibleBitmap(platform::ScreenContext(), width, height)),
+          context_(CreateCompatibleDC(0)) {
         SelectObject(context_, bitmap_);
+        for (int i = 0; i < width * height; ++i) SetPixel(context_, i % width, i / width, kGrey);
     }
     Canvas(const Canvas &) = delete;
     Canvas &operator=(const Canvas &) = delete;
-    ~Canvas() {
-        DeleteDC(context_);
-        DeleteObject(bitmap_);
-    }
+    ~Canvas() { DeleteDC(context_), DeleteObject(bitmap_); }
     HDC Context() const { return context_; }
-    Picture Shown() const {
-        Picture picture(width_, height_);
-        std::copy_n(pixels_, picture.pixels.size(), picture.pixels.begin());
-        return picture;
-    }
+    Picture Shown() const { return ShownBy(context_, width_, height_); }
 
   private:
     int width_, height_;
-    HBITMAP bitmap_ = 0;
-    HDC context_ = 0;
-    uint32_t *pixels_ = nullptr;
+    HBITMAP bitmap_;
+    HDC context_;
 };
 
 // Live contexts and bitmaps beyond the screen's own, which the first use of either makes.
@@ -96,7 +92,7 @@ inline Picture Draw(platform::IPicture *picture, int width, int height) {
     int32_t himetricHeight = 0;
     picture->get_Width(&himetricWidth);
     picture->get_Height(&himetricHeight);
-    const Canvas canvas(width, height, 0x5A5A5A);
+    const Canvas canvas(width, height);
     const HRESULT result = picture->Render(canvas.Context(), 0, 0, width, height, 0, himetricHeight,
                                            himetricWidth, -himetricHeight, nullptr);
     return result >= 0 ? canvas.Shown() : Picture();
