@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <latch>
 #include <random>
 #include <thread>
 #include <vector>
@@ -218,11 +219,13 @@ TEST(Transfers, AreNeverTorn) {
     constexpr int kSize = 64;
     const Canvas shared(kSize, kSize);
     std::atomic<int> torn{0};
+    std::latch start(3);
     const auto work = [&](COLORREF colour) {
         const Canvas own(kSize, kSize);
+        start.arrive_and_wait();
         const HBRUSH brush = CreateSolidBrush(colour);
         const RECT all{0, 0, kSize, kSize};
-        for (int round = 0; round < 300; ++round) {
+        for (int round = 0; round < 5000; ++round) {
             FillRect(shared.context, &all, brush);
             BitBlt(own.context, 0, 0, kSize, kSize, shared.context, 0, 0, SRCCOPY);
             const platform::SurfaceAccess access(own.context);
@@ -248,7 +251,7 @@ TEST(Contexts, SurviveDeletionByAnotherThreadInTheMiddleOfDrawing) {
     std::atomic<bool> isOver{false};
     const auto churn = [&](uint32_t seed) {
         std::mt19937 random(seed);
-        for (int round = 0; round < 6000; ++round) {
+        while (!isOver.load()) {
             const size_t place = random() % kShared;
             if (const HDC old = contexts[place].exchange(0)) DeleteDC(old);
             HBITMAP oldBitmap = bitmaps[place].load();
@@ -266,11 +269,11 @@ TEST(Contexts, SurviveDeletionByAnotherThreadInTheMiddleOfDrawing) {
         DibHeader dib(20, 20, 24);
         uint8_t bits[60 * 20] = {};
         const HPEN pen = CreatePen(PS_SOLID, 1, 5);
-        while (!isOver.load()) {
+        for (int transfers = 0; transfers < 5000;) {
             const HDC one = contexts[random() % kShared].load();
             const HDC other = contexts[random() % kShared].load();
             SetPixel(one, 3, 3, GetPixel(other, 2, 2));
-            BitBlt(one, 1, 2, 15, 15, other, 0, 0, SRCINVERT);
+            transfers += BitBlt(one, 1, 2, 15, 15, other, 0, 0, SRCINVERT);
             TransparentBlt(one, 0, 0, 9, 9, other, 3, 3, 9, 9, 0);
             SelectObject(one, pen);
             LineTo(one, 19, 7);
@@ -279,15 +282,13 @@ TEST(Contexts, SurviveDeletionByAnotherThreadInTheMiddleOfDrawing) {
             SetDIBitsToDevice(other, 0, 0, 20, 20, 0, 0, 0, 20, bits, dib.Info(), 0);
             platform::SurfaceAccess(one).SetPixel(1, 1, 1);
         }
+        isOver = true;
         return pen;
     };
-    HPEN pen = 0;
-    std::thread drawing([&] { pen = draw(); });
-    std::thread churning(churn, 1);
-    churn(2);
-    churning.join();
-    isOver = true;
-    drawing.join();
+    std::thread one(churn, 1), other(churn, 2);
+    const HPEN pen = draw();
+    one.join();
+    other.join();
     for (auto &context : contexts) DeleteDC(context);
     for (auto &bitmap : bitmaps) DeleteObject(bitmap);
     EXPECT_EQ(DeleteObject(pen), 1) << "every selection was counted back";
