@@ -1,6 +1,6 @@
 # The rooms of the house, from the ground up. Who may use whom stands here and nowhere else.
 fenlight_room(platform_system   platform/system   LIBS dl)
-fenlight_room(platform_raster   platform/raster)
+fenlight_room(platform_raster   platform/raster USES platform_system)
 fenlight_room(platform_graphics platform/graphics USES platform_raster platform_system)
 fenlight_room(platform_window   platform/window   USES platform_graphics platform_raster platform_system LIBS PkgConfig::SDL2)
 fenlight_room(platform_pictures platform/pictures USES platform_graphics platform_system LIBS PkgConfig::GDK_PIXBUF)
@@ -46,3 +46,5 @@ if(TARGET png_bench)
   target_link_libraries(png_bench PRIVATE lodepng)
 endif()
 fenlight_bench(sprites_bench  sprites)
+
+fenlight_fuzzer(png_fuzz png)

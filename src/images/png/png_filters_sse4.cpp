@@ -188,11 +188,11 @@ class PaethPairRun {
     using Pixels = Quad<layout>;
     static constexpr size_t kAhead = PixelBytes(layout);  // of the upper row before the lower
 
-    PaethPairRun(const PaethRows &rows, int first)
+    PaethPairRun(const PaethRows &rows, size_t first)
         : row_(rows.row + first * rows.pitch),
           lowerRow_(row_ + rows.pitch),
           previous_(first == 0 ? rows.previous : row_ - rows.pitch),
-          filtered_(rows.filtered + static_cast<size_t>(first) * (rows.rowBytes + 1)),
+          filtered_(rows.filtered + first * (rows.rowBytes + 1)),
           lowerFiltered_(filtered_ + rows.rowBytes + 1),
           rowBytes_(rows.rowBytes) {}
 
