@@ -36,6 +36,10 @@ void Squares(benchmark::internal::Benchmark *bench) {
     bench->Args({32, 32})->Args({256, 256})->Args({1920, 1080})->Apply(Repeat);
 }
 
+void Counts(benchmark::internal::Benchmark *bench) {
+    bench->Arg(10)->Arg(100)->Arg(300)->Arg(1000)->Arg(5000)->Apply(Repeat);
+}
+
 // A pitch as the platform's bitmaps have it: rows on 64 bytes, no multiple of 4096.
 ptrdiff_t PaddedPitch(int width, int bits) {
     ptrdiff_t pitch = ((width * bits + 7) / 8 + 63) / 64 * 64;
@@ -121,21 +125,26 @@ void Scale(benchmark::State &state) {
     CountPixels(state, targetWidth, targetHeight);
 }
 
-std::vector<RECT> RandomRectangles(int64_t count) {
+// `isMoving`: every other rectangle is the one before, moved by two pixels, as a sprite's old and new places
+// are.
+std::vector<RECT> RandomRectangles(int64_t count, bool isMoving) {
     std::mt19937 random(5);
     std::vector<RECT> rectangles;
+    LONG x = 0;
+    LONG y = 0;
     for (int64_t i = 0; i < count; ++i) {
-        const auto x = static_cast<LONG>(random() % (1024 - 32));
-        const auto y = static_cast<LONG>(random() % (768 - 32));
+        x = isMoving && i % 2 == 1 ? x + 2 : static_cast<LONG>(random() % (1024 - 34));
+        y = isMoving && i % 2 == 1 ? y + 1 : static_cast<LONG>(random() % (768 - 34));
         rectangles.push_back({x, y, x + 32, y + 32});
     }
     return rectangles;
 }
 
+template <bool kIsMoving>
 void UnionOfRectangles(benchmark::State &state) {
     Picture source(1024, 768, PixelFormat::Bgrx32);
     Picture target(1024, 768, PixelFormat::Bgrx32);
-    const std::vector<RECT> rectangles = RandomRectangles(state.range(0));
+    const std::vector<RECT> rectangles = RandomRectangles(state.range(0), kIsMoving);
     for (auto _ : state) {
         CopyUnion(target.view, source.view, rectangles, {});
         benchmark::ClobberMemory();
@@ -143,10 +152,11 @@ void UnionOfRectangles(benchmark::State &state) {
     CountPixels(state, 32, 32 * state.range(0));
 }
 
+template <bool kIsMoving>
 void EachRectangle(benchmark::State &state) {
     Picture source(1024, 768, PixelFormat::Bgrx32);
     Picture target(1024, 768, PixelFormat::Bgrx32);
-    const std::vector<RECT> rectangles = RandomRectangles(state.range(0));
+    const std::vector<RECT> rectangles = RandomRectangles(state.range(0), kIsMoving);
     for (auto _ : state) {
         for (const RECT &r : rectangles) {
             BlitBlock(target.view, &source.view, {r.left, r.top, 32, 32, r.left, r.top}, SRCCOPY, {});
@@ -165,8 +175,10 @@ BENCHMARK(Key<PixelFormat::Indexed8>)->Name("key8/ours")->Apply(Squares);
 BENCHMARK((Scale<2, 1>))->Name("double/ours")->Apply(Squares);
 BENCHMARK((Scale<1, 2>))->Name("half/ours")->Apply(Squares);
 BENCHMARK((Scale<7, 5>))->Name("sevenfifths/ours")->Apply(Squares);
-BENCHMARK(UnionOfRectangles)->Name("union/ours")->Arg(10)->Arg(100)->Arg(1000)->Arg(5000)->Apply(Repeat);
-BENCHMARK(EachRectangle)->Name("union/each")->Arg(10)->Arg(100)->Arg(1000)->Arg(5000)->Apply(Repeat);
+BENCHMARK(UnionOfRectangles<false>)->Name("union/ours")->Apply(Counts);
+BENCHMARK(EachRectangle<false>)->Name("union/each")->Apply(Counts);
+BENCHMARK(UnionOfRectangles<true>)->Name("movedunion/ours")->Apply(Counts);
+BENCHMARK(EachRectangle<true>)->Name("movedunion/each")->Apply(Counts);
 
 #if BENCH_SDL2
 enum class Form { Opaque, Key, KeyRle };

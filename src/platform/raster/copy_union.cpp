@@ -11,9 +11,12 @@
 #include "platform/raster/piece_writer.h"
 #include "platform/raster/raster.h"
 #include "platform/raster/row_kernels.h"
+#include "platform/system/failure_point.h"
 
 namespace fenlight::platform {
 namespace {
+
+constexpr int64_t kUnionPercent = 25;
 
 // The part of a rectangle at equal coordinates that both bitmaps have; empty: right <= left or bottom <= top.
 RECT ClipRectangle(const PixelView &target, const PixelView &source, const RECT &rectangle) {
@@ -30,7 +33,6 @@ bool IsEmpty(const RECT &rectangle) {
 struct Extent {
     RECT bounds{INT32_MAX, INT32_MAX, 0, 0};
     int64_t pixels = 0;
-    int64_t rows = 0;
 };
 
 Extent Measure(const PixelView &target, const PixelView &source, std::span<const RECT> rectangles) {
@@ -41,7 +43,6 @@ Extent Measure(const PixelView &target, const PixelView &source, std::span<const
         extent.bounds = {std::min(extent.bounds.left, part.left), std::min(extent.bounds.top, part.top),
                          std::max(extent.bounds.right, part.right),
                          std::max(extent.bounds.bottom, part.bottom)};
-        extent.rows += part.bottom - part.top;
         extent.pixels += int64_t{part.right - part.left} * (part.bottom - part.top);
     }
     return extent;
@@ -56,8 +57,10 @@ class PixelMarks {
           top_(bounds.top),
           wordsPerRow_((int64_t{bounds.right} - left_ + 63) / 64),
           rows_(bounds.bottom - bounds.top),
-          words_(static_cast<uint64_t *>(
-              std::calloc(static_cast<size_t>(wordsPerRow_ * rows_), sizeof(uint64_t)))) {}
+          words_(OperationFails(Operation::Memory)
+                     ? nullptr
+                     : static_cast<uint64_t *>(
+                           std::calloc(static_cast<size_t>(wordsPerRow_ * rows_), sizeof(uint64_t)))) {}
 
     bool IsValid() const { return words_ != nullptr; }
     int32_t Left() const { return left_; }
@@ -139,12 +142,12 @@ bool CopyEach(const PixelView &target, const PixelView &source, std::span<const 
     return isDone;
 }
 
-// Marking costs about as much as copying 16 pixels for each row of a rectangle and for each four words of the
-// bounds; how much of the copying it saves is not known before, so it must be cheap beside all of it.
+// Below this share of the bounds the rectangles hardly meet, and what is copied twice is still in the cache
+// then.
 bool IsUnionCheaper(const Extent &extent) {
-    const int64_t words = (int64_t{extent.bounds.right} - extent.bounds.left + 63) / 64 *
-                          (int64_t{extent.bounds.bottom} - extent.bounds.top);
-    return extent.pixels > 16 * extent.rows + 16 * words / 4;
+    const int64_t area = (int64_t{extent.bounds.right} - extent.bounds.left) *
+                         (int64_t{extent.bounds.bottom} - extent.bounds.top);
+    return extent.pixels > area * kUnionPercent / 100;
 }
 
 }  // namespace

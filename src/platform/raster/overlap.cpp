@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/system/failure_point.h"
+
 namespace fenlight::platform {
 namespace {
 
@@ -50,6 +52,7 @@ bool SourceCopy::Make(const PixelView &source, int32_t x, int32_t y, int32_t wid
     const int64_t bits = BitsPerPixel(source.format);
     const int64_t firstByte = x * bits / 8;
     const int64_t pitch = ((x + int64_t{width}) * bits + 7) / 8 - firstByte;
+    if (OperationFails(Operation::Memory)) return false;
     memory_.reset(static_cast<uint8_t *>(std::malloc(static_cast<size_t>(pitch * height))));
     if (memory_ == nullptr) return false;
     for (int32_t row = 0; row < height; ++row) {

@@ -23,7 +23,12 @@ bool PackRows(const PixelView &target, const PixelView &source, const Block &par
 
 bool PaintRows(const PixelView &target, const PixelView &source, const Block &part, WalkOrder order,
                uint32_t key) noexcept {
-    if (target.format != PixelFormat::Bgrx32 || order.isWithinRows) return false;
+    if (order.isWithinRows) return false;
+    if (target.format == PixelFormat::Bgr24 && source.format == PixelFormat::Bgr24) {
+        Kernels().key24(RowsOf(target, source, part, order), key);
+        return true;
+    }
+    if (target.format != PixelFormat::Bgrx32) return false;
     if (source.format == PixelFormat::Bgrx32) {
         Kernels().keyFrom32(RowsOf(target, source, part, order), key);
     } else if (source.format == PixelFormat::Bgr24) {

@@ -39,15 +39,25 @@ void KeyFrom32(const RowBlock &block, uint32_t key) {
     });
 }
 
-void KeyFrom24(const RowBlock &block, uint32_t key) {
-    KeyRows(block, key, [](const uint8_t *row, int64_t i) {
-        const uint8_t *pixel = row + 3 * i;
-        return pixel[0] | static_cast<uint32_t>(pixel[1]) << 8 | static_cast<uint32_t>(pixel[2]) << 16;
-    });
+uint32_t LoadTriple(const uint8_t *row, int64_t i) {
+    const uint8_t *pixel = row + 3 * i;
+    return pixel[0] | static_cast<uint32_t>(pixel[1]) << 8 | static_cast<uint32_t>(pixel[2]) << 16;
 }
+
+void KeyFrom24(const RowBlock &block, uint32_t key) { KeyRows(block, key, LoadTriple); }
 
 void KeyFrom8(const RowBlock &block, const uint32_t *palette, uint32_t key) {
     KeyRows(block, key, [palette](const uint8_t *row, int64_t i) { return palette[row[i]] & kColourBits; });
+}
+
+void Key24(const RowBlock &block, uint32_t key) {
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        for (int64_t i = 0; i < block.width; ++i) {
+            if (LoadTriple(source, i) != key) std::memcpy(target + 3 * i, source + 3 * i, 3);
+        }
+    }
 }
 
 void PackTo24(const RowBlock &block) {
@@ -111,8 +121,8 @@ KernelList FindKernels() {
 
 }  // namespace
 
-const RowKernels kPlainKernels{"plain",  CopyBytes, KeyFrom32, KeyFrom24,
-                               KeyFrom8, PackTo24,  Scale32,   CopyMarked32};
+const RowKernels kPlainKernels{"plain", CopyBytes, KeyFrom32, KeyFrom24,   KeyFrom8,
+                               Key24,   PackTo24,  Scale32,   CopyMarked32};
 
 std::span<const RowKernels *const> AvailableKernels() noexcept {
     static const KernelList list = FindKernels();

@@ -44,6 +44,8 @@ struct RowKernels {
     void (*keyFrom32)(const RowBlock &block, uint32_t key);
     void (*keyFrom24)(const RowBlock &block, uint32_t key);
     void (*keyFrom8)(const RowBlock &block, const uint32_t *palette, uint32_t key);
+    // Between 24-bit rows.
+    void (*key24)(const RowBlock &block, uint32_t key);
     // From 32-bit rows to 24-bit ones.
     void (*packTo24)(const RowBlock &block);
     void (*scale32)(const ScaledRows &rows);

@@ -43,6 +43,27 @@ void CopyBytes(const RowBlock &block) {
     }
 }
 
+__m256i Spread() {
+    return _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1,  //
+                            0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+}
+
+__m256i Close() {
+    return _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1,  //
+                            0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+}
+
+// 8 pixels of 24 bits as words. Two loads of 16 bytes, 12 bytes apart, end 4 bytes behind the pixels.
+__m256i LoadTriples(const uint8_t *source) {
+    return _mm256_shuffle_epi8(_mm256_set_m128i(LoadHalf(source + 12), LoadHalf(source)), Spread());
+}
+
+void Store12(uint8_t *bytes, __m128i value) {
+    _mm_storel_epi64(reinterpret_cast<__m128i *>(bytes), value);
+    const int last = _mm_extract_epi32(value, 2);
+    std::memcpy(bytes + 8, &last, sizeof last);
+}
+
 // A source has Load8 for 8 pixels, which may read kSpare pixels more, and Load1.
 template <bool kHasKey, typename Source>
 void KeyRows(const RowBlock &block, uint32_t key, Source pixels) {
@@ -86,12 +107,8 @@ struct Source32 {
 
 struct Source24 {
     static constexpr int kBytes = 3;
-    static constexpr int kSpare = 2;  // two loads of 16 bytes, 12 bytes apart, end 4 bytes behind the pixels
-    __m256i Load8(const uint8_t *source) const {
-        const __m256i spread = _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1,  //
-                                                0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
-        return _mm256_shuffle_epi8(_mm256_set_m128i(LoadHalf(source + 12), LoadHalf(source)), spread);
-    }
+    static constexpr int kSpare = 2;
+    __m256i Load8(const uint8_t *source) const { return LoadTriples(source); }
     uint32_t Load1(const uint8_t *source) const {
         return source[0] | static_cast<uint32_t>(source[1]) << 8 | static_cast<uint32_t>(source[2]) << 16;
     }
@@ -116,9 +133,29 @@ void KeyFrom8(const RowBlock &block, const uint32_t *palette, uint32_t key) {
     KeyBlock(block, key, Source8{palette});
 }
 
+void Key24(const RowBlock &block, uint32_t key) {
+    const __m256i keys = _mm256_set1_epi32(static_cast<int>(key));
+    const Source24 pixels;
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        int64_t i = 0;
+        for (; i + 8 + Source24::kSpare <= block.width; i += 8) {
+            const __m256i words = LoadTriples(source + 3 * i);
+            const __m256i isKey = _mm256_cmpeq_epi32(words, keys);
+            const __m256i mixed = _mm256_blendv_epi8(words, LoadTriples(target + 3 * i), isKey);
+            const __m256i packed = _mm256_shuffle_epi8(mixed, Close());
+            Store12(target + 3 * i, _mm256_castsi256_si128(packed));
+            Store12(target + 3 * i + 12, _mm256_extracti128_si256(packed, 1));
+        }
+        for (; i < block.width; ++i) {
+            if (pixels.Load1(source + 3 * i) != key) std::copy_n(source + 3 * i, 3, target + 3 * i);
+        }
+    }
+}
+
 void PackTo24(const RowBlock &block) {
-    const __m256i close = _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1,  //
-                                           0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+    const __m256i close = Close();
     for (int64_t row = 0; row < block.rows; ++row) {
         uint8_t *target = block.target + row * block.targetPitch;
         const uint8_t *source = block.source + row * block.sourcePitch;
@@ -221,8 +258,8 @@ void CopyMarked32(uint8_t *target, const uint8_t *source, std::span<const uint64
 
 }  // namespace
 
-extern const RowKernels kAvx2Kernels{"avx2",   CopyBytes, KeyFrom32, KeyFrom24,
-                                     KeyFrom8, PackTo24,  Scale32,   CopyMarked32};
+extern const RowKernels kAvx2Kernels{"avx2", CopyBytes, KeyFrom32, KeyFrom24,   KeyFrom8,
+                                     Key24,  PackTo24,  Scale32,   CopyMarked32};
 
 }  // namespace fenlight::platform
 #endif

@@ -23,6 +23,22 @@ __mmask16 FirstPixels(int64_t count) {
     return static_cast<__mmask16>(_bzhi_u32(0xFFFF, static_cast<unsigned>(count)));
 }
 
+// Places of bytes for permutations.
+struct alignas(64) Places {
+    uint8_t bytes[64];
+    template <typename PlaceOf>
+    constexpr explicit Places(PlaceOf placeOf) : bytes{} {
+        for (int i = 0; i < 64; ++i) bytes[i] = static_cast<uint8_t>(placeOf(i));
+    }
+    __m512i Load() const { return _mm512_load_si512(bytes); }
+};
+
+// Bytes 3i, 3i + 1, 3i + 2 and an empty one for each pixel, and back again.
+constexpr Places kSpread{[](int i) { return i / 4 * 3 + i % 4; }};
+constexpr Places kClose{[](int i) { return (i / 3 * 4 + i % 3) % 64; }};
+constexpr Places kEveryFourth{[](int i) { return 4 * i % 128; }};
+constexpr __mmask64 kColourBytes = 0x7777777777777777;
+
 void CopyRow(uint8_t *target, const uint8_t *source, int64_t bytes) {
     int64_t i = 0;
     for (; i + 256 <= bytes; i += 256) {
@@ -85,23 +101,37 @@ void KeyFrom32(const RowBlock &block, uint32_t key) {
 }
 
 void KeyFrom24(const RowBlock &block, uint32_t key) {
-    // Bytes 3i, 3i + 1, 3i + 2 and an empty one for each pixel.
-    alignas(64) uint8_t places[64];
-    for (int i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>(i / 4 * 3 + i % 4);
-    const __m512i spread = _mm512_load_si512(places);
+    const __m512i spread = kSpread.Load();
     KeyRows<3>(block, key, [spread](const uint8_t *source, int64_t count) {
         const __m512i packed = _mm512_maskz_loadu_epi8(FirstBytes(3 * count), source);
-        return _mm512_maskz_permutexvar_epi8(0x7777777777777777ull, spread, packed);
+        return _mm512_maskz_permutexvar_epi8(kColourBytes, spread, packed);
     });
+}
+
+// Between 24-bit rows: the mask of pixels becomes one of bytes.
+void Key24(const RowBlock &block, uint32_t key) {
+    const __m512i spread = kSpread.Load();
+    const __m512i close = kClose.Load();
+    const __m512i keys = _mm512_set1_epi32(static_cast<int>(key));
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        for (int64_t i = 0; i < block.width; i += 16) {
+            const __mmask64 inside = FirstBytes(3 * std::min<int64_t>(block.width - i, 16));
+            const __m512i packed = _mm512_maskz_loadu_epi8(inside, source + 3 * i);
+            const __m512i words = _mm512_maskz_permutexvar_epi8(kColourBytes, spread, packed);
+            const __m512i opaque = _mm512_movm_epi32(_mm512_cmpneq_epi32_mask(words, keys));
+            const __mmask64 bytes = _mm512_movepi8_mask(_mm512_permutexvar_epi8(close, opaque));
+            _mm512_mask_storeu_epi8(target + 3 * i, bytes & inside, packed);
+        }
+    }
 }
 
 // A palette as three tables of bytes in registers: looked up by permutations, 64 pixels at a time.
 class PalettePlanes {
   public:
     explicit PalettePlanes(const uint32_t *palette) {
-        alignas(64) uint8_t places[64];
-        for (int i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>(4 * i % 128);
-        const __m512i everyFourth = _mm512_load_si512(places);
+        const __m512i everyFourth = kEveryFourth.Load();
         for (int plane = 0; plane < 3; ++plane) {
             const __m512i bytes = _mm512_add_epi8(everyFourth, _mm512_set1_epi8(static_cast<char>(plane)));
             for (int part = 0; part < 4; ++part) planes_[plane][part] = BytesOf(palette + 64 * part, bytes);
@@ -169,9 +199,7 @@ void KeyFrom8(const RowBlock &block, const uint32_t *palette, uint32_t key) {
 }
 
 void PackTo24(const RowBlock &block) {
-    alignas(64) uint8_t places[64];
-    for (int i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>((i / 3 * 4 + i % 3) % 64);
-    const __m512i close = _mm512_load_si512(places);
+    const __m512i close = kClose.Load();
     for (int64_t row = 0; row < block.rows; ++row) {
         uint8_t *target = block.target + row * block.targetPitch;
         const uint8_t *source = block.source + row * block.sourcePitch;
@@ -262,26 +290,31 @@ void Scale32(const ScaledRows &rows) {
     ScaleRows<0>(rows);
 }
 
+// The 64 pixels of one word. Masked stores of nothing are not free.
+void CopyWord(uint8_t *target, const uint8_t *source, uint64_t word) {
+    for (int q = 0; q < 4; ++q) {
+        const auto mask = static_cast<__mmask16>(word >> (16 * q));
+        if (mask == 0) continue;
+        _mm512_mask_storeu_epi32(target + 64 * q, mask, _mm512_maskz_loadu_epi32(mask, source + 64 * q));
+    }
+}
+
 void CopyMarked32(uint8_t *target, const uint8_t *source, std::span<const uint64_t> marks) {
-    for (const uint64_t word : marks) {
-        if (word == ~0ull) {
-            CopyRow(target, source, 256);
-        } else if (word != 0) {
-            for (int q = 0; q < 4; ++q) {
-                const auto mask = static_cast<__mmask16>(word >> (16 * q));
-                _mm512_mask_storeu_epi32(target + 64 * q, mask,
-                                         _mm512_maskz_loadu_epi32(mask, source + 64 * q));
-            }
+    for (size_t i = 0; i < marks.size(); i += 8) {
+        const auto inside = static_cast<__mmask8>(
+            _bzhi_u32(0xFF, static_cast<unsigned>(std::min<size_t>(marks.size() - i, 8))));
+        const __m512i words = _mm512_maskz_loadu_epi64(inside, marks.data() + i);
+        for (unsigned open = _mm512_test_epi64_mask(words, words); open != 0; open = _blsr_u32(open)) {
+            const size_t place = i + _tzcnt_u32(open);
+            CopyWord(target + 256 * place, source + 256 * place, marks[place]);
         }
-        target += 256;
-        source += 256;
     }
 }
 
 }  // namespace
 
-extern const RowKernels kAvx512Kernels{"avx512", CopyBytes, KeyFrom32, KeyFrom24,
-                                       KeyFrom8, PackTo24,  Scale32,   CopyMarked32};
+extern const RowKernels kAvx512Kernels{"avx512", CopyBytes, KeyFrom32, KeyFrom24,   KeyFrom8,
+                                       Key24,    PackTo24,  Scale32,   CopyMarked32};
 
 }  // namespace fenlight::platform
 #endif

@@ -103,15 +103,22 @@ TEST_P(RowKernelsTest, LeaveOutKeyPixelsAndTouchNothingElse) {
                 PutWord(target, i, word, key);
             });
         });
-        ForEachCase(3, 4, [&](Rows &rows) {
-            for (size_t i = 0; i + 12 <= rows.source.size(); i += 12)
-                std::memset(&rows.source[i], i % 24 == 0 ? 0xFF : 0, 7);
-            const auto run = [&](const RowBlock &block) { GetParam()->keyFrom24(block, key); };
-            Check(rows, run, [&](uint8_t *target, const uint8_t *source, int64_t i) {
-                PutWord(target, i, source[3 * i] + source[3 * i + 1] * 256u + source[3 * i + 2] * 65536u,
-                        key);
+        for (const int targetBytes : {3, 4}) {
+            ForEachCase(3, targetBytes, [&](Rows &rows) {
+                for (size_t i = 0; i + 12 <= rows.source.size(); i += 12) {
+                    std::memset(&rows.source[i], i % 24 == 0 ? 0xFF : 0, 7);
+                }
+                const auto run = targetBytes == 3 ? GetParam()->key24 : GetParam()->keyFrom24;
+                Check(
+                    rows, [&](const RowBlock &block) { run(block, key); },
+                    [&](uint8_t *target, const uint8_t *source, int64_t i) {
+                        const uint32_t word =
+                            source[3 * i] + source[3 * i + 1] * 256u + source[3 * i + 2] * 65536u;
+                        if (word != key)
+                            std::memcpy(target + targetBytes * i, &word, static_cast<size_t>(targetBytes));
+                    });
             });
-        });
+        }
         ForEachCase(1, 4, [&](Rows &rows) {
             for (size_t i = 0; i < rows.source.size(); i += 2) rows.source[i] = static_cast<uint8_t>(i * 37);
             const auto run = [&](const RowBlock &block) { GetParam()->keyFrom8(block, palette.data(), key); };

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "platform/raster/model.h"
+#include "platform/system/failure_point.h"
 
 namespace fenlight::test {
 namespace {
@@ -319,6 +320,26 @@ TEST(CopyUnion, CopiesEachPixelOfAnyRectangleAndNoOther) {
             }
         }
     }
+}
+
+TEST(Transfers, WithoutMemoryEitherDoWithoutItOrFailAndChangeNothing) {
+    std::mt19937 random(20);
+    Bitmap bitmap(PixelFormat::Bgrx32, 40, 9, random);
+    PixelView mirrored = bitmap.View();
+    mirrored.topRow = mirrored.Row(8);
+    mirrored.pitch = -mirrored.pitch;
+    Bitmap target(PixelFormat::Bgrx32, 40, 9, random);
+    const std::vector<uint8_t> before = bitmap.Bytes();
+    const std::vector<RECT> rectangles(5, RECT{3, 1, 33, 8});
+    platform::FailFrom(platform::Operation::Memory, 1);
+    EXPECT_FALSE(BlitBlock(bitmap.View(), &mirrored, {0, 0, 40, 9, 1, 0}, SRCCOPY, {}));
+    EXPECT_FALSE(StretchBlock(bitmap.View(), &mirrored, {0, 0, 40, 9, 0, 0, 30, 5}, SRCCOPY, {}));
+    EXPECT_FALSE(KeyedBlock(bitmap.View(), mirrored, {0, 0, 40, 9, 0, 0, 30, 5}, 0, {}));
+    EXPECT_EQ(bitmap.Bytes(), before);
+    ExpectLikeModel(target, bitmap.View(), {3, 1, 30, 7, 3, 1, 30, 7}, SRCCOPY, {}, {},
+                    [&] { return CopyUnion(target.View(), bitmap.View(), rectangles, {}); });
+    EXPECT_EQ(platform::CountOperations(platform::Operation::Memory), 4);
+    platform::ForgetFailures();
 }
 
 TEST(Pixels, ReadWriteAndMatchInEveryFormat) {
