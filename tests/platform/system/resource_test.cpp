@@ -80,6 +80,10 @@ TEST(Resources, BelongToTheirModuleAlone) {
     EXPECT_EQ(Found(module.Handle(), "OF THE \"MODULE\"", "image"), BytesOf("program.bin"));
     EXPECT_EQ(Found(0, "of the \"module\"", "image"), "none");
     EXPECT_EQ(Found(module.Handle(), "#101", "image"), "none");
+    EXPECT_NE(dlsym(reinterpret_cast<void *>(module.Handle()), "fenlight_resource_n494d414745_n42454c4f57"),
+              nullptr)
+        << "the module's library is there, so that the next line can go wrong";
+    EXPECT_EQ(Found(module.Handle(), "below", "image"), "none");
     // The C library exports thousands of symbols and holds no resource.
     void *library = dlopen("libc.so.6", RTLD_NOW | RTLD_NOLOAD);
     ASSERT_NE(library, nullptr);

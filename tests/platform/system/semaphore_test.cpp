@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Zlib
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -29,6 +30,7 @@ pid_t ForkHolder(Act act) {
     EXPECT_EQ(pipe(ends), 0);
     const pid_t child = fork();
     if (child == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);  // not to hold the lock for good if the test itself dies
         const char answer = act() ? 'y' : 'n';
         (void)!write(ends[1], &answer, 1);
         for (;;) pause();

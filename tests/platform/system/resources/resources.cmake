@@ -6,6 +6,11 @@ fenlight_add_resources(system_test 2 "#007" ${HERE}/program.bin)
 
 add_library(resource_module MODULE)
 fenlight_add_resources(resource_module IMAGE "FIGURE 1/ä" ${HERE}/module.bin "of the \"module\"" ${HERE}/program.bin)
+# What the module depends on has a resource too, which is not the module's.
+add_library(resource_library SHARED)
+fenlight_add_resources(resource_library IMAGE below ${HERE}/program.bin)
+target_link_libraries(resource_module PRIVATE resource_library)
+target_link_options(resource_module PRIVATE LINKER:--no-as-needed)
 add_dependencies(system_test resource_module)
 target_compile_definitions(system_test PRIVATE FENLIGHT_RESOURCE_MODULE="$<TARGET_FILE:resource_module>"
   FENLIGHT_RESOURCE_FILES="${HERE}")
