@@ -12,6 +12,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <thread>
 
 extern char **environ;
@@ -21,14 +23,15 @@ namespace {
 
 constexpr long long kDeadlineMs = 30'000;
 
-// The exit code as the shell has it; -1 if there is no shell.
+// The exit code as the shell has it. The output goes through a file and not through a pipe: SDL's message box
+// forks, and its child would hold a pipe open that was being made at that moment.
 int RunCommand(const std::string &command, std::string &output) {
-    std::FILE *pipe = popen(command.c_str(), "re");
-    if (pipe == nullptr) return -1;
-    char buffer[65536];
-    for (size_t size = 0; (size = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-        output.append(buffer, size);
-    const int status = pclose(pipe);
+    std::filesystem::create_directories(FENLIGHT_TEST_OUTPUT);
+    const std::string path = std::string(FENLIGHT_TEST_OUTPUT "/window-output-") + std::to_string(getpid());
+    const int status = std::system(("{ " + command + "; } >" + path).c_str());
+    std::ifstream file(path, std::ios::binary);
+    output.assign(std::istreambuf_iterator<char>(file), {});
+    std::filesystem::remove(path);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
