@@ -22,10 +22,14 @@ class ImageSlots : public ::testing::Test {
     void SetUp() override { EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0})); }
     void TearDown() override {
         FreeAllImages();
+        EXPECT_EQ(platform::CountHandles(platform::HandleKind::Brush), brushes_);
         EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0}));
         EXPECT_EQ(ImageDCTable.back(), 3u);
         EXPECT_EQ(ImageBitmapTable.back(), 3u);
     }
+
+  private:
+    int brushes_ = platform::CountHandles(platform::HandleKind::Brush);
 };
 
 TEST_F(ImageSlots, FullTableRefusesTheNextImageAndKeepsAllOthers) {
