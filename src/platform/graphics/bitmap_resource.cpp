@@ -31,13 +31,8 @@ PackedBitmap Unwrap(std::span<const uint8_t> bytes) {
     return {bytes.subspan(kFileHeaderBytes), offset > kFileHeaderBytes ? offset - kFileHeaderBytes : 0};
 }
 
-bool ReadCheckedLayout(std::span<const uint8_t> bytes, DibLayout &layout) {
-    if (bytes.size() < sizeof(BITMAPINFOHEADER) || !ReadDibLayout(bytes.data(), layout)) return false;
-    const size_t tableBytes = static_cast<size_t>(layout.colours) * sizeof(RGBQUAD);
-    return bytes.size() >= layout.headerBytes + tableBytes;
-}
-
-// The rows of the picture in the order of memory, empty where the bytes end too early.
+// The rows of the picture in the order of memory, empty where the bytes end too early. Where they do not, the
+// colour table is there too.
 std::span<const uint8_t> FindRows(const PackedBitmap &packed, const DibLayout &layout) {
     const size_t behindTable = layout.headerBytes + static_cast<size_t>(layout.colours) * sizeof(RGBQUAD);
     const size_t start = packed.bitsOffset != 0 ? packed.bitsOffset : behindTable;
@@ -73,7 +68,8 @@ std::span<const uint8_t> FindBitmapResource(HINSTANCE module, const char *name) 
 Picture ReadBitmapResource(std::span<const uint8_t> bytes) noexcept {
     const PackedBitmap packed = Unwrap(bytes);
     DibLayout layout;
-    if (!ReadCheckedLayout(packed.bytes, layout)) return {};
+    if (packed.bytes.size() < sizeof(BITMAPINFOHEADER)) return {};
+    if (!ReadDibLayout(packed.bytes.data(), layout)) return {};
     const std::span<const uint8_t> rows = FindRows(packed, layout);
     if (rows.empty()) return {};
     const Palette palette = ReadColourTable(packed.bytes.data(), layout);

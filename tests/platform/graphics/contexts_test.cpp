@@ -241,6 +241,39 @@ TEST(Transfers, AreNeverTorn) {
     EXPECT_EQ(torn.load(), 0);
 }
 
+// A thread that waits to draw must not draw on a bitmap that has left the context in the meantime.
+TEST(Contexts, LeaveABitmapAloneOnceItIsReplaced) {
+    constexpr int kSize = 128;
+    const Canvas canvas(kSize, kSize);
+    const HBITMAP other = CreateCompatibleBitmap(ScreenContext(), kSize, kSize);
+    std::atomic<bool> isOver{false};
+    const auto paint = [&](COLORREF colour) {
+        const HBRUSH brush = CreateSolidBrush(colour);
+        const RECT all{0, 0, kSize, kSize};
+        while (!isOver.load()) FillRect(canvas.context, &all, brush);
+        DeleteObject(brush);
+    };
+    std::thread one(paint, 0x0000FF), two(paint, 0xFF0000);
+    const auto firstPixel = [&] {
+        DibHeader dib(1, 1, 24);
+        uint8_t pixel[4];
+        GetDIBits(canvas.context, canvas.bitmap, 0, 1, pixel, dib.Info(), DIB_RGB_COLORS);
+        return pixel[0] | pixel[2] << 16;
+    };
+    int changes = 0;
+    for (int round = 0; round < 2000; ++round) {
+        SelectObject(canvas.context, other);
+        const int before = firstPixel();
+        for (int look = 0; look < 60; ++look) changes += firstPixel() != before;
+        SelectObject(canvas.context, canvas.bitmap);
+    }
+    isOver = true;
+    one.join();
+    two.join();
+    EXPECT_EQ(changes, 0);
+    EXPECT_EQ(DeleteObject(other), 1);
+}
+
 // Two threads make, select, draw and delete over one small table of handles; a third only draws. What counts
 // is that nothing crashes, hangs, leaks or races.
 TEST(Contexts, SurviveDeletionByAnotherThreadInTheMiddleOfDrawing) {
