@@ -4,6 +4,7 @@
 #include <new>
 
 #include "fenlight/platform/system.h"
+#include "sprites/line_path.h"
 #include "sprites/sprite_thread.h"
 #include "sprites/waypoint_table.h"
 
@@ -46,6 +47,7 @@ SpriteRecord *DuplicateRecord(const SpriteRecord &source) noexcept {
     SpriteRecord *copy = AllocateRecord();
     if (copy == nullptr) return nullptr;
     CopyWords(source, *copy);
+    CopyLinePath(source, *copy);  // once more, whole: the thread may have been at work on it
     copy->Next = 0;
     copy->Self = HandleOf(copy);
     if (CopyWaypointTable(source, *copy)) return copy;

@@ -40,17 +40,18 @@ inline Words WordsOf(const SpriteRecord &record) {
     return words;
 }
 
-// Runs `call` with 0, 1, ... on a caller's thread and `stage` on this one until the caller is done. How often
-// `stage` was true.
+// Runs `call` with 0, 1, ... on a caller's thread beside `stage` on this one, each at least so many times: on
+// a busy machine either may have to wait for its turn. How often `stage` was true.
 template <class Call, class Stage>
-int32_t CountBeside(int32_t calls, Call call, Stage stage) {
+int32_t CountBeside(int32_t rounds, Call call, Stage stage) {
     std::atomic<bool> isDone{false};
+    std::atomic<int32_t> stages{0};
     std::thread caller([&] {
-        for (int32_t number = 0; number < calls; ++number) call(number);
+        for (int32_t round = 0; round < rounds || stages < rounds; ++round) call(round);
         isDone = true;
     });
     int32_t count = 0;
-    while (!isDone) count += stage() ? 1 : 0;
+    for (; !isDone; stages.fetch_add(1, std::memory_order_relaxed)) count += stage() ? 1 : 0;
     caller.join();
     return count;
 }

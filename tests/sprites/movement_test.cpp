@@ -254,7 +254,7 @@ TEST(SteeringFunctions, ChangeACageInOneStep) {
         sprite.X = sprite.Y = 50;
         return isElsewhere;
     };
-    EXPECT_EQ(CountBeside(50000, change, hasJumped), 0);
+    EXPECT_EQ(CountBeside(3000000, change, hasJumped), 0);
 }
 
 }  // namespace

@@ -138,7 +138,7 @@ TEST(WaypointTable, IsReplacedWholeBesideARunningThread) {
         sprite.TargetX = sprite.TargetY = 0;
         return target != Point{0, 0};
     };
-    EXPECT_EQ(CountBeside(20000, replace, isMixture), 0);
+    EXPECT_EQ(CountBeside(100000, replace, isMixture), 0);
 }
 
 }  // namespace
