@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "images/png/png_filters.h"
+#include "images/png/png_rows.h"
 #include "png_stream.h"
 
 namespace fenlight {
@@ -48,6 +49,60 @@ TEST(PngFormats, EveryKindSizeAndFilterGivesTheSamplesEncoded) {
                 ExpectLoads(picture, isInterlaced, test::RandomFilters(height, random));
                 for (uint8_t filter = 0; filter < 5 && width > 9; ++filter)
                     ExpectLoads(picture, isInterlaced, Bytes(height, filter));
+                if (HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
+platform::PixelFormat FormatOf(int bitCount) {
+    using enum platform::PixelFormat;
+    return bitCount == 1    ? Indexed1
+           : bitCount == 4  ? Indexed4
+           : bitCount == 8  ? Indexed8
+           : bitCount == 24 ? Bgr24
+                            : Bgrx32;
+}
+
+// Into memory that is not clear, with guard rows above and below.
+void ExpectStores(const RandomPicture &picture, bool isInterlaced, const FilterKernels &kernels,
+                  std::mt19937 &random) {
+    const Bytes stream = picture.Encode(isInterlaced, test::RandomFilters(picture.height, random));
+    PngContext context;
+    PngLoaderInit(&context);
+    ASSERT_EQ(PngLoaderLoadMemory(&context, stream.data(), static_cast<uint32_t>(stream.size())), 1);
+    ASSERT_EQ(PngLoaderDecode(&context), 1);
+    const PngFormat &format = *FindPngFormat(context.colourType, context.bitDepth);
+    const size_t pitch = BitmapPitch(format, context.width), size = pitch * context.height;
+    Bytes memory(size + 2 * pitch, 0xFF);
+    ASSERT_EQ(StoreRows(context, format, {&memory[pitch], pitch}, kernels), RowsResult::Done);
+    const platform::PixelView view = {&memory[pitch], static_cast<ptrdiff_t>(pitch),
+                                      static_cast<int32_t>(picture.width),
+                                      static_cast<int32_t>(picture.height), FormatOf(picture.kind.bitCount)};
+    for (unsigned i = 0; i < picture.width * picture.height; ++i) {
+        const unsigned x = i % picture.width, y = i / picture.width;
+        ASSERT_EQ(test::ReadValue(view, static_cast<int>(x), static_cast<int>(y)), picture.Value(x, y))
+            << x << ", " << y;
+    }
+    EXPECT_EQ(
+        static_cast<size_t>(std::count(memory.begin(), memory.begin() + static_cast<ptrdiff_t>(pitch), 0xFF)),
+        pitch);
+    EXPECT_EQ(
+        static_cast<size_t>(std::count(memory.end() - static_cast<ptrdiff_t>(pitch), memory.end(), 0xFF)),
+        pitch);
+    PngLoaderCleanup(&context);
+}
+
+TEST(PngFormats, RowsAreStoredWholeWhateverTheTargetHeldAndNotBeyondIt) {
+    std::mt19937 random(24);
+    for (const FilterKernels *kernels : UsableFilterKernels()) {
+        for (const test::PngKind &kind : test::kPngKinds) {
+            for (const unsigned width : {1u, 13u, 64u}) {
+                const RandomPicture picture(kind, width, 19, random);
+                SCOPED_TRACE(std::string(kernels->name) + " type" + std::to_string(kind.type) + " depth" +
+                             std::to_string(kind.depth));
+                ExpectStores(picture, false, *kernels, random);
+                ExpectStores(picture, true, *kernels, random);
                 if (HasFatalFailure()) return;
             }
         }

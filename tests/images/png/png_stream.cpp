@@ -115,7 +115,7 @@ Bytes Deflate(const Bytes &raw, int level, int strategy) {
     return packed;
 }
 
-static uint32_t ReadValue(const platform::PixelView &view, int x, int y) {
+uint32_t ReadValue(const platform::PixelView &view, int x, int y) {
     const uint8_t *const row = view.Row(y);
     switch (platform::BitsPerPixel(view.format)) {
         case 1:

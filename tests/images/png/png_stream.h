@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "images/png/png_decoder.h"
+#include "platform/raster/pixel_view.h"
 #include "support/picture_check.h"
 
 namespace fenlight::test {
@@ -61,6 +62,8 @@ struct LoadResult {
     std::vector<uint32_t> palette;
 };
 LoadResult LoadPng(const Bytes &stream);
+// A pixel as it stands in memory: an index, or blue, green, red, alpha from the low byte on.
+uint32_t ReadValue(const platform::PixelView &view, int x, int y);
 // The pixels of a live bitmap, which is deleted.
 void TakeBitmap(HBITMAP bitmap, LoadResult &result);
 // The colours that the bitmap shows.
