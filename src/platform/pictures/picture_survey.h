@@ -13,17 +13,19 @@
 
 namespace fenlight::platform {
 
-enum class PictureFormat : uint8_t { Bmp, Jpeg, Gif, Icon, Tiff, Tga, WebP };
+enum class PictureFormat : uint8_t { Bmp, Jpeg, Gif, Icon, PngIcon, Tiff, Tga, WebP };
 
 struct PictureSurvey {
     PictureFormat format = PictureFormat::Bmp;
-    // Pixels; for an icon the largest of its pictures, as the decoder chooses.
+    // Pixels; for an icon those of its largest picture.
     uint32_t width = 0;
     uint32_t height = 0;
     // Pixels per inch as stored, 96 where the file stores none.
     uint32_t dpiX = 96;
     uint32_t dpiY = 96;
-    // The decoder needs these first bytes only: the rest of a GIF is its further frames.
+    // The part of the data that the decoder needs: of a GIF all before the second frame, of an icon whose
+    // largest picture is a PNG stream that stream.
+    size_t firstByte = 0;
     size_t usedBytes = 0;
 };
 

@@ -10,7 +10,9 @@
 namespace fenlight::platform {
 namespace {
 
-// Small portions, so that a picture that turns out other than announced is dropped before the rest is read.
+// Small portions until the decoder tells the size, so that a picture that turns out other than announced is
+// dropped before the rest is read. Then all of it: several decoders draw the whole picture anew after each
+// portion (a GIF of 640 x 480 took 280 ms in portions, 10 ms in one).
 constexpr size_t kPortion = 4096;
 
 struct ObjectRelease {
@@ -31,6 +33,8 @@ const char *LoaderType(PictureFormat format) {
             return "ico";
         case PictureFormat::Tiff:
             return "tiff";
+        case PictureFormat::PngIcon:
+            return "png";
         case PictureFormat::Tga:
             return "tga";
         default:
@@ -40,19 +44,21 @@ const char *LoaderType(PictureFormat format) {
 
 struct Announced {
     uint64_t maxPixels;
+    bool isConfirmed = false;
     bool isExceeded = false;
 };
 
 void CheckSize(GdkPixbufLoader *loader, int width, int height, gpointer announced) {
     auto *size = static_cast<Announced *>(announced);
-    if (width > 0 && height > 0 && uint64_t(width) * uint64_t(height) <= size->maxPixels) return;
+    size->isConfirmed = width > 0 && height > 0 && uint64_t(width) * uint64_t(height) <= size->maxPixels;
+    if (size->isConfirmed) return;
     size->isExceeded = true;
     gdk_pixbuf_loader_set_size(loader, 0, 0);
 }
 
 bool WritePortions(GdkPixbufLoader *loader, std::span<const uint8_t> data, const Announced &announced) {
     while (!data.empty() && !announced.isExceeded) {
-        const size_t count = std::min(kPortion, data.size());
+        const size_t count = announced.isConfirmed ? data.size() : std::min(kPortion, data.size());
         if (!gdk_pixbuf_loader_write(loader, data.data(), count, nullptr)) return false;
         data = data.subspan(count);
     }
@@ -65,7 +71,7 @@ GdkPixbuf *Decode(std::span<const uint8_t> data, const PictureSurvey &survey) {
     if (!loader) return nullptr;
     Announced announced{.maxPixels = uint64_t{survey.width} * survey.height};
     g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(CheckSize), &announced);
-    bool isWhole = WritePortions(loader.get(), data.first(survey.usedBytes), announced);
+    bool isWhole = WritePortions(loader.get(), data.subspan(survey.firstByte, survey.usedBytes), announced);
     if (isWhole && survey.format == PictureFormat::Gif) {
         constexpr uint8_t kTrailer = 0x3B;  // in the place of the further frames
         isWhole = gdk_pixbuf_loader_write(loader.get(), &kTrailer, 1, nullptr);

@@ -87,6 +87,10 @@ constexpr uint32_t kMaxIconSide = 1024;
 bool SurveyIconEntry(const FileBytes &file, uint64_t at, uint64_t size, PictureSurvey &entry) {
     if (!file.Holds(at, size)) return false;
     if (file.StartsWith("\x89PNG", 4, at)) {
+        // The icon decoder passes such a picture over, so it goes to a decoder of its own.
+        entry.format = PictureFormat::PngIcon;
+        entry.firstByte = static_cast<size_t>(at);
+        entry.usedBytes = static_cast<size_t>(size);
         // Big-endian sizes whose upper halves must be 0.
         if (size < 33 || file.U16(at + 16) != 0 || file.U16(at + 20) != 0) return false;
         entry.width = file.U8(at + 18) << 8 | file.U8(at + 19);
@@ -110,16 +114,14 @@ bool SurveyIconEntry(const FileBytes &file, uint64_t at, uint64_t size, PictureS
 }  // namespace
 
 bool SurveyIcon(const FileBytes &file, PictureSurvey &survey) noexcept {
+    const PictureSurvey wholeFile = survey;
     const uint32_t count = file.U16(4);
     if (!file.Holds(6, uint64_t{count} * 16)) return false;
     for (uint32_t i = 0; i < count; ++i) {
         const uint64_t at = 6 + uint64_t{i} * 16;
-        PictureSurvey entry;
+        PictureSurvey entry = wholeFile;
         if (!SurveyIconEntry(file, file.U32(at + 12), file.U32(at + 8), entry)) return false;
-        if (PixelCount(entry) > PixelCount(survey)) {
-            survey.width = entry.width;
-            survey.height = entry.height;
-        }
+        if (PixelCount(entry) > PixelCount(survey)) survey = entry;
     }
     return true;
 }

@@ -60,9 +60,25 @@ TEST(PictureFormats, SamplesShowTheOnePictureAndTransparentPartsInWhite) {
         const PictureReference picture = LoadFromStream(ReadSample(test.name));
         EXPECT_TRUE(SamePicture(test.name, Draw(picture.get(), 7, 5), SamplePicture(test.yellow)));
     }
+    // WebP only where its decoder is installed.
+    if (const PictureReference webp = LoadFromStream(ReadSample("sample.webp"))) {
+        EXPECT_TRUE(SamePicture("webp", Draw(webp.get(), 7, 5), SamplePicture(kWhite)));
+    }
     Bytes cursor = ReadSample("sample.ico");
     cursor[2] = 2;
     EXPECT_TRUE(SamePicture("cur", Draw(LoadFromStream(cursor).get(), 7, 5), SamplePicture(kWhite)));
+
+    Bytes pngIcon = {0, 0, 1, 0, 1, 0, 7, 5, 0, 0, 1, 0, 32, 0};
+    const Bytes png = ReadSample("sample.png");
+    Put(pngIcon, static_cast<uint32_t>(png.size()), 4);
+    Put(pngIcon, 22, 4);
+    pngIcon.insert(pngIcon.end(), png.begin(), png.end());
+    EXPECT_TRUE(SamePicture("png-ico", Draw(LoadFromStream(pngIcon).get(), 7, 5), SamplePicture()));
+
+    // Half transparent with its colours multiplied already: the other half of the light is white.
+    Bytes half = ReadSample("sample_alpha.tif");
+    std::copy_n(std::initializer_list<uint8_t>{100, 50, 20, 128}.begin(), 4, half.begin() + 8);
+    EXPECT_EQ(Draw(LoadFromStream(half).get(), 7, 5).At(0, 0), 0xE3B193u);
 
     Bytes fromTheTop = ReadSample("sample_alpha.tga");
     fromTheTop[17] |= 0x20;
