@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "fenlight/sprite_movement.h"
+#include "platform/system/failure_point.h"
 #include "sprites/sprite_scene.h"
 #include "sprites/stages.h"
 
@@ -99,7 +100,10 @@ TEST(Frame, ShowsEverySpriteOnceOverACleanBackground) {
             if (frame == 8 && i % 3 == 0) DeleteSprite(HandleOf(&sprite));
             if (frame < 8 || i % 3 != 0) scene.Paint(expected[i / 50 == 1], x, y, sprite.Frame);
         }
+        // Without memory the copies are made in smaller lots.
+        if (frame == 5) ReleaseFrameBuffers(), platform::FailFrom(platform::Operation::Memory, 1);
         Scene::Step(1);
+        platform::ForgetFailures();
         EXPECT_TRUE(SamePicture("frame-screen", scene.screen.Get(), expected[0])) << frame;
         EXPECT_TRUE(SamePicture("frame-other-screen", otherScreen.Get(), expected[1])) << frame;
         EXPECT_TRUE(SamePicture("frame-back", scene.back.Get(), scene.background)) << frame;
@@ -107,28 +111,40 @@ TEST(Frame, ShowsEverySpriteOnceOverACleanBackground) {
     }
 }
 
-// Only rectangles of sprites go to the screen, two for each: a hand-worked trace of one moving sprite.
+// Only rectangles of the sprite go to the screen, in its first frame also one at (0, 0); the places that
+// follow lie over the one before in every way that two rectangles can.
 TEST(Frame, CopiesTheOldAndTheNewPlaceAndNothingElse) {
+    Scene scene;
+    SpriteRecord &sprite = scene.Add(40, 30);
+    const Picture foreign = Noise(Scene::kWidth, Scene::kHeight, 99);
+    POINT previous{0, 0};
+    const POINT places[] = {{40, 30}, {43, 30}, {43, 33}, {40, 36}, {44, 34}, {39, 29}, {39, 19}, {39, 19},
+                            {50, 22}, {62, 22}, {73, 31}, {84, 41}, {87, 57}, {-4, -3}, {7, 6},   {40, 30}};
+    for (const POINT &place : places) {
+        SCOPED_TRACE(std::to_string(place.x) + ", " + std::to_string(place.y));
+        SetSpritePos(HandleOf(&sprite), place.x, place.y, place.x, place.y);
+        scene.screen.Put(foreign);
+        Scene::Step(1);
+        Picture painted = scene.background, expected = foreign;
+        scene.Paint(painted, place.x, place.y);
+        for (const POINT &corner : {previous, place})
+            for (int y = std::max(corner.y, 0); y < std::min(corner.y + 10, Scene::kHeight); ++y)
+                for (int x = std::max(corner.x, 0); x < std::min(corner.x + 12, Scene::kWidth); ++x)
+                    expected.At(x, y) = painted.At(x, y);
+        EXPECT_TRUE(SamePicture("frame-rectangles", scene.screen.Get(), expected));
+        previous = place;
+    }
+}
+
+TEST(Frame, DrawsASpriteWhereItStoodBeforeItsStep) {
     Scene scene;
     SpriteRecord &sprite = scene.Add(40, 30);
     sprite.SpeedX = 4;
     MoveSprite(HandleOf(&sprite), 90, 30);
-    const Picture foreign = Noise(Scene::kWidth, Scene::kHeight, 99);
-    const int drawnX[] = {40, 44, 48}, previousX[] = {0, 40, 44}, previousY[] = {0, 30, 30};
-    for (size_t frame = 0; frame < 3; ++frame) {
-        scene.screen.Put(foreign);
+    for (int32_t x : {40, 44, 48}) {
         Scene::Step(1);
-        EXPECT_EQ(sprite.DrawnX, drawnX[frame]) << "drawn before the step";
-        EXPECT_EQ(sprite.X, drawnX[frame] + 4);
-        Picture painted = scene.background, expected = foreign;
-        scene.Paint(painted, drawnX[frame], 30);
-        const auto copy = [&](int left, int top) {
-            for (int y = top; y < top + 10; ++y)
-                for (int x = left; x < left + 12; ++x) expected.At(x, y) = painted.At(x, y);
-        };
-        copy(previousX[frame], previousY[frame]);
-        copy(drawnX[frame], 30);
-        EXPECT_TRUE(SamePicture("frame-rectangles", scene.screen.Get(), expected)) << frame;
+        EXPECT_EQ(sprite.DrawnX, x);
+        EXPECT_EQ(sprite.X, x + 4);
     }
 }
 

@@ -114,16 +114,11 @@ struct Scene {
     }
 };
 
-// Puts a clock in place as long as it stands.
-class ClockInPlace : public platform::Clock {
+// Stands still but for sleeps, which it records. For frames without the thread.
+class SteppedClock : public platform::Clock {
   public:
-    ClockInPlace() { platform::ReplaceClock(this); }
-    ~ClockInPlace() override { platform::ReplaceClock(nullptr); }
-};
-
-// Stands still but for sleeps, which it records.
-class SteppedClock : public ClockInPlace {
-  public:
+    SteppedClock() { platform::ReplaceClock(this); }
+    ~SteppedClock() override { platform::ReplaceClock(nullptr); }
     uint32_t TickCount() noexcept override { return now; }
     void Sleep(uint32_t milliseconds) noexcept override {
         now += milliseconds;
@@ -134,14 +129,27 @@ class SteppedClock : public ClockInPlace {
     std::vector<uint32_t> sleeps;
 };
 
-// Lets the thread run as fast as it can: every look at the clock is a frame's length later.
-class HurriedClock : public ClockInPlace {
-  public:
-    uint32_t TickCount() noexcept override { return now_ += kFrameMillis; }
+// Every look at it is a frame's length later, so the thread runs as fast as it can.
+struct HurryingClock : platform::Clock {
+    uint32_t TickCount() noexcept override { return ++looks * kFrameMillis; }
     void Sleep(uint32_t) noexcept override { std::this_thread::yield(); }
 
+    std::atomic<uint32_t> looks{0};
+};
+
+// Puts it in place. The clock itself outlives the test, because a thread that has given up its list looks
+// once more at its very end.
+class HurriedClock {
+  public:
+    HurriedClock() { platform::ReplaceClock(&clock_); }
+    HurriedClock(const HurriedClock &) = delete;
+    HurriedClock &operator=(const HurriedClock &) = delete;
+    ~HurriedClock() { platform::ReplaceClock(nullptr); }
+    uint32_t Looks() const { return clock_.looks - looksBefore_; }
+
   private:
-    std::atomic<uint32_t> now_{0};
+    static inline HurryingClock clock_;
+    const uint32_t looksBefore_ = clock_.looks;
 };
 
 // Waits for something that another thread brings about; false after half a minute.

@@ -91,7 +91,7 @@ TEST(SpriteThread, LosesNoSpriteThatIsMadeWhileItEnds) {
     const SpriteArguments arguments = scene.Sprite(30, 20);
     uintptr_t sprite = InitSprite5(&arguments);
     std::mt19937 random(11);
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < 150; ++round) {
         DeleteSprite(sprite);
         for (auto spin = random() % 3000; spin != 0; --spin)
             std::atomic_signal_fence(std::memory_order_seq_cst);
