@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Zlib
 // Block transfers between pixel views: clipping, raster operations, conversions, scaling, key colours. The
-// callers hold the locks of both bitmaps; nothing here takes one or allocates without saying so.
+// callers hold the locks of both bitmaps; nothing here takes one. Memory is asked for only where source and
+// target share theirs, and by CopyUnion, which does without if there is none.
 //
 // All coordinates may be any 32-bit number: a transfer is clipped to the target at both ends, and what lies
 // outside the source is not transferred.
@@ -19,7 +20,9 @@ struct Block {
 };
 
 struct ScaledBlock {
-    int32_t targetX, targetY, targetWidth, targetHeight;  // a negative size mirrors
+    // A negative size mirrors: -n covers the n pixels from the start leftwards or upwards, the start
+    // included.
+    int32_t targetX, targetY, targetWidth, targetHeight;
     int32_t sourceX, sourceY, sourceWidth, sourceHeight;
 };
 
@@ -32,23 +35,33 @@ struct TransferColours {
 };
 
 // BitBlt. `source` may be null where the code needs none, and is ignored then. Source and target may be one
-// bitmap. False where the code needs a source and there is none.
+// bitmap, or two over the same memory. A width or height below 1 transfers nothing. Source pixels and the
+// pattern are first turned into the target's numbers (the nearest palette index; the unused byte of 32 bits
+// becomes 0 unless the source has 32 bits too), then combined bit by bit; all 32 bits take part. False where
+// the code needs a source and there is none, or where a copy of shared memory was needed and there was no
+// memory for it; nothing is changed then.
 bool BlitBlock(const PixelView &target, const PixelView *source, const Block &block, DWORD rasterCode,
                const TransferColours &colours) noexcept;
 
-// StretchBlt, pixels dropped or repeated.
+// StretchBlt, pixels dropped or repeated: step i of the target takes step floor(i * source size / target
+// size) of the source, both counted from their starts. Clipping doesn't move samples. Fails as BlitBlock
+// does.
 bool StretchBlock(const PixelView &target, const PixelView *source, const ScaledBlock &block,
                   DWORD rasterCode, const TransferColours &colours) noexcept;
 
-// TransparentBlt: pixels of the source whose colour is `key` (a COLORREF) leave the target as it is.
+// TransparentBlt: pixels of the source whose colour is `key` (a COLORREF) leave the target as it is;
+// CLR_INVALID is nobody's colour. Of a monochrome source 1 leaves the target and 0 paints black, whatever the
+// key. The contexts' colours play no part: this stands for transfers through masks in contexts of their own,
+// and gives what those give. Fails as BlitBlock does.
 bool KeyedBlock(const PixelView &target, const PixelView &source, const ScaledBlock &block, COLORREF key,
                 const TransferColours &colours) noexcept;
 
-// The union of the rectangles, at equal coordinates, each pixel once.
+// SRCCOPY of the union of the rectangles, at equal coordinates, each pixel once. Empty and inverted
+// rectangles count for nothing. Fails as BlitBlock does, but only where the two views share memory.
 bool CopyUnion(const PixelView &target, const PixelView &source, std::span<const RECT> rectangles,
                const TransferColours &colours) noexcept;
 
-// One pixel. The caller has checked that it lies inside.
+// One pixel. The caller has checked that it lies inside, and may hold the bitmap's lock for many of them.
 COLORREF ReadPixel(const PixelView &view, int32_t x, int32_t y) noexcept;
 void WritePixel(const PixelView &view, int32_t x, int32_t y, COLORREF colour) noexcept;
 // The colour that a bitmap shows for `colour`: the nearest palette entry, black or white, or the colour

@@ -33,6 +33,7 @@ struct Rows {
         source.resize(static_cast<size_t>(sourcePitch * (kRows - 1) + width * sourceBytes + offset));
         target.resize(static_cast<size_t>(targetPitch * kRows) + 2 * kMargin);
         source.shrink_to_fit();
+        source.reserve(1);  // an address even where no byte is read
         for (uint8_t &byte : source) byte = static_cast<uint8_t>(random() % 4);
         for (uint8_t &byte : target) byte = static_cast<uint8_t>(random());
         block = {&target[kMargin] + offset, targetPitch, source.data() + offset, sourcePitch, width, kRows};
@@ -145,7 +146,11 @@ TEST_P(RowKernelsTest, ScaleBySamples) {
                                                                                  {33, 16},
                                                                                  {31, 15},
                                                                                  {7, 3},
-                                                                                 {40, 1}}) {
+                                                                                 {40, 1},
+                                                                                 {8, 7},
+                                                                                 {17, 16},
+                                                                                 {21, 10},
+                                                                                 {11, 5}}) {
         for (int count = 1; count <= 70; ++count) {
             const bool isMirrored = random() % 2 == 0;
             std::vector<int32_t> positions;

@@ -162,12 +162,28 @@ TEST(StretchBlock, TakesTheSampleOfTheDefinitionForEveryPairOfFormats) {
                     return StretchBlock(target.View(), &source.View(), block, code, kColours);
                 });
                 if (HasFatalFailure()) return;
-                const COLORREF key = Bitmap::kColours[random() % 7];
+                const COLORREF key = round % 5 == 0 ? CLR_INVALID : Bitmap::kColours[random() % 7];
                 ExpectLikeModel(target, source.View(), block, SRCCOPY, {}, {true, key}, [&] {
                     return KeyedBlock(target.View(), source.View(), block, key, kColours);
                 });
                 if (HasFatalFailure()) return;
             }
+        }
+    }
+}
+
+// The ways of the row loops change with the ratio, each at its own.
+TEST(StretchBlock, TakesTheSampleOfTheDefinitionAtEveryRatio) {
+    std::mt19937 random(24);
+    for (const PixelFormat to : {PixelFormat::Bgr24, PixelFormat::Bgrx32}) {
+        Bitmap source(to, 260, 2, random);
+        Bitmap target(to, 70, 3, random);
+        for (int32_t width = 1; width <= 260; ++width) {
+            const ScaledBlock block{
+                1, 0, width % 2 == 0 ? 61 : 64, 3, width % 3 == 0 ? 0 : 260 - width, 0, width, 2};
+            ExpectLikeModel(target, source.View(), block, SRCCOPY, {}, {},
+                            [&] { return StretchBlock(target.View(), &source.View(), block, SRCCOPY, {}); });
+            if (HasFatalFailure()) return;
         }
     }
 }
@@ -297,7 +313,8 @@ TEST(CopyUnion, CopiesEachPixelOfAnyRectangleAndNoOther) {
                 while (rectangles.size() < static_cast<size_t>(count)) {
                     const LONG x = Between(random, -20, 340);
                     const LONG y = Between(random, -20, 60);
-                    rectangles.push_back({x, y, x + Between(random, -1, 30), y + Between(random, -1, 9)});
+                    rectangles.push_back({x, y, x + Between(random, -1, random() % 8 == 0 ? 250 : 30),
+                                          y + Between(random, -1, 9)});
                 }
                 PixelView clean = source.View();
                 const std::vector<uint8_t> before = target.Bytes();
