@@ -26,10 +26,11 @@ void AddErasure(const SpriteRecord &record) noexcept {
     batch.Add(record.DrawnX, record.DrawnY, record.Width, record.Height);
 }
 
-// One step per frame. A delete call may come in between, and then starts the steps anew.
+// One step per frame, hence the later step first. A delete call may come in between, and then starts the
+// steps anew.
 void AdvanceState(SpriteRecord &record) noexcept {
     if (record.State == kStateAlive) return;
-    if (record.State.Replace(kStateErasedAgain, kStateFinished)) return;
+    record.State.Replace(kStateErasedAgain, kStateFinished);
     record.State.Replace(kStateErased, kStateErasedAgain);
 }
 

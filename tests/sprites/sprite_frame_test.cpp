@@ -212,6 +212,11 @@ TEST(Frame, StepsFinishedSpritesNoFurther) {
         places.push_back(finished.X);
     }
     EXPECT_EQ(places, (std::vector<int32_t>{12, 14, 14, 14})) << "moves in both frames of its erasure";
+    SetPixel(scene.screen, 10, 10, 0x123456);
+    SetPixel(scene.back, 11, 11, 0x123456);
+    Scene::Step(1);
+    EXPECT_EQ(GetPixel(scene.screen, 10, 10), 0x123456u) << "its old place is left alone";
+    EXPECT_EQ(GetPixel(scene.back, 11, 11), 0x123456u);
 }
 
 TEST(Frame, CostsNoMoreThanAnInvisibleSpriteWhereArgumentsAreBad) {

@@ -198,6 +198,23 @@ TEST(SpriteList, ClearsTheLinksToSpritesThatAreFreed) {
     EXPECT_EQ(second.AttachedTo, HandleOf(&first));
 }
 
+// What the thread does at its end. A sprite that came to life since its own end test stops it.
+TEST(SpriteList, EndsOnlyWhereNobodyLives) {
+    static int detached;
+    detached = 0;
+    const auto detach = []() noexcept { ++detached; };
+    Scene scene;
+    scene.Add(1, 1).State = kStateFinished;
+    SpriteRecord &last = scene.Add(2, 2);
+    EXPECT_FALSE(EndFinishedList(detach));
+    EXPECT_EQ(NextOf(*SpriteList), &last);
+    EXPECT_EQ(detached, 0);
+    last.State = kStateFinished;
+    EXPECT_TRUE(EndFinishedList(detach));
+    EXPECT_EQ(SpriteList.load(), nullptr);
+    EXPECT_EQ(detached, 1);
+}
+
 // Makes the n-th operation of a kind fail until `act` succeeds, and says how often it had to.
 int CountFailures(Operation operation, const std::function<uintptr_t()> &act) {
     for (int number = 1;; ++number) {
