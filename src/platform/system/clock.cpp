@@ -3,6 +3,7 @@
 
 #include <sched.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
@@ -32,6 +33,9 @@ void SystemSleep(DWORD milliseconds) {
         sched_yield();
         return;
     }
+    if (milliseconds == INFINITE) {
+        for (;;) pause();
+    }
     timespec end = Now();
     end.tv_sec += milliseconds / 1000;
     end.tv_nsec += static_cast<long>(milliseconds % 1000) * 1'000'000;
@@ -39,9 +43,7 @@ void SystemSleep(DWORD milliseconds) {
         end.tv_nsec -= 1'000'000'000;
         ++end.tv_sec;
     }
-    do {
-        SleepUntil(end);
-    } while (milliseconds == INFINITE);
+    SleepUntil(end);
 }
 
 }  // namespace

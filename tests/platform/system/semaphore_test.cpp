@@ -93,9 +93,19 @@ TEST(NamedSemaphore, IsOneObjectBehindAHandleForEachUser) {
     EXPECT_EQ(WaitForSingleObject(first, INFINITE), WAIT_OBJECT_0);
     EXPECT_EQ(WaitForSingleObject(second, 0), WAIT_TIMEOUT);
     EXPECT_EQ(WaitForSingleObject(other, 0), WAIT_OBJECT_0) << "names differ in case";
-    HANDLE waitedOn = second;
-    const HANDLE waiter = CreateThread(nullptr, 0, RunWait, &waitedOn, 0, nullptr);
-    EXPECT_EQ(WaitForSingleObject(waiter, 10), WAIT_TIMEOUT);
+    struct Wait {
+        HANDLE semaphore;
+        std::atomic<bool> hasBegun{false};
+    } wait{second};
+    const auto run = [](void *argument) -> DWORD {
+        auto &mine = *static_cast<Wait *>(argument);
+        mine.hasBegun = true;
+        return WaitForSingleObject(mine.semaphore, INFINITE);
+    };
+    const HANDLE waiter = CreateThread(nullptr, 0, run, &wait, 0, nullptr);
+    ASSERT_TRUE(BecomesTrue([&] { return wait.hasBegun.load(); }));
+    EXPECT_EQ(SuspendThread(waiter), 0u) << "from here on it is inside the wait";
+    EXPECT_EQ(ResumeThread(waiter), 1u);
     EXPECT_TRUE(CloseHandle(second)) << "the wait on it goes on";
     EXPECT_EQ(WaitForSingleObject(waiter, 5), WAIT_TIMEOUT);
     EXPECT_TRUE(ReleaseSemaphore(first, 1, nullptr));

@@ -159,24 +159,25 @@ TEST(SuspendThread, LeavesTheSemaphoreToOthersWhileItsWaiterIsStopped) {
 }
 
 TEST(SuspendThread, StopsASleeperBeforeItGoesOn) {
-    std::atomic<int> steps{0};
+    struct Sleeper {
+        std::atomic<int> steps{0};
+        std::atomic<bool> ends{false};
+    } sleeper;
     const auto run = [](void *argument) -> DWORD {
-        auto &counter = *static_cast<std::atomic<int> *>(argument);
-        for (int i = 0; i < 400; ++i) {
-            Sleep(1);
-            ++counter;
-        }
+        auto &self = *static_cast<Sleeper *>(argument);
+        for (; !self.ends; ++self.steps) Sleep(1);
         return 0;
     };
-    const HANDLE thread = CreateThread(nullptr, 0, run, &steps, 0, nullptr);
+    const HANDLE thread = CreateThread(nullptr, 0, run, &sleeper, 0, nullptr);
     for (int stop = 0; stop < 20; ++stop) {
         ASSERT_EQ(SuspendThread(thread), 0u);
-        const int before = steps;
+        const int before = sleeper.steps;
         std::this_thread::sleep_for(std::chrono::milliseconds(4));
-        EXPECT_EQ(steps, before);
+        EXPECT_EQ(sleeper.steps, before);
         ASSERT_EQ(ResumeThread(thread), 1u);
-        ASSERT_TRUE(BecomesTrue([&] { return steps != before; }));
+        ASSERT_TRUE(BecomesTrue([&] { return sleeper.steps != before; }));
     }
+    sleeper.ends = true;
     EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
     CloseHandle(thread);
 }
