@@ -212,11 +212,12 @@ TEST(Frame, StepsFinishedSpritesNoFurther) {
         places.push_back(finished.X);
     }
     EXPECT_EQ(places, (std::vector<int32_t>{12, 14, 14, 14})) << "moves in both frames of its erasure";
-    SetPixel(scene.screen, 10, 10, 0x123456);
-    SetPixel(scene.back, 11, 11, 0x123456);
+    // It was never drawn, so the place that it wiped is the corner.
+    SetPixel(scene.screen, 3, 3, 0x123456);
+    SetPixel(scene.back, 4, 4, 0x123456);
     Scene::Step(1);
-    EXPECT_EQ(GetPixel(scene.screen, 10, 10), 0x123456u) << "its old place is left alone";
-    EXPECT_EQ(GetPixel(scene.back, 11, 11), 0x123456u);
+    EXPECT_EQ(GetPixel(scene.screen, 3, 3), 0x123456u) << "its place is left alone from now on";
+    EXPECT_EQ(GetPixel(scene.back, 4, 4), 0x123456u);
 }
 
 TEST(Frame, CostsNoMoreThanAnInvisibleSpriteWhereArgumentsAreBad) {
