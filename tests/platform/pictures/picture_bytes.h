@@ -63,7 +63,8 @@ inline Bytes BmpHeaders(int width, int height, const BmpLayout &layout) {
     const uint32_t headersSize = 14 + (isCore ? 12 : 40) + maskBytes;
     Bytes bytes;
     Put(bytes, 0x4D42, 2);
-    Put(bytes, 0, 8);
+    Put(bytes, 0, 4);
+    Put(bytes, 0, 4);
     Put(bytes, headersSize + paletteCount * (isCore ? 3 : 4), 4);
     Put(bytes, isCore ? 12 : 40, 4);
     Put(bytes, static_cast<uint32_t>(width), isCore ? 2 : 4);
