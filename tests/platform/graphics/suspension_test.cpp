@@ -78,7 +78,10 @@ TEST(Suspension, StopsAThreadInEveryOperationWithoutItsLocks) {
         WaitForCalls(loop, 3);
         EXPECT_EQ(SuspendThread(thread), 0u);
         const int calls = loop.calls.load();
-        for (int i = 0; i < 200; ++i) BitBlt(context, 0, 0, 8, 8, other.context, 0, 0, SRCINVERT);
+        for (int i = 0; i < 3000; ++i) {
+            BitBlt(context, 0, 0, 8, 8, other.context, 0, 0, SRCINVERT);
+            std::this_thread::yield();  // a thread that was not stopped gets its turn
+        }
         EXPECT_EQ(loop.calls.load(), calls) << "operation " << number;
         EXPECT_EQ(ResumeThread(thread), 1u);
         WaitForCalls(loop, calls + 3);
