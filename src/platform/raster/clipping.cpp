@@ -97,17 +97,22 @@ void ScaledAxis::CutToSource(int32_t sourceLimit) {
 ScaledAxis::Walk::Walk(const ScaledAxis &axis, int32_t target) noexcept
     : wholeStep_(axis.sourceSize_ / axis.targetSize_),
       carryStep_(axis.targetSign_ * axis.sourceSign_),
-      rest_((axis.sourceSize_ - wholeStep_ * axis.targetSize_) * axis.targetSign_),
+      rest_(axis.sourceSize_ - wholeStep_ * axis.targetSize_),
       size_(axis.targetSize_) {
     const int64_t product = axis.WalkAt(target) * axis.sourceSize_;
     const int64_t step = product / size_;
     position_ = axis.sourceStart_ + axis.sourceSign_ * step;
-    remainder_ = product - step * size_;
+    const int64_t remainder = product - step * size_;
+    remainder_ = axis.targetSign_ > 0 ? remainder : size_ - 1 - remainder;
     wholeStep_ *= carryStep_;
 }
 
 void ScaledAxis::FillSources(int32_t target, int32_t count, int32_t *sources) const {
     Walk walk(*this, target);
+    if (walk.HasEqualSteps()) {
+        for (int32_t i = 0; i < count; ++i) sources[i] = walk.Source() + i * walk.WholeStep();
+        return;
+    }
     for (int32_t i = 0; i < count; ++i) {
         sources[i] = walk.Source();
         walk.Step();

@@ -32,17 +32,20 @@ class ScaledAxis {
         Walk(const ScaledAxis &axis, int32_t target) noexcept;
         int32_t Source() const { return static_cast<int32_t>(position_); }
         void Step() {
-            position_ += wholeStep_;
-            remainder_ += rest_;
-            const bool isAbove = remainder_ >= size_;
-            const bool isBelow = remainder_ < 0;
-            remainder_ += isAbove ? -size_ : isBelow ? size_ : 0;
-            position_ += isAbove || isBelow ? carryStep_ : 0;
+            const int64_t remainder = remainder_ + rest_;
+            const int64_t below = remainder - size_;
+            remainder_ = below >= 0 ? below : remainder;
+            position_ += below >= 0 ? wholeStep_ + carryStep_ : wholeStep_;
         }
+
+        bool HasEqualSteps() const { return rest_ == 0; }
+        int32_t WholeStep() const { return static_cast<int32_t>(wholeStep_); }
 
       private:
         int64_t position_;
-        int64_t remainder_;  // of the target's step times the source's size, by the target's size
+        // Of the target's step times the source's size, by the target's size; where the target is walked
+        // against its sign, what is missing of the greatest remainder, which rises likewise.
+        int64_t remainder_;
         int64_t wholeStep_;
         int64_t carryStep_;
         int64_t rest_;

@@ -34,11 +34,57 @@ int64_t ReachOf(int64_t count, int64_t sourceSize, int64_t targetSize) {
     return ((count - 1) * sourceSize + targetSize - 1) / targetSize + 1;
 }
 
+// The scaled rows of one piece of columns, as numbers.
+class ScaledPiece {
+  public:
+    ScaledPiece(const PixelView &source, const Axes &axes, int32_t x, int32_t count, const ScaledBlock &block)
+        : format_(source.format), count_(count) {
+        axes.columns.FillSources(x, count, columns_.data());
+        first_ = std::min(columns_.front(), Last());
+        const int32_t range = std::max(columns_.front(), Last()) - first_ + 1;
+        if (range > std::min(kRange, 2 * count)) return;
+        for (size_t i = 0; i < static_cast<size_t>(count); ++i) columns_[i] -= first_;
+        range_ = range;
+        reach8_ = ReachOf(8, block.sourceWidth, block.targetWidth);
+        reach16_ = ReachOf(16, block.sourceWidth, block.targetWidth);
+    }
+
+    void Load(const uint8_t *row, uint32_t *values) const {
+        if (range_ == 0) return LoadScattered(format_, row, columns_.data(), count_, values);
+        std::array<uint32_t, kRange> words;
+        LoadValues(format_, row, first_, range_, words.data());
+        const int32_t line = 0;
+        Kernels().scale32({reinterpret_cast<uint8_t *>(values),
+                           0,
+                           reinterpret_cast<uint8_t *>(words.data()),
+                           0,
+                           {columns_.data(), static_cast<size_t>(count_)},
+                           {&line, 1},
+                           range_,
+                           reach8_,
+                           reach16_,
+                           false});
+    }
+
+  private:
+    // Up to a reduction by two it is faster to turn all pixels between into numbers and choose then.
+    static constexpr int32_t kRange = 2 * kPieceWidth;
+
+    int32_t Last() const { return columns_[static_cast<size_t>(count_ - 1)]; }
+
+    PixelFormat format_;
+    int32_t count_;
+    int32_t first_ = 0;
+    int32_t range_ = 0;  // pixels from first_ on that are needed, or 0 if they are loaded one by one
+    int64_t reach8_ = 0;
+    int64_t reach16_ = 0;
+    std::array<int32_t, kPieceWidth> columns_;
+};
+
 // Columns in pieces outside, rows inside: the source columns of a piece are worked out once for all rows. A
 // row whose source row has just been copied is copied from the target above it.
 void WriteScaled(PieceWriter &writer, const PixelView &target, const PixelView &source, const Axes &axes,
-                 int32_t top) {
-    std::array<int32_t, kPieceWidth> columns;
+                 const ScaledBlock &block, int32_t top) {
     std::array<uint32_t, kPieceWidth> values;
     const int64_t pixelBytes = BitsPerPixel(target.format) / 8;
     const bool repeatsRows = writer.IsPlainCopy() && pixelBytes != 0;
@@ -46,7 +92,7 @@ void WriteScaled(PieceWriter &writer, const PixelView &target, const PixelView &
     for (int32_t done = 0; done < axes.columns.Count(); done += kPieceWidth) {
         const int32_t x = axes.columns.First() + done;
         const int32_t count = std::min(kPieceWidth, axes.columns.Count() - done);
-        axes.columns.FillSources(x, count, columns.data());
+        const ScaledPiece piece(source, axes, x, count, block);
         ScaledAxis::Walk walk(axes.rows, firstRow);
         int32_t lastSource = -1;
         for (int32_t y = firstRow; y < firstRow + axes.rows.Count(); ++y, walk.Step()) {
@@ -57,7 +103,7 @@ void WriteScaled(PieceWriter &writer, const PixelView &target, const PixelView &
                 continue;
             }
             lastSource = walk.Source();
-            LoadScattered(source.format, source.Row(lastSource - top), columns.data(), count, values.data());
+            piece.Load(source.Row(lastSource - top), values.data());
             writer.Write(row, x, count, values.data());
         }
     }
@@ -135,7 +181,7 @@ Block TargetPart(const PixelView &target, const ScaledBlock &block) {
 bool ScaleInto(PieceWriter &writer, const PixelView &target, const PixelView &source,
                const ScaledBlock &block) noexcept {
     return WithScaledSource(target, source, block, [&](const PixelView &from, const Axes &axes, int32_t top) {
-        WriteScaled(writer, target, from, axes, top);
+        WriteScaled(writer, target, from, axes, block, top);
     });
 }
 
