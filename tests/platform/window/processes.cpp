@@ -7,21 +7,19 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <thread>
 
 extern char **environ;
 
 namespace fenlight::test {
 namespace {
 
-constexpr long long kDeadlineMs = 30'000;
+constexpr int kStartDeadlineMs = 30'000;
 
 // The exit code as the shell has it. The output goes through a file and not through a pipe: SDL's message box
 // forks, and its child would hold a pipe open that was being made at that moment.
@@ -39,8 +37,7 @@ std::string ReadLine(int file) {
     std::string line;
     pollfd ready{file, POLLIN, 0};
     char c = 0;
-    while (poll(&ready, 1, static_cast<int>(kDeadlineMs)) > 0 && read(file, &c, 1) == 1 && c != '\n')
-        line += c;
+    while (poll(&ready, 1, kStartDeadlineMs) > 0 && read(file, &c, 1) == 1 && c != '\n') line += c;
     return line;
 }
 
@@ -121,12 +118,5 @@ XServer::~XServer() {
 Picture WindowOnScreen(const std::string &name) {
     return ParseXwd(OutputOf("xwd -silent -name '" + name + "'"));
 }
-
-long long NowMs() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
-}
-bool IsTimeOver(long long startedMs) { return NowMs() - startedMs > kDeadlineMs; }
-void Breathe() { std::this_thread::sleep_for(std::chrono::milliseconds(2)); }
 
 }  // namespace fenlight::test

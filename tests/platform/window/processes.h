@@ -4,7 +4,9 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/picture_check.h"
@@ -41,16 +43,11 @@ Picture WindowOnScreen(const std::string &name);
 
 // Asks again and again until it is so; false if that does not happen in half a minute.
 template <class Condition>
-bool Becomes(Condition condition);
-
-bool IsTimeOver(long long startedMs);
-long long NowMs();
-void Breathe();
-
-template <class Condition>
 bool Becomes(Condition condition) {
-    for (const long long start = NowMs(); !condition(); Breathe()) {
-        if (IsTimeOver(start)) return false;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     return true;
 }

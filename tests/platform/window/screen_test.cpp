@@ -113,6 +113,7 @@ TEST(DISABLED_OnScreen, PicturesGoOnWhileAMessageBoxStands) {
         DrawPattern(GetDC(window), 90, 70);
         EXPECT_TRUE(ScreenShows("beside", PictureOf(GetDC(window), 90, 70)));
         EXPECT_EQ(DestroyWindow(owner), 1);
+        EXPECT_FALSE(ListedWindow("owner").empty()) << "SDL gives it the focus back";
         const HWND late = OpenWindow("late", 5, 5);
         EXPECT_TRUE(IsWindow(late));
         EXPECT_EQ(DestroyWindow(late), 1);
