@@ -8,7 +8,7 @@
 
 #include "platform/pictures/picture_survey.h"
 
-struct _GdkPixbuf;
+struct _GdkPixbuf;  // NOLINT(bugprone-reserved-identifier): the decoder library's own name
 
 namespace fenlight::platform {
 
