@@ -56,38 +56,39 @@ constexpr int32_t WrapAdd(int32_t a, int32_t b) noexcept { return NumberWord::Wr
 constexpr int32_t WrapSubtract(int32_t a, int32_t b) noexcept { return NumberWord::WrapSubtract(a, b); }
 
 // The one list of all words in their order: ADDRESS is as wide as an address, NUMBER is 32 bits, NUMBERS a
-// run of numbers. Struct and position map are both made from it.
-#define FENLIGHT_SPRITE_WORDS(ADDRESS, NUMBER, NUMBERS)                                                      \
-    ADDRESS(ImageDC)                                                                                         \
-    NUMBER(SourceX)                                                                                          \
-    NUMBER(SourceY)                                                                                          \
-    NUMBER(Width)                                                                                            \
-    NUMBER(Height)                                                                                           \
-    NUMBER(FrameCount) NUMBER(Frame) NUMBER(FrameDelay) NUMBER(X) NUMBER(Y) NUMBER(TargetX) NUMBER(          \
-        TargetY) NUMBER(SpeedX) NUMBER(SpeedY) ADDRESS(ScreenDC) NUMBER(State) NUMBER(FrameTimer)            \
-        ADDRESS(BackDC) NUMBER(FrameX) NUMBERS(Unused76, 2) ADDRESS(CleanDC) ADDRESS(Next) NUMBER(           \
-            BackgroundMode) NUMBER(ScrollStepX) NUMBER(ScrollStepY) NUMBER(ViewWidth) NUMBER(ViewHeight)     \
-            NUMBER(ScrollX) NUMBER(ScrollY) ADDRESS(Self) NUMBER(Unused124) NUMBER(DrawnX) NUMBER(DrawnY)    \
-                NUMBER(PreviousX) NUMBER(PreviousY) NUMBER(AnimOnce) NUMBER(StampRequest) NUMBER(FixMode)    \
-                    NUMBER(Mark) NUMBERS(MoveSource, 18) NUMBER(ScrollMode) NUMBER(ScrollShiftX)             \
-                        NUMBER(ScrollShiftY) NUMBERS(Unused244, 2) NUMBER(RectLeft) NUMBER(RectTop) NUMBER(  \
-                            RectRight) NUMBER(RectBottom) NUMBER(BackCollideMode) ADDRESS(BackCollideDC)     \
-                            NUMBER(NextX) NUMBER(NextY) NUMBER(BackLeft) NUMBER(BackTop) NUMBER(BackRight)   \
-                                NUMBER(BackBottom) NUMBER(BackFrameCount) NUMBER(BackFrame) NUMBER(          \
-                                    BackFrameDelay) NUMBER(TableIndex) NUMBER(TableLength) ADDRESS(Table)    \
-                                    NUMBER(TableBaseX) NUMBER(TableBaseY) ADDRESS(BackCollideSound)          \
-                                        NUMBER(MovingMode) NUMBERS(Unused340, 2) NUMBERS(Path, 32)           \
-                                            NUMBER(CleanUpRequest) NUMBER(CleanUpMark) ADDRESS(AttachedTo)   \
-                                                NUMBER(AttachX) NUMBER(AttachY) NUMBER(CageLeft)             \
-                                                    NUMBER(CageTop) NUMBER(CageRight) NUMBER(CageBottom)     \
-                                                        NUMBER(CageHomeX) NUMBER(CageHomeY)                  \
-                                                            NUMBER(SpriteBrake) NUMBER(TableMode)            \
-                                                                NUMBER(SlowPeriodX) NUMBER(SlowCountX)       \
-                                                                    NUMBER(SlowPeriodY) NUMBER(SlowCountY)   \
-                                                                        ADDRESS(AnimFrom) NUMBER(FixRequest) \
-                                                                            NUMBER(FixRequestMode)           \
-                                                                                NUMBER(SystemBrake)          \
-                                                                                    NUMBERS(Unused560, 116)
+// run of numbers. Struct and position map are both made from it. Each line begins with its first position.
+// clang-format off
+#define FENLIGHT_SPRITE_WORDS(ADDRESS, NUMBER, NUMBERS)                                                     \
+    /*   0 */ ADDRESS(ImageDC)                                                                              \
+    /*   4 */ NUMBER(SourceX) NUMBER(SourceY) NUMBER(Width) NUMBER(Height)                                  \
+    /*  20 */ NUMBER(FrameCount) NUMBER(Frame) NUMBER(FrameDelay)                                           \
+    /*  32 */ NUMBER(X) NUMBER(Y) NUMBER(TargetX) NUMBER(TargetY) NUMBER(SpeedX) NUMBER(SpeedY)             \
+    /*  56 */ ADDRESS(ScreenDC) NUMBER(State) NUMBER(FrameTimer)                                            \
+    /*  68 */ ADDRESS(BackDC) NUMBER(FrameX) NUMBERS(Unused76, 2)                                           \
+    /*  84 */ ADDRESS(CleanDC) ADDRESS(Next)                                                                \
+    /*  92 */ NUMBER(BackgroundMode) NUMBER(ScrollStepX) NUMBER(ScrollStepY)                                \
+    /* 104 */ NUMBER(ViewWidth) NUMBER(ViewHeight) NUMBER(ScrollX) NUMBER(ScrollY)                          \
+    /* 120 */ ADDRESS(Self) NUMBER(Unused124)                                                               \
+    /* 128 */ NUMBER(DrawnX) NUMBER(DrawnY) NUMBER(PreviousX) NUMBER(PreviousY)                             \
+    /* 144 */ NUMBER(AnimOnce) NUMBER(StampRequest) NUMBER(FixMode) NUMBER(Mark)                            \
+    /* 160 */ NUMBERS(MoveSource, 18)                                                                       \
+    /* 232 */ NUMBER(ScrollMode) NUMBER(ScrollShiftX) NUMBER(ScrollShiftY) NUMBERS(Unused244, 2)            \
+    /* 252 */ NUMBER(RectLeft) NUMBER(RectTop) NUMBER(RectRight) NUMBER(RectBottom)                         \
+    /* 268 */ NUMBER(BackCollideMode) ADDRESS(BackCollideDC) NUMBER(NextX) NUMBER(NextY)                    \
+    /* 284 */ NUMBER(BackLeft) NUMBER(BackTop) NUMBER(BackRight) NUMBER(BackBottom)                         \
+    /* 300 */ NUMBER(BackFrameCount) NUMBER(BackFrame) NUMBER(BackFrameDelay)                               \
+    /* 312 */ NUMBER(TableIndex) NUMBER(TableLength) ADDRESS(Table) NUMBER(TableBaseX) NUMBER(TableBaseY)   \
+    /* 332 */ ADDRESS(BackCollideSound) NUMBER(MovingMode) NUMBERS(Unused340, 2)                            \
+    /* 348 */ NUMBERS(Path, 32)                                                                             \
+    /* 476 */ NUMBER(CleanUpRequest) NUMBER(CleanUpMark)                                                    \
+    /* 484 */ ADDRESS(AttachedTo) NUMBER(AttachX) NUMBER(AttachY)                                           \
+    /* 496 */ NUMBER(CageLeft) NUMBER(CageTop) NUMBER(CageRight) NUMBER(CageBottom)                         \
+    /* 512 */ NUMBER(CageHomeX) NUMBER(CageHomeY)                                                           \
+    /* 520 */ NUMBER(SpriteBrake) NUMBER(TableMode)                                                         \
+    /* 528 */ NUMBER(SlowPeriodX) NUMBER(SlowCountX) NUMBER(SlowPeriodY) NUMBER(SlowCountY)                 \
+    /* 544 */ ADDRESS(AnimFrom) NUMBER(FixRequest) NUMBER(FixRequestMode) NUMBER(SystemBrake)               \
+    /* 560 */ NUMBERS(Unused560, 116)
+// clang-format on
 
 // Documented positions lie below it.
 constexpr int32_t kPositionEnd = 1024;
