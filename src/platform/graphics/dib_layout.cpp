@@ -37,7 +37,7 @@ bool ReadFormat(uint16_t bitCount, PixelFormat &format) {
 // In formats without a table the field may hold anything.
 int32_t CountColours(const BITMAPINFOHEADER &header, PixelFormat format) {
     if (!IsIndexed(format)) return 0;
-    const uint32_t most = 1u << header.biBitCount;
+    const uint32_t most = 1u << BitsPerPixel(format);
     return static_cast<int32_t>(header.biClrUsed == 0 ? most : std::min<uint32_t>(header.biClrUsed, most));
 }
 

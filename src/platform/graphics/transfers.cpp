@@ -68,17 +68,19 @@ BOOL TransparentBlt(HDC target, int32_t targetX, int32_t targetY, int32_t target
                     UINT keyColour) noexcept {
     const ScaledBlock block{targetX, targetY, targetWidth, targetHeight,
                             sourceX, sourceY, sourceWidth, sourceHeight};
-    return RunTransfer(target, source, SRCCOPY,
-                       [&](const PixelView &to, const PixelView *from, const TransferColours &colours) {
-                           return KeyedBlock(to, *from, block, keyColour, colours);
-                       });
+    PassSuspendGate();
+    return WithSource(target, source,
+                      [&](const PixelView &to, const PixelView *from, const TransferColours &colours) {
+                          return KeyedBlock(to, *from, block, keyColour, colours);
+                      });
 }
 
 BOOL CopyRectangles(HDC target, HDC source, const RECT *rectangles, int32_t count) noexcept {
     if (count < 0 || (count > 0 && rectangles == nullptr)) return 0;
     const std::span<const RECT> all(rectangles, static_cast<size_t>(count));
-    return RunTransfer(target, source, SRCCOPY,
-                       [&](const PixelView &to, const PixelView *from, const TransferColours &colours) {
-                           return CopyUnion(to, *from, all, colours);
-                       });
+    PassSuspendGate();
+    return WithSource(target, source,
+                      [&](const PixelView &to, const PixelView *from, const TransferColours &colours) {
+                          return CopyUnion(to, *from, all, colours);
+                      });
 }

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <atomic>
+#include <mutex>
 
 namespace fenlight::platform {
 namespace {
@@ -23,14 +24,54 @@ constexpr uint64_t kAlive = uint64_t{1} << 60;
 struct Slot {
     std::atomic<uint64_t> state{0};
     std::atomic<HandleObject *> object{nullptr};
-    std::atomic<uint32_t> nextFree{0};
     uint32_t generation = 0;  // of the last handle; touched only by the thread that owns the free slot
+    uint32_t nextFree = 0;    // under the queue's lock
 };
 
 std::array<Slot, kSlotCount> slots;
-std::atomic<uint32_t> neverUsed{1};  // slots from here on were never given out; slot 0 stays unused
-// Head of the stack of free slots in the low half, a count against the ABA fault in the high half.
-std::atomic<uint64_t> freeSlots{0};
+
+// Free slots wait in a queue, the longest first. A slot that was reused at once would run through its
+// generations in a busy program, and a stale handle would name a live object again; through the queue that
+// takes a thousand times as long. Only creating and deleting come here, never a look-up.
+class FreeSlots {
+  public:
+    uint32_t Take() noexcept {
+        const std::lock_guard guard(lock_);
+        if (waiting_ > kShortestQueue || neverUsed_ == kSlotCount) return TakeOldest();
+        const uint32_t slot = neverUsed_.load(std::memory_order_relaxed);
+        neverUsed_.store(slot + 1, std::memory_order_relaxed);
+        return slot;
+    }
+    void GiveBack(uint32_t slot) noexcept {
+        const std::lock_guard guard(lock_);
+        slots[slot].nextFree = 0;
+        (newest_ == 0 ? oldest_ : slots[newest_].nextFree) = slot;
+        newest_ = slot;
+        ++waiting_;
+    }
+    // Slots from here on were never given out.
+    uint32_t End() const noexcept { return neverUsed_.load(std::memory_order_relaxed); }
+
+  private:
+    static constexpr uint32_t kShortestQueue = 1024;
+
+    uint32_t TakeOldest() noexcept {
+        const uint32_t slot = oldest_;
+        if (slot == 0) return 0;
+        oldest_ = slots[slot].nextFree;
+        if (oldest_ == 0) newest_ = 0;
+        --waiting_;
+        return slot;
+    }
+
+    std::mutex lock_;
+    uint32_t oldest_ = 0;  // slot 0 stays unused and ends the queue
+    uint32_t newest_ = 0;
+    uint32_t waiting_ = 0;
+    std::atomic<uint32_t> neverUsed_{1};
+};
+
+constinit FreeSlots freeSlots;
 
 constexpr uint64_t Tag(HandleKind kind, uint32_t generation) {
     return kAlive | (uint64_t{generation} << 40) | (uint64_t{static_cast<uint8_t>(kind)} << 32);
@@ -42,39 +83,16 @@ constexpr uint32_t GenerationOf(uintptr_t handle) {
 }
 constexpr bool HasShapeOfHandle(uintptr_t handle) { return (handle & 1) != 0 && handle <= 0x7FFFFFFFu; }
 
-uint32_t TakeFreeSlot() {
-    uint64_t head = freeSlots.load(std::memory_order_acquire);
-    while (static_cast<uint32_t>(head) != 0) {
-        const uint32_t slot = static_cast<uint32_t>(head);
-        const uint64_t next = ((head >> 32) + 1) << 32 | slots[slot].nextFree.load(std::memory_order_relaxed);
-        if (freeSlots.compare_exchange_weak(head, next, std::memory_order_acq_rel)) return slot;
-    }
-    uint32_t fresh = neverUsed.load(std::memory_order_relaxed);
-    while (fresh < kSlotCount) {
-        if (neverUsed.compare_exchange_weak(fresh, fresh + 1, std::memory_order_relaxed)) return fresh;
-    }
-    return 0;
-}
-
-void GiveBackSlot(uint32_t slot) {
-    uint64_t head = freeSlots.load(std::memory_order_relaxed);
-    uint64_t next = 0;
-    do {
-        slots[slot].nextFree.store(static_cast<uint32_t>(head), std::memory_order_relaxed);
-        next = ((head >> 32) + 1) << 32 | slot;
-    } while (!freeSlots.compare_exchange_weak(head, next, std::memory_order_acq_rel));
-}
-
 void Recycle(uint32_t slot) {
     HandleObject *object = slots[slot].object.exchange(nullptr, std::memory_order_relaxed);
-    GiveBackSlot(slot);
+    freeSlots.GiveBack(slot);
     delete object;
 }
 
 }  // namespace
 
 uintptr_t InsertHandle(HandleKind kind, HandleObject *object) noexcept {
-    const uint32_t slot = TakeFreeSlot();
+    const uint32_t slot = freeSlots.Take();
     if (slot == 0) {
         delete object;
         return 0;
@@ -107,7 +125,7 @@ HandleKind KindOfHandle(uintptr_t handle) noexcept {
 
 int CountHandles(HandleKind kind) noexcept {
     int count = 0;
-    const uint32_t end = neverUsed.load(std::memory_order_relaxed);
+    const uint32_t end = freeSlots.End();
     for (uint32_t slot = 1; slot < end; ++slot) {
         const uint64_t state = slots[slot].state.load(std::memory_order_relaxed);
         if ((state & kAlive) != 0 && static_cast<HandleKind>((state >> 32) & 0xFF) == kind) ++count;

@@ -3,8 +3,8 @@
 //
 // A handle names a slot and the generation of what the slot holds, so a dead, foreign or wrong-kind handle is
 // recognised instead of followed. Looking a handle up pins its object: an object that another thread deletes
-// at that moment lives until the last pin is gone. Every function here may be called on any thread and takes
-// no lock.
+// at that moment lives until the last pin is gone. Every function here may be called on any thread;
+// a look-up takes no lock.
 #pragma once
 
 #include <cstdint>

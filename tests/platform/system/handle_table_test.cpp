@@ -96,6 +96,18 @@ TEST(HandleTable, GivesZeroWhenFullAndGoesOnAfterwards) {
     EXPECT_EQ(liveObjects, 0);
 }
 
+// A program that makes and deletes objects all day must not bring an old number back to life soon: a slot on
+// its own would have run through its generations many times in this.
+TEST(HandleTable, AStaleHandleStaysDeadThroughAMillionNewOnes) {
+    const uintptr_t stale = InsertHandle(HandleKind::Pen, new Marked(1));
+    ASSERT_TRUE(RemoveHandle(HandleKind::Pen, stale));
+    for (int i = 0; i < 1'000'000; ++i) {
+        const uintptr_t fresh = InsertHandle(HandleKind::Pen, new Marked(2));
+        ASSERT_NE(fresh, stale) << "after " << i;
+        ASSERT_TRUE(RemoveHandle(HandleKind::Pen, fresh));
+    }
+}
+
 // Every thread makes, looks up and deletes objects in places that all share. An object's mark must be the one
 // that was stored with its handle, whoever deletes it in between.
 TEST(HandleTable, ManyThreadsNeverSeeAForeignOrDeadObject) {
