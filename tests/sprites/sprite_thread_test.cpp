@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "frame/frame_semaphore.h"
 #include "platform/system/handle_table.h"
 #include "sprites/sprite_scene.h"
 
@@ -102,6 +103,27 @@ TEST(SpriteThread, LosesNoSpriteThatIsMadeWhileItEnds) {
     }
     DeleteAllSprites();
     EXPECT_EQ(SpriteList.load(), nullptr);
+}
+
+// Another user of the semaphore keeps the frames away, and its own handle outlives the thread's.
+TEST(SpriteThread, TakesTurnsWithTheOtherDrawingThreads) {
+    const HurriedClock clock;
+    Scene scene;
+    const HANDLE semaphore = OpenFrameSemaphore();
+    ASSERT_NE(semaphore, 0u);
+    for (int round = 0; round < 3; ++round) {
+        const SpriteArguments arguments = scene.Sprite(30, 20);
+        uintptr_t sprite;
+        {
+            const FrameTurn turn(semaphore);
+            sprite = InitSprite5(&arguments);
+            for (int i = 0; i < 500; ++i) std::this_thread::yield();
+            EXPECT_EQ(TestSprite(sprite, 132), 0) << "not drawn";
+        }
+        EXPECT_TRUE(WaitUntil([&] { return TestSprite(sprite, 132) == 20; }));
+        DeleteAllSprites();
+    }
+    CloseFrameSemaphore(semaphore);
 }
 
 TEST(SpriteThread, StopsAsOftenAsItWasToldAndGoesOnAsOften) {
