@@ -10,13 +10,6 @@ include(CMakePackageConfigHelpers)
 set(FENLIGHT_PLATFORM_ROOMS platform_system platform_raster platform_graphics platform_window platform_pictures)
 set(FENLIGHT_ROOMS frame png images sprites)
 
-foreach(ROOM ${FENLIGHT_PLATFORM_ROOMS} ${FENLIGHT_ROOMS})
-  if(NOT TARGET ${ROOM})
-    message(STATUS "Without the room ${ROOM} there are no shared libraries yet")
-    return()
-  endif()
-endforeach()
-
 function(fenlight_shared_library TARGET OUTPUT SCRIPT)
   set(OBJECTS)
   foreach(ROOM ${ARGN})
