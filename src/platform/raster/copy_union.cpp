@@ -16,8 +16,6 @@
 namespace fenlight::platform {
 namespace {
 
-constexpr int64_t kUnionPercent = 25;
-
 // The part of a rectangle at equal coordinates that both bitmaps have; empty: right <= left or bottom <= top.
 RECT ClipRectangle(const PixelView &target, const PixelView &source, const RECT &rectangle) {
     return {std::max(rectangle.left, 0), std::max(rectangle.top, 0),
@@ -142,12 +140,10 @@ bool CopyEach(const PixelView &target, const PixelView &source, std::span<const 
     return isDone;
 }
 
-// Below this share of the bounds the rectangles hardly meet, and what is copied twice is still in the cache
-// then.
 bool IsUnionCheaper(const Extent &extent) {
     const int64_t area = (int64_t{extent.bounds.right} - extent.bounds.left) *
                          (int64_t{extent.bounds.bottom} - extent.bounds.top);
-    return extent.pixels > area * kUnionPercent / 100;
+    return extent.pixels > area * Kernels().unionPercent / 100;
 }
 
 }  // namespace

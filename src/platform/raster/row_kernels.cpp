@@ -121,8 +121,8 @@ KernelList FindKernels() {
 
 }  // namespace
 
-const RowKernels kPlainKernels{"plain", CopyBytes, KeyFrom32, KeyFrom24,   KeyFrom8,
-                               Key24,   PackTo24,  Scale32,   CopyMarked32};
+const RowKernels kPlainKernels{"plain",  80,    CopyBytes, KeyFrom32, KeyFrom24,
+                               KeyFrom8, Key24, PackTo24,  Scale32,   CopyMarked32};
 
 std::span<const RowKernels *const> AvailableKernels() noexcept {
     static const KernelList list = FindKernels();

@@ -38,6 +38,10 @@ struct ScaledRows {
 
 struct RowKernels {
     const char *name;
+    // From this share of their bounds on, rectangles are copied faster as a union of marked pixels than each
+    // for itself: below it they hardly meet, and what is copied twice is still in the cache then. Measured
+    // with random 32x32 rectangles on 1024x768.
+    int64_t unionPercent;
     void (*copyBytes)(const RowBlock &block);
     // To 32-bit rows, but for the pixels whose low 24 bits are `key`; kNoColour as the key copies all. The
     // unused byte of a 32-bit source goes along, from other formats it becomes 0.

@@ -5,7 +5,9 @@
 // GCC takes the intrinsics' undefined operands, which no result depends on, for forgotten initialisations.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wuninitialized"
+#if !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
 #pragma GCC diagnostic pop
 
@@ -313,8 +315,8 @@ void CopyMarked32(uint8_t *target, const uint8_t *source, std::span<const uint64
 
 }  // namespace
 
-extern const RowKernels kAvx512Kernels{"avx512", CopyBytes, KeyFrom32, KeyFrom24,   KeyFrom8,
-                                       Key24,    PackTo24,  Scale32,   CopyMarked32};
+extern const RowKernels kAvx512Kernels{"avx512", 30,    CopyBytes, KeyFrom32, KeyFrom24,
+                                       KeyFrom8, Key24, PackTo24,  Scale32,   CopyMarked32};
 
 }  // namespace fenlight::platform
 #endif
