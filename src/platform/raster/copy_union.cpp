@@ -27,24 +27,61 @@ bool IsEmpty(const RECT &rectangle) {
     return rectangle.right <= rectangle.left || rectangle.bottom <= rectangle.top;
 }
 
-// What all rectangles together span, and how many pixels they have when each is counted for itself.
+bool AreWords(const PixelView &target, const PixelView &source) {
+    return target.format == PixelFormat::Bgrx32 && source.format == PixelFormat::Bgrx32;
+}
+
+// Equal rectangles that are moved against each other by less than their size: the old and the new place of a
+// sprite.
+bool AreOverlappingPlaces(const RECT &one, const RECT &other) {
+    const int64_t width = int64_t{one.right} - one.left;
+    const int64_t height = int64_t{one.bottom} - one.top;
+    return other.right - other.left == width && other.bottom - other.top == height &&
+           std::abs(one.left - other.left) < width && std::abs(one.top - other.top) < height;
+}
+
+// In three bands of whole rows, so that what both cover comes once. In the rows of the middle band the two
+// overlap, so each of them is one piece.
+template <typename Action>
+void SplitPlaces(RECT upper, RECT lower, Action action) {
+    if (lower.top < upper.top) std::swap(upper, lower);
+    if (upper.top < lower.top) action(RECT{upper.left, upper.top, upper.right, lower.top});
+    action(
+        RECT{std::min(upper.left, lower.left), lower.top, std::max(upper.right, lower.right), upper.bottom});
+    if (upper.bottom < lower.bottom) action(RECT{lower.left, upper.bottom, lower.right, lower.bottom});
+}
+
+// Hands on the clipped rectangles, those that are empty left out, and the old and new place of a sprite in
+// bands.
+template <typename Action>
+void ForEachBand(const PixelView &target, const PixelView &source, std::span<const RECT> rectangles,
+                 Action action) {
+    RECT part{};
+    for (const RECT &rectangle : rectangles) {
+        const RECT next = ClipRectangle(target, source, rectangle);
+        if (IsEmpty(next)) continue;
+        if (!IsEmpty(part) && AreOverlappingPlaces(part, next)) {
+            SplitPlaces(part, next, action);
+            part = {};
+            continue;
+        }
+        if (!IsEmpty(part)) action(part);
+        part = next;
+    }
+    if (!IsEmpty(part)) action(part);
+}
+
+// What all bands together span, and how many pixels they have when each is counted for itself.
 struct Extent {
     RECT bounds{INT32_MAX, INT32_MAX, 0, 0};
     int64_t pixels = 0;
-};
 
-Extent Measure(const PixelView &target, const PixelView &source, std::span<const RECT> rectangles) {
-    Extent extent;
-    for (const RECT &rectangle : rectangles) {
-        const RECT part = ClipRectangle(target, source, rectangle);
-        if (IsEmpty(part)) continue;
-        extent.bounds = {std::min(extent.bounds.left, part.left), std::min(extent.bounds.top, part.top),
-                         std::max(extent.bounds.right, part.right),
-                         std::max(extent.bounds.bottom, part.bottom)};
-        extent.pixels += int64_t{part.right - part.left} * (part.bottom - part.top);
+    void Add(const RECT &band) {
+        bounds = {std::min(bounds.left, band.left), std::min(bounds.top, band.top),
+                  std::max(bounds.right, band.right), std::max(bounds.bottom, band.bottom)};
+        pixels += (int64_t{band.right} - band.left) * (int64_t{band.bottom} - band.top);
     }
-    return extent;
-}
+};
 
 // One bit for each pixel of the bounds, rows of whole words, the leftmost pixel in bit 0.
 class PixelMarks {
@@ -72,13 +109,13 @@ class PixelMarks {
         const uint64_t head = ~uint64_t{0} << ((part.left - left_) % 64);
         const uint64_t tail = ~uint64_t{0} >> (63 - (part.right - 1 - left_) % 64);
         uint64_t *row = words_.get() + (part.top - top_) * wordsPerRow_;
+        if (first == last) {
+            for (int32_t y = part.top; y < part.bottom; ++y, row += wordsPerRow_) row[first] |= head & tail;
+            return;
+        }
         for (int32_t y = part.top; y < part.bottom; ++y, row += wordsPerRow_) {
-            if (first == last) {
-                row[first] |= head & tail;
-                continue;
-            }
             row[first] |= head;
-            std::fill(row + first + 1, row + last, ~uint64_t{0});
+            for (int64_t word = first + 1; word < last; ++word) row[word] = ~uint64_t{0};
             row[last] |= tail;
         }
     }
@@ -109,13 +146,12 @@ void ForEachRun(std::span<const uint64_t> marks, Action action) {
 
 void CopyMarks(const PixelView &target, const PixelView &source, const RECT &bounds, const PixelMarks &marks,
                const TransferColours &colours) {
-    const bool areWords = target.format == PixelFormat::Bgrx32 && source.format == PixelFormat::Bgrx32;
     PieceWriter writer(source, target, SRCCOPY, colours);
     std::array<uint32_t, 64> values;
     for (int32_t y = bounds.top; y < bounds.bottom; ++y) {
         uint8_t *to = target.Row(y);
         const uint8_t *from = source.Row(y);
-        if (areWords) {
+        if (AreWords(target, source)) {
             Kernels().copyMarked32(to + 4 * int64_t{marks.Left()}, from + 4 * int64_t{marks.Left()},
                                    marks.Row(y));
             continue;
@@ -125,6 +161,14 @@ void CopyMarks(const PixelView &target, const PixelView &source, const RECT &bou
             writer.Write(to, marks.Left() + first, count, values.data());
         });
     }
+}
+
+// 32-bit pixels between bitmaps that share no memory.
+void CopyWords(const PixelView &target, const PixelView &source, const RECT &part) {
+    const int64_t offset = 4 * int64_t{part.left};
+    Kernels().copyBytes({target.Row(part.top) + offset, target.pitch, source.Row(part.top) + offset,
+                         source.pitch, 4 * (int64_t{part.right} - part.left),
+                         int64_t{part.bottom} - part.top});
 }
 
 bool CopyEach(const PixelView &target, const PixelView &source, std::span<const RECT> rectangles,
@@ -150,21 +194,23 @@ bool IsUnionCheaper(const Extent &extent) {
 
 bool CopyUnion(const PixelView &target, const PixelView &source, std::span<const RECT> rectangles,
                const TransferColours &colours) noexcept {
-    const Extent extent = Measure(target, source, rectangles);
+    Extent extent;
+    ForEachBand(target, source, rectangles, [&](const RECT &band) { extent.Add(band); });
     if (extent.pixels == 0) return true;
     const RECT &bounds = extent.bounds;
     const int32_t height = bounds.bottom - bounds.top;
-    if (rectangles.size() < 2 || !IsUnionCheaper(extent) ||
-        SharesMemory(target, bounds.top, height, source, bounds.top, height)) {
+    if (SharesMemory(target, bounds.top, height, source, bounds.top, height))
         return CopyEach(target, source, rectangles, colours);
+    if (IsUnionCheaper(extent)) {
+        PixelMarks marks(bounds);
+        if (marks.IsValid()) {
+            ForEachBand(target, source, rectangles, [&](const RECT &band) { marks.Mark(band); });
+            CopyMarks(target, source, bounds, marks, colours);
+            return true;
+        }
     }
-    PixelMarks marks(bounds);
-    if (!marks.IsValid()) return CopyEach(target, source, rectangles, colours);
-    for (const RECT &rectangle : rectangles) {
-        const RECT part = ClipRectangle(target, source, rectangle);
-        if (!IsEmpty(part)) marks.Mark(part);
-    }
-    CopyMarks(target, source, bounds, marks, colours);
+    if (!AreWords(target, source)) return CopyEach(target, source, rectangles, colours);
+    ForEachBand(target, source, rectangles, [&](const RECT &band) { CopyWords(target, source, band); });
     return true;
 }
 

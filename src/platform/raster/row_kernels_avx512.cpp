@@ -41,7 +41,21 @@ constexpr Places kClose{[](int i) { return (i / 3 * 4 + i % 3) % 64; }};
 constexpr Places kEveryFourth{[](int i) { return 4 * i % 128; }};
 constexpr __mmask64 kColourBytes = 0x7777777777777777;
 
+// A store of 64 bytes at a place that is no multiple of 64 always meets two cache lines, one of 32 bytes only every
+// other time; for the short rows of sprites that counts more than the number of instructions.
+constexpr int64_t kShortRow = 256;
+
+void CopyShortRow(uint8_t *target, const uint8_t *source, int64_t bytes) {
+    const auto copy = [=](int64_t at) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(target + at),
+                            _mm256_loadu_si256(reinterpret_cast<const __m256i *>(source + at)));
+    };
+    for (int64_t i = 0; i + 32 < bytes; i += 32) copy(i);
+    copy(bytes - 32);
+}
+
 void CopyRow(uint8_t *target, const uint8_t *source, int64_t bytes) {
+    if (bytes >= 32 && bytes < kShortRow) return CopyShortRow(target, source, bytes);
     int64_t i = 0;
     for (; i + 256 <= bytes; i += 256) {
         const __m512i a = Load(source + i);
