@@ -27,11 +27,12 @@ void AddErasure(const SpriteRecord &record) noexcept {
 }
 
 // One step per frame, hence the later step first. A delete call may come in between, and then starts the
-// steps anew.
+// steps anew. Where the fix stage served a request in the very moment of that call, FixMode is no longer 0,
+// and the second frame could not erase the picture either.
 void AdvanceState(SpriteRecord &record) noexcept {
     if (record.State == kStateAlive) return;
     record.State.Replace(kStateErasedAgain, kStateFinished);
-    record.State.Replace(kStateErased, kStateErasedAgain);
+    if (record.State.Replace(kStateErased, kStateErasedAgain)) record.FixMode = 0;
 }
 
 }  // namespace
