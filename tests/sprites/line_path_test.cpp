@@ -18,7 +18,7 @@ namespace {
 // Attached and slowed down too, which must have no effect in line mode.
 struct LineSprite : LooseSprite {
     LineSprite(Point from, Point to, int32_t speed) : LooseSprite(from, to, {speed, 0}) {
-        SetSpriteMovingMode(Handle(), 1);
+        SetSpriteMovingMode(Handle(), -1);  // any number but 0
         AttachSprite(Handle(), Handle(), 500, 500);
         SlowDownSprite(Handle(), 3, 3);
     }
@@ -102,6 +102,16 @@ TEST(LinePath, UsesUpWhatIsLeftBeforeAnythingElseTakesEffect) {
     SetSpritePos(sprite.Handle(), 1000, 46, 1000, -500);
     EXPECT_EQ(sprite.Move(), (Point{1000, 40})) << "speed 0 runs to the end of what is left";
     EXPECT_EQ(sprite.Move(), (Point{1000, 40})) << "and makes nothing new";
+}
+
+TEST(LinePath, IsForgottenWhereANewTargetLiesOnIt) {
+    LineSprite sprite({0, 0}, {400, 0}, 5);
+    sprite.Move();
+    sprite.TargetX = 7;
+    EXPECT_EQ(sprite.Move(), (Point{7, 0}));
+    EXPECT_EQ(sprite.CountFilled(), 0);
+    sprite.TargetX = 5;
+    EXPECT_EQ(sprite.Move(), (Point{5, 0})) << "and the next target takes effect at once";
 }
 
 TEST(LinePath, StopsAtTheCoordinateThatMeansFree) {

@@ -225,8 +225,13 @@ TEST(Frame, CostsNoMoreThanAnInvisibleSpriteWhereArgumentsAreBad) {
     scene.Add(40, 30);
     Picture expected = scene.background;
     scene.Paint(expected, 40, 30);
+    const HBITMAP foreign = CreateBitmap(96, 64, 1, 32, nullptr);
+    const HBRUSH brush = CreateSolidBrush(0xFF);
+    const HDC deleted = CreateCompatibleDC(0);
+    DeleteDC(deleted);
     for (int32_t position : {0, 56, 68, 84})
-        for (uintptr_t dead : {uintptr_t{0}, uintptr_t{3}, ~uintptr_t{0}, uintptr_t{0x12345678}}) {
+        for (uintptr_t dead :
+             {uintptr_t{0}, uintptr_t{3}, ~uintptr_t{0}, uintptr_t{0x12345678}, foreign, brush, deleted}) {
             SpriteRecord &record = scene.Add(70, 5);
             WriteWord(record, position, static_cast<intptr_t>(dead));
             // Without a clean background the back buffer cannot be restored.
@@ -234,6 +239,8 @@ TEST(Frame, CostsNoMoreThanAnInvisibleSpriteWhereArgumentsAreBad) {
         }
     Scene::Step(2);
     EXPECT_TRUE(SamePicture("bad-contexts", scene.screen.Get(), expected));
+    DeleteObject(foreign);
+    DeleteObject(brush);
     const int32_t extremes[] = {INT32_MIN, INT32_MIN + 1, -1, 0, INT32_MAX - 1, INT32_MAX};
     for (int position : {4, 8, 12, 16, 24, 32, 36})
         for (int32_t value : extremes) {

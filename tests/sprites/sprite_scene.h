@@ -129,12 +129,14 @@ class SteppedClock : public platform::Clock {
     std::vector<uint32_t> sleeps;
 };
 
-// Every look at it is a frame's length later, so the thread runs as fast as it can.
+// Every look at it is a frame's length later, so the thread runs as fast as it can; or it stands still, and
+// no frame gets through its pause.
 struct HurryingClock : platform::Clock {
-    uint32_t TickCount() noexcept override { return ++looks * kFrameMillis; }
+    uint32_t TickCount() noexcept override { return (isStill ? looks.load() : ++looks) * kFrameMillis; }
     void Sleep(uint32_t) noexcept override { std::this_thread::yield(); }
 
     std::atomic<uint32_t> looks{0};
+    std::atomic<bool> isStill{false};
 };
 
 // Puts it in place. The clock itself outlives the test, because a thread that has given up its list looks
@@ -146,6 +148,8 @@ class HurriedClock {
     HurriedClock &operator=(const HurriedClock &) = delete;
     ~HurriedClock() { platform::ReplaceClock(nullptr); }
     uint32_t Looks() const { return clock_.looks - looksBefore_; }
+    static void Stop() { clock_.isStill = true; }
+    static void GoOn() { clock_.isStill = false; }
 
   private:
     static inline HurryingClock clock_;

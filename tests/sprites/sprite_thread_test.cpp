@@ -126,6 +126,22 @@ TEST(SpriteThread, TakesTurnsWithTheOtherDrawingThreads) {
     CloseFrameSemaphore(semaphore);
 }
 
+TEST(SpriteThread, LeavesTheTurnToOthersInThePauseAfterItsFrame) {
+    HurriedClock::Stop();
+    const HurriedClock clock;
+    Scene scene;
+    const HANDLE semaphore = OpenFrameSemaphore();
+    const SpriteArguments arguments = scene.Sprite(30, 20);
+    const uintptr_t sprite = InitSprite5(&arguments);
+    EXPECT_TRUE(WaitUntil([&] { return TestSprite(sprite, 132) == 20; }));
+    constexpr DWORD kHalfAMinute = 30000;
+    EXPECT_EQ(WaitForSingleObject(semaphore, kHalfAMinute), WAIT_OBJECT_0);
+    ReleaseSemaphore(semaphore, 1, nullptr);
+    HurriedClock::GoOn();
+    DeleteAllSprites();
+    CloseFrameSemaphore(semaphore);
+}
+
 TEST(SpriteThread, StopsAsOftenAsItWasToldAndGoesOnAsOften) {
     const HurriedClock clock;
     Scene scene;

@@ -4,6 +4,8 @@
 
 #include <array>
 
+#include "fenlight/images.h"
+#include "fenlight/platform/windows.h"
 #include "fenlight/sprite_animation.h"
 #include "fenlight/sprite_movement.h"
 #include "fenlight/sprite_thread.h"
@@ -161,6 +163,24 @@ TEST(SpriteStress, SurvivesEveryCallAgainstTheRunningThread) {
     EXPECT_EQ(SpriteList.load(), nullptr);
     EXPECT_EQ(SpriteThread.load(), 0u);
     EXPECT_GT(clock.Looks(), 100u) << "frames ran beside the calls";
+}
+
+// Contexts of all four kinds that end while the thread draws with them.
+TEST(SpriteStress, SurvivesContextsThatGoWhileTheyAreInUse) {
+    const HurriedClock clock;
+    const Scene scene;
+    const SpriteArguments arguments = scene.Sprite(5, 5);
+    const uintptr_t sprite = InitSprite5(&arguments);
+    for (int round = 0; round < 400 || clock.Looks() < 400; ++round) {
+        const uintptr_t image = CreateImage(GetDC(0), 64, 64);
+        ASSERT_NE(image, 0u);
+        ChangeSpritePara(sprite, std::array{0, 56, 68, 84}[static_cast<size_t>(round) % 4],
+                         static_cast<intptr_t>(image));
+        SpriteToHDC(sprite);
+        if (round % 3 == 0) std::this_thread::yield();
+        EXPECT_EQ(FreeImage(image), 1);
+    }
+    DeleteAllSprites();
 }
 
 }  // namespace
