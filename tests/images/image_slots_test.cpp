@@ -2,6 +2,7 @@
 #include "images/image_slots.h"
 
 #include <algorithm>
+#include <random>
 #include <vector>
 
 #include "fenlight/images.h"
@@ -26,6 +27,8 @@ class ImageSlots : public ::testing::Test {
         EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0}));
         EXPECT_EQ(ImageDCTable.back(), 3u);
         EXPECT_EQ(ImageBitmapTable.back(), 3u);
+        EXPECT_EQ(std::count(ImageDCTable.begin(), ImageDCTable.end(), 0u), 32);
+        EXPECT_EQ(std::count(ImageBitmapTable.begin(), ImageBitmapTable.end(), 0u), 32);
     }
 
   private:
@@ -68,16 +71,36 @@ TEST_F(ImageSlots, TheLowestFreeSlotIsTakenAndAnswersToZero) {
     EXPECT_EQ(FreeAllImages(), 2);  // slots 0 and 2
 }
 
+// Dead, of another kind, or any number at all.
+std::vector<uintptr_t> HandlesOfNothing(uintptr_t image, HBRUSH brush) {
+    const uintptr_t freed = CreateImage(image, 4, 4);
+    FreeImage(freed);
+    std::vector<uintptr_t> handles{
+        0, 3, freed, ImageBitmapTable[0], brush, ~uintptr_t{0}, image + 2, image | uintptr_t{1} << 40};
+    std::mt19937_64 random(27);
+    for (int bits = 1; bits <= 64; ++bits) handles.push_back(random() >> (64 - bits));
+    std::erase(handles, image);
+    return handles;
+}
+
 TEST_F(ImageSlots, UnknownHandlesGiveTheirFailureValues) {
     const uintptr_t image = CreateImage(GetDC(0), 4, 4);
+    const HBRUSH brush = CreateSolidBrush(0);
+    ColorFillImage(image, 0x123456, 0, 0, 4, 4);
     uint8_t info[40];
     std::fill(std::begin(info), std::end(info), uint8_t{0xA5});
-    for (const uintptr_t unknown :
-         {uintptr_t{0}, uintptr_t{3}, ImageBitmapTable[0], image + 2, ~uintptr_t{0}}) {
+    for (const uintptr_t unknown : HandlesOfNothing(image, brush)) {
         EXPECT_EQ(GetWidthImage(unknown), -1) << unknown;
         EXPECT_EQ(GetHeightImage(unknown), 0) << unknown;
         EXPECT_EQ(GetInfosImage(unknown, info), 0) << unknown;
         EXPECT_EQ(FreeImage(unknown), unknown == 0 ? 5 : 0) << unknown;
+        EXPECT_EQ(ColorFillImage(unknown, 0, 0, 0, 4, 4), 0) << unknown;
+        EXPECT_EQ(SizeImage(unknown, 0, 0, 4, 4, image, 0, 0, 4, 4, 0), 0) << unknown;
+        EXPECT_EQ(SizeImage(image, 0, 0, 4, 4, unknown, 0, 0, 4, 4, 0), 0) << unknown;
+        if (unknown != 0) {  // the screen, the program
+            EXPECT_EQ(CreateImage(unknown, 4, 4), 0u) << unknown;
+            EXPECT_EQ(LoadResourceImage(unknown, "sample"), 0u) << unknown;
+        }
     }
     EXPECT_EQ(std::count(std::begin(info), std::end(info), 0xA5), 40);
     EXPECT_EQ(GetInfosImage(image, nullptr), 0);
@@ -85,8 +108,13 @@ TEST_F(ImageSlots, UnknownHandlesGiveTheirFailureValues) {
          {std::pair{-1, 4}, std::pair{4, INT32_MIN}, std::pair{1 << 20, 1 << 20}}) {
         EXPECT_EQ(CreateImage(GetDC(0), width, height), 0u) << width << " x " << height;
     }
-    EXPECT_EQ(CreateImage(image + 2, 4, 4), 0u);
-    EXPECT_EQ(GetWidthImage(image), 4);
+    // A context of the caller's own is no image, and stays.
+    const HDC own = CreateCompatibleDC(0);
+    EXPECT_EQ(GetWidthImage(own), -1);
+    EXPECT_EQ(FreeImage(own), 0);
+    EXPECT_EQ(DeleteDC(own), 1);
+    EXPECT_TRUE(SamePicture("untouched", ShownBy(image, 4, 4), Picture(4, 4, 0x563412)));
+    DeleteObject(brush);
 }
 
 TEST_F(ImageSlots, HeaderIsThatOfTheBitmap) {
@@ -133,6 +161,9 @@ TEST_F(ImageSlots, SizingRepeatsAndDropsPixels) {
     for (int y = 0; y < 2; ++y) {
         for (int x = 0; x < 4; ++x) SetPixel(source, x, y, static_cast<COLORREF>(x * 40 + (y * 100 << 8)));
     }
+    constexpr int32_t kOtherMode = 1;
+    SetStretchBltMode(source, kOtherMode);
+    SetStretchBltMode(target, kOtherMode);
     for (const int32_t mode : {0, 0xCC0020}) {
         ColorFillImage(target, 0, 0, 0, 10, 6);
         EXPECT_NE(SizeImage(target, 1, 1, 8, 4, source, 0, 0, 4, 2, mode), 0);
@@ -143,8 +174,8 @@ TEST_F(ImageSlots, SizingRepeatsAndDropsPixels) {
         }
         EXPECT_TRUE(SamePicture("sized", ShownBy(target, 10, 6), expected)) << mode;
     }
-    EXPECT_EQ(SizeImage(target, 0, 0, 4, 2, 0, 0, 0, 4, 2, 0), 0);
-    EXPECT_EQ(SizeImage(0, 0, 0, 4, 2, source, 0, 0, 4, 2, 0), 0);
+    EXPECT_EQ(SetStretchBltMode(source, kOtherMode), COLORONCOLOR);
+    EXPECT_EQ(SetStretchBltMode(target, kOtherMode), COLORONCOLOR);
 }
 
 // What the names of the operations mean, bit by bit, over pattern (the brush, white), source and target.
