@@ -100,13 +100,26 @@ TEST(Random, EveryReasonOfTheEntryRoutineStartsANewSequence) {
     }
 }
 
-TEST(Random, AThreadOfTheLibraryReseedsAtItsStart) {
+// Looks before any test has seeded.
+struct SeededAtLoad : ::testing::Environment {
+    void SetUp() override { EXPECT_NE(RandomStateWord(0), 0u); }
+};
+const auto *const seededAtLoad = ::testing::AddGlobalTestEnvironment(new SeededAtLoad);
+
+TEST(Random, AThreadOfTheLibraryReseedsAtItsStartAndItsEnd) {
+    static uint32_t wordInThread;
+    wordInThread = 0;
+    const auto lookAndSeed = [](void *) -> DWORD {
+        wordInThread = RandomStateWord(0);
+        RandomSeed(0);
+        return 0;
+    };
     RandomSeed(0);
-    const HANDLE thread = CreateThread(
-        nullptr, 0, [](void *) -> DWORD { return 0; }, nullptr, 0, nullptr);
+    const HANDLE thread = CreateThread(nullptr, 0, lookAndSeed, nullptr, 0, nullptr);
     ASSERT_NE(thread, 0u);
     EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
     CloseHandle(thread);
+    EXPECT_NE(wordInThread, 0u);
     EXPECT_NE(RandomStateWord(0), 0u);
 }
 
