@@ -106,16 +106,18 @@ FENLIGHT_API int32_t SizeImage(uintptr_t destDC, int32_t destX, int32_t destY, i
 /// Loads a picture file.
 /// @param fileName  path, absolute or relative to the current directory, at most 1023 bytes when absolute
 /// @return the image's handle, or 0. GetLastError() then is 2 if there is no such file or no picture in it
-///         that can be read, 8 without memory for the path; it tells nothing for a bad PNG, and is left alone
-///         if all slots are in use (the file is not opened then).
+///         that can be read, 8 without memory for the path; the code of the failure, 0x80000000 or above, if
+///         a picture was read but could not be drawn. It tells nothing for a bad PNG, and is left alone if all
+///         slots are in use (the file is not opened then).
 /// @note One calling thread.
 FENLIGHT_API uintptr_t LoadFileImage(const char *fileName) FENLIGHT_NOEXCEPT;
 
 /// Loads a picture from memory: the bytes of a whole picture file.
 /// @param data  the bytes; only read during the call, they stay the caller's
 /// @param size  how many; below 4 there is no picture
-/// @return the image's handle, or 0. GetLastError() then is 87 if the data is no picture that can be read; it
-///         tells nothing for a bad PNG, and is left alone if all slots are in use.
+/// @return the image's handle, or 0. GetLastError() then is 87 if the data is no picture that can be read, or
+///         as for LoadFileImage if it could not be drawn; it tells nothing for a bad PNG, and is left alone if
+///         all slots are in use.
 /// @note One calling thread.
 FENLIGHT_API uintptr_t LoadMemoryImage(const void *data, int32_t size) FENLIGHT_NOEXCEPT;
 

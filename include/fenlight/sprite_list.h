@@ -94,9 +94,8 @@ FENLIGHT_API int32_t DeleteSprite(uintptr_t sprite) FENLIGHT_NOEXCEPT;
 /// Lets all sprites vanish and returns when they are gone, their records are dead and the list is empty,
 /// about two frames later. With no sprite it returns at once.
 /// @return 0
-/// @note One calling thread. It waits for good while StopAllSprites keeps the sprite thread stopped: let it
-/// go
-///       on first.
+/// @note One calling thread. It waits for good while StopAllSprites keeps the sprite thread stopped; let it
+///       go on first.
 FENLIGHT_API int32_t DeleteAllSprites(void) FENLIGHT_NOEXCEPT;
 
 /// Counts the sprites that have not been deleted. The last one of the list always counts, deleted or not.

@@ -23,8 +23,8 @@ FENLIGHT_BEGIN_C
 ///       DeleteAllSprites would wait for good.
 FENLIGHT_API int32_t StopAllSprites(int32_t mode) FENLIGHT_NOEXCEPT;
 
-/// Slows the sprites down: a pause before each sprite in each frame, so a frame of n sprites lasts n times as
-/// long. Other drawing threads wait meanwhile.
+/// Slows the sprites down: a pause before each record of the list in each frame, finished ones included, so a
+/// frame lasts at least as many pauses as CountAllSprites tells. Other drawing threads wait meanwhile.
 /// @param milliseconds  pause; 0 or below is none
 /// @note One calling thread. Nothing happens while there is no sprite; the setting ends with the list.
 FENLIGHT_API void SpriteThreadBrake(int32_t milliseconds) FENLIGHT_NOEXCEPT;
