@@ -24,6 +24,12 @@ Pauses PausesOfFrame(SteppedClock &clock, uint32_t work) {
     return clock.sleeps;
 }
 
+// Looks before any test has run a frame.
+struct RateAtLoad : ::testing::Environment {
+    void SetUp() override { EXPECT_EQ(GetSpritesFps(), 62); }
+};
+const auto *const rateAtLoad = ::testing::AddGlobalTestEnvironment(new RateAtLoad);
+
 TEST(SpriteThread, PacesItsFramesAndTellsTheirRate) {
     SteppedClock clock;
     Scene scene;
