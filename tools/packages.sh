@@ -5,7 +5,7 @@ build_packages="g++ gcc cmake ninja-build pkg-config libsdl2-dev libgdk-pixbuf-2
   libjpeg62-turbo-dev libcurl4-openssl-dev"
 test_packages="libgtest-dev libgmock-dev libbenchmark-dev python3 xvfb x11-apps x11-utils xdotool imagemagick
   xfonts-base"
-full_packages="clang-14 libclang-rt-14-dev clang-tidy-14 clang-format-14"
+full_packages="git clang-14 libclang-rt-14-dev clang-tidy-14 clang-format-14"
 
 install_packages() {
   missing=""
