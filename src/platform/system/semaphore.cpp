@@ -33,35 +33,41 @@ void Semaphore::DropOwner() noexcept {
     }
 }
 
+// With the mutex held.
+void Semaphore::TakeUnit() {
+    --count_;
+    isAsking_ = file_ != nullptr;
+}
+
+// What becomes of a unit once the file has answered.
+bool Semaphore::KeepUnit(bool hasFile) {
+    const std::lock_guard lock(mutex_);
+    isAsking_ = false;
+    if (hasFile) return true;
+    ++count_;
+    released_.notify_one();
+    return false;
+}
+
 bool Semaphore::TryTake() {
     {
         const std::lock_guard lock(mutex_);
         if (count_ == 0) return false;
-        --count_;
+        TakeUnit();
     }
-    if (file_ == nullptr || file_->TryLock()) return true;
-    GiveBackUnit();
-    return false;
-}
-
-void Semaphore::GiveBackUnit() {
-    const std::lock_guard lock(mutex_);
-    ++count_;
-    released_.notify_one();
+    return file_ == nullptr || KeepUnit(file_->TryLock());
 }
 
 bool Semaphore::WaitForUnit(const Deadline &deadline) {
     std::unique_lock lock(mutex_);
     if (!deadline.Wait(released_, lock, [this] { return count_ > 0; })) return false;
-    --count_;
+    TakeUnit();
     return true;
 }
 
 bool Semaphore::WaitAndTake(const Deadline &deadline) {
     if (!WaitForUnit(deadline)) return false;
-    if (file_ == nullptr || file_->Lock(deadline)) return true;
-    GiveBackUnit();
-    return false;
+    return file_ == nullptr || KeepUnit(file_->Lock(deadline));
 }
 
 bool Semaphore::Take(const Deadline &deadline) noexcept {
@@ -78,7 +84,7 @@ bool Semaphore::Take(const Deadline &deadline) noexcept {
 
 bool Semaphore::Release(int32_t units, int32_t *previous) noexcept {
     const std::lock_guard lock(mutex_);
-    if (units > maximumCount_ - count_) return false;
+    if (isAsking_ || units > maximumCount_ - count_) return false;
     if (previous != nullptr) *previous = count_;
     // First the file: once the count says so, the next thread of this process may take it.
     if (file_ != nullptr) file_->Unlock();
@@ -95,6 +101,7 @@ void Semaphore::StartAnewInChild() {
     // The waiting threads did not come along, but their marks in the condition variable did.
     new (&released_) std::condition_variable;
     if (file_ != nullptr) count_ = initialCount_;
+    isAsking_ = false;
 }
 
 namespace {

@@ -40,7 +40,8 @@ class Semaphore {
     // Takes one unit; false at the deadline. A thread that is stopped while it waits takes nothing until it
     // is resumed.
     bool Take(const Deadline &deadline) noexcept;
-    // False, with nothing changed, if the count would exceed the maximum.
+    // False, with nothing changed, if the count would exceed the maximum, or if another process holds the
+    // file.
     bool Release(int32_t units, int32_t *previous) noexcept;
 
     // Around a fork. The lock of the file stays with the parent, so the child starts as if nobody had taken
@@ -53,12 +54,14 @@ class Semaphore {
     bool TryTake();
     bool WaitAndTake(const Deadline &deadline);
     bool WaitForUnit(const Deadline &deadline);
-    void GiveBackUnit();
+    void TakeUnit();
+    bool KeepUnit(bool hasFile);
 
     std::atomic<uint32_t> owners_{1};
-    std::mutex mutex_;  // over count_
+    std::mutex mutex_;  // over count_ and isAsking_
     std::condition_variable released_;
     int32_t count_;
+    bool isAsking_ = false;  // the unit is with a thread that does not have the lock of the file yet
     const int32_t initialCount_;
     const int32_t maximumCount_;
     LockFile *const file_;  // held while the one unit is taken

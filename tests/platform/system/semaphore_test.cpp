@@ -162,6 +162,7 @@ TEST(NamedSemaphore, KeepsOtherProcessesOutUntilTheHolderDies) {
     const HANDLE waiter = CreateThread(nullptr, 0, RunWait, &semaphore, 0, nullptr);
     EXPECT_EQ(WaitForSingleObject(waiter, 20), WAIT_TIMEOUT);
     EXPECT_EQ(SuspendThread(waiter), 0u) << "a thread that waits for another process counts as stopped";
+    EXPECT_FALSE(ReleaseSemaphore(semaphore, 1, nullptr)) << "nor while a thread waits for that process";
     Kill(holder);
     EXPECT_EQ(WaitForSingleObject(semaphore, INFINITE), WAIT_OBJECT_0)
         << "the stopped thread must not take it";
