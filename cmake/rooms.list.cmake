@@ -20,6 +20,7 @@ if(TARGET graphics_test)
   fenlight_add_resources(graphics_test BITMAP figure tests/platform/graphics/figure.bmp)
 endif()
 fenlight_test(window_test   platform/window   platform_window)
+fenlight_test(handles_test  platform/handles  platform_window)
 fenlight_test(pictures_test platform/pictures platform_pictures)
 if(TARGET pictures_test)
   target_link_libraries(pictures_test PRIVATE JPEG::JPEG)  # the judge of its JPEG pictures
