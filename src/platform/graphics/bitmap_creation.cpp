@@ -27,26 +27,11 @@ Picture MakeCompatiblePicture(HDC handle, int32_t width, int32_t height) {
     return MakePicture({.width = width, .height = height, .format = view.format, .palette = palette});
 }
 
+// One bit without a colour table is monochrome.
 bool ReadDeviceFormat(UINT bitCount, PixelFormat &format) {
-    switch (bitCount) {
-        case 1:
-            format = PixelFormat::Mono;
-            return true;
-        case 4:
-            format = PixelFormat::Indexed4;
-            return true;
-        case 8:
-            format = PixelFormat::Indexed8;
-            return true;
-        case 24:
-            format = PixelFormat::Bgr24;
-            return true;
-        case 32:
-            format = PixelFormat::Bgrx32;
-            return true;
-        default:
-            return false;
-    }
+    if (!ReadFormat(bitCount, format)) return false;
+    if (format == PixelFormat::Indexed1) format = PixelFormat::Mono;
+    return true;
 }
 
 // The bits of CreateBitmap: rows from the top, each on two bytes.

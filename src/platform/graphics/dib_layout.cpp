@@ -12,28 +12,6 @@ constexpr uint32_t kPlainHeader = sizeof(BITMAPINFOHEADER);
 constexpr uint32_t kVersion4Header = 108;
 constexpr uint32_t kVersion5Header = 124;
 
-bool ReadFormat(uint16_t bitCount, PixelFormat &format) {
-    switch (bitCount) {
-        case 1:
-            format = PixelFormat::Indexed1;
-            return true;
-        case 4:
-            format = PixelFormat::Indexed4;
-            return true;
-        case 8:
-            format = PixelFormat::Indexed8;
-            return true;
-        case 24:
-            format = PixelFormat::Bgr24;
-            return true;
-        case 32:
-            format = PixelFormat::Bgrx32;
-            return true;
-        default:
-            return false;
-    }
-}
-
 // In formats without a table the field may hold anything.
 int32_t CountColours(const BITMAPINFOHEADER &header, PixelFormat format) {
     if (!IsIndexed(format)) return 0;
@@ -58,6 +36,28 @@ PixelView DibLayout::View(void *bits, int32_t lines) const {
     view.height = lines;
     view.format = format;
     return view;
+}
+
+bool ReadFormat(UINT bitCount, PixelFormat &format) noexcept {
+    switch (bitCount) {
+        case 1:
+            format = PixelFormat::Indexed1;
+            return true;
+        case 4:
+            format = PixelFormat::Indexed4;
+            return true;
+        case 8:
+            format = PixelFormat::Indexed8;
+            return true;
+        case 24:
+            format = PixelFormat::Bgr24;
+            return true;
+        case 32:
+            format = PixelFormat::Bgrx32;
+            return true;
+        default:
+            return false;
+    }
 }
 
 bool ReadDibLayout(const void *headerAddress, DibLayout &layout) noexcept {

@@ -25,6 +25,8 @@ struct DibLayout {
 
 using Palette = std::array<uint32_t, kPaletteSize>;
 
+// The format of a picture of that depth with a colour table where it can have one. False for other depths.
+bool ReadFormat(UINT bitCount, PixelFormat &format) noexcept;
 // Uncompressed, 1, 4, 8, 24 or 32 bits, of a size that a bitmap may have, and a header of 40, 108 or 124
 // bytes. False for all others. `header` may stand at any address; its first four bytes are its size.
 bool ReadDibLayout(const void *header, DibLayout &layout) noexcept;
