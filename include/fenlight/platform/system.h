@@ -129,7 +129,7 @@ FENLIGHT_API DWORD ResumeThread(HANDLE thread) FENLIGHT_NOEXCEPT;
 
 /// Reads what a thread returned.
 /// @param exitCode  takes STILL_ACTIVE while the thread runs, its exit code afterwards; unchanged on failure
-/// @return 1, or 0 for a wrong handle or if `exitCode` is 0
+/// @return 1; 0 with ERROR_INVALID_HANDLE, or with ERROR_INVALID_PARAMETER if `exitCode` is 0
 FENLIGHT_API BOOL GetExitCodeThread(HANDLE thread, DWORD *exitCode) FENLIGHT_NOEXCEPT;
 
 /// Has a function called on each thread that CreateThread starts. An addition of our own.
@@ -174,7 +174,8 @@ FENLIGHT_API BOOL CloseHandle(HANDLE object) FENLIGHT_NOEXCEPT;
 /* Files */
 
 /// Gives the directory for temporary files: the user's own, closed to all others, made when missing. It lies
-/// in TMPDIR or /tmp. Files of fixed names in it are safe.
+/// in the first of TMPDIR, /tmp and XDG_RUNTIME_DIR that has room for it. Files of fixed names in it are
+/// safe.
 /// @param size    bytes of `buffer`
 /// @param buffer  takes the path, with a slash at the end and a zero behind it; unchanged if it is too small.
 ///                May be 0.
@@ -189,8 +190,8 @@ FENLIGHT_API DWORD GetTempPathA(DWORD size, char *buffer) FENLIGHT_NOEXCEPT;
 /// @param buffer    takes the path; unchanged if it is too small. May be 0, else must not overlap `fileName`.
 /// @param filePart  takes the address of the last step within `buffer`, 0 if the path ends with a slash or if
 ///                  nothing was stored; may be 0
-/// @return the length without the zero; the size needed, with the zero, if `buffer` is 0 or too small; 0 on
-///         failure
+/// @return the length without the zero; the size needed, with the zero, if `buffer` is 0 or too small; 0 with
+///         123 (no name), ERROR_PATH_NOT_FOUND (the current directory is gone) or ERROR_NOT_ENOUGH_MEMORY
 FENLIGHT_API DWORD GetFullPathNameA(const char *fileName, DWORD size, char *buffer,
                                     char **filePart) FENLIGHT_NOEXCEPT;
 

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "fenlight/platform/system.h"
+#include "platform/system/failure_point.h"
 
 namespace fenlight::platform {
 namespace {
@@ -74,7 +75,7 @@ DWORD GetFullPathNameA(const char *fileName, DWORD size, char *buffer, char **fi
         return 0;
     }
     try {
-        const std::string path = FullPathOf(fileName);
+        const std::string path = OperationFails(Operation::File) ? std::string() : FullPathOf(fileName);
         if (path.empty() || path.size() >= UINT32_MAX) {
             SetLastError(ERROR_PATH_NOT_FOUND);
             return 0;

@@ -21,6 +21,9 @@ ThreadRecord::ThreadRecord(uint32_t suspendCount) noexcept : suspendCount_(suspe
     standingStops.fetch_add(suspendCount, std::memory_order_relaxed);
 }
 
+// A thread that was to be made stopped, but never came into being, leaves its stop here.
+ThreadRecord::~ThreadRecord() { standingStops.fetch_sub(suspendCount_, std::memory_order_relaxed); }
+
 void ThreadRecord::DropOwner() noexcept {
     if (owners_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
 }

@@ -49,7 +49,7 @@ class ThreadRecord {
     bool WaitForEnd(const Deadline &deadline) noexcept;
 
   private:
-    ~ThreadRecord() = default;
+    ~ThreadRecord();
     bool IsStopped() const { return restDepth_ > 0 || isParked_ || hasEnded_; }
     void WaitAtGate(std::unique_lock<std::mutex> &lock);
     void WaitUntilStopped(std::unique_lock<std::mutex> &lock);

@@ -247,6 +247,10 @@ TEST_F(FileTest, FullPathsReportTheRoomTheyNeed) {
     }
     EXPECT_EQ(GetFullPathNameA("", 10, nullptr, nullptr), 0u);
     EXPECT_EQ(GetFullPathNameA(nullptr, 10, nullptr, nullptr), 0u);
+    FailOnce(Operation::File, 1);
+    EXPECT_EQ(GetFullPathNameA("/a", 0, nullptr, nullptr), 0u);
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    ForgetFailures();
 }
 
 TEST_F(FileTest, TheTemporaryDirectoryIsTheUsersOwnOrNone) {
