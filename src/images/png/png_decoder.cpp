@@ -9,8 +9,8 @@
 #include "images/png/png_chunks.h"
 #include "images/png/png_format.h"
 #include "images/png/png_inflate.h"
-#include "images/png/png_pages.h"
 #include "images/png/png_rows.h"
+#include "platform/system/large_pages.h"
 
 namespace fenlight {
 
@@ -158,7 +158,7 @@ int32_t PngLoaderDecode(PngContext *context) noexcept {
     if (!CanStreamFill(*context, rawSize)) return Fail(*context, PngErrorData);
     const auto rawData = static_cast<uint8_t *>(GlobalAlloc(GMEM_FIXED, rawSize));
     if (rawData == nullptr) return Fail(*context, PngErrorMemory);
-    AdviseLargePages(rawData, rawSize);
+    platform::AdviseLargePages(rawData, rawSize);
     const PngError error = InflateImageData(*context, rawData, static_cast<uint32_t>(rawSize));
     if (error != PngErrorNone) {
         GlobalFree(rawData);
@@ -184,7 +184,6 @@ HBITMAP PngLoaderCreateBitmap(PngContext *context) noexcept {
         return 0;
     }
     const BitmapRows target{static_cast<uint8_t *>(bits), BitmapPitch(format, context->width)};
-    AdviseLargePages(bits, target.pitch * context->height);
     const RowsResult result = StoreRows(*context, format, target);
     if (result == RowsResult::Done) return section;
     if (result == RowsResult::NoMemory) Fail(*context, PngErrorMemory);

@@ -9,6 +9,7 @@
 
 #include "platform/graphics/record_pool.h"
 #include "platform/system/handle_table.h"
+#include "platform/system/large_pages.h"
 
 namespace fenlight::platform {
 namespace {
@@ -98,10 +99,12 @@ Picture MakePicture(const PictureShape &shape) noexcept {
     const int64_t pitch = PitchOf(shape);
     // calloc leaves the pages of a large picture untouched until something draws on them.
     const auto bytes = static_cast<size_t>(pitch * shape.height);
-    picture.memory.reset(static_cast<uint8_t *>(std::calloc(bytes + kCacheLine, 1)));
+    const size_t alignment = bytes >= kLargePage ? kLargePage : kCacheLine;
+    picture.memory.reset(static_cast<uint8_t *>(std::calloc(bytes + alignment, 1)));
     if (picture.memory == nullptr) return picture;
     const auto start = reinterpret_cast<uintptr_t>(picture.memory.get());
-    uint8_t *firstRow = picture.memory.get() + (kCacheLine - start % kCacheLine) % kCacheLine;
+    uint8_t *firstRow = picture.memory.get() + (alignment - start % alignment) % alignment;
+    AdviseLargePages(firstRow, bytes);
     PixelView &view = picture.view;
     view.topRow = shape.isTopDown ? firstRow : firstRow + pitch * (shape.height - 1);
     view.pitch = shape.isTopDown ? pitch : -pitch;

@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: Zlib
-#include "images/png/png_pages.h"
+#include "platform/system/large_pages.h"
 
 #include <sys/mman.h>
 
 #include <cerrno>
 #include <cstdint>
 
-namespace fenlight {
-
-namespace {
-
-constexpr uintptr_t kLargePage = uintptr_t{2} << 20;
-constexpr uintptr_t kPage = 4096;
-
-}  // namespace
+namespace fenlight::platform {
 
 void AdviseLargePages(void *block, size_t bytes) noexcept {
+    constexpr uintptr_t kPage = 4096;
     if (bytes < kLargePage) return;
     const auto start = (reinterpret_cast<uintptr_t>(block) + kPage - 1) / kPage * kPage;
     const auto end = (reinterpret_cast<uintptr_t>(block) + bytes) / kPage * kPage;
@@ -24,4 +18,4 @@ void AdviseLargePages(void *block, size_t bytes) noexcept {
     errno = savedError;
 }
 
-}  // namespace fenlight
+}  // namespace fenlight::platform
