@@ -94,10 +94,11 @@ FENLIGHT_API int32_t SizeImage(uintptr_t destDC, int32_t destX, int32_t destY, i
                                int32_t srcWidth, int32_t srcHeight, int32_t mode) FENLIGHT_NOEXCEPT;
 
 /* Loading. The first four bytes decide: PNG goes to the library's own decoder and keeps its pixel format (1,
- * 4 or 8 bits with palette, 24 or 32 bits), with its size in pixels. BMP, JPEG, GIF (first frame), ICO and CUR
- * (the largest picture), TIFF, TGA, and WebP where the system has a module for it, become images of the
- * screen's format and come out at the size that their stored resolution gives on a screen of 96 dots per inch:
- * a JPEG of 72 dots per inch a third larger than its pixels. Without a stored resolution pixels stay pixels.
+ * 4 or 8 bits with palette, 24 or 32 bits), with its size in pixels. BMP, JPEG, GIF (first frame), ICO and
+ * CUR (the largest picture), TIFF, TGA, and WebP where the system has a module for it, become images of the
+ * screen's format and come out at the size that their stored resolution gives on a screen of 96 dots per
+ * inch: a JPEG of 72 dots per inch a third larger than its pixels. Without a stored resolution pixels stay
+ * pixels.
  *
  * Transparency is not kept: PNG, BMP and TGA show their colours as stored, transparent parts of the other
  * formats are white. A file that is cut off, announces more than 2^28 pixels, or more than its data could
@@ -107,8 +108,8 @@ FENLIGHT_API int32_t SizeImage(uintptr_t destDC, int32_t destX, int32_t destY, i
 /// @param fileName  path, absolute or relative to the current directory, at most 1023 bytes when absolute
 /// @return the image's handle, or 0. GetLastError() then is 2 if there is no such file or no picture in it
 ///         that can be read, 8 without memory for the path; the code of the failure, 0x80000000 or above, if
-///         a picture was read but could not be drawn. It tells nothing for a bad PNG, and is left alone if all
-///         slots are in use (the file is not opened then).
+///         a picture was read but could not be drawn. It tells nothing for a bad PNG, and is left alone if
+///         all slots are in use (the file is not opened then).
 /// @note One calling thread.
 FENLIGHT_API uintptr_t LoadFileImage(const char *fileName) FENLIGHT_NOEXCEPT;
 
@@ -116,8 +117,8 @@ FENLIGHT_API uintptr_t LoadFileImage(const char *fileName) FENLIGHT_NOEXCEPT;
 /// @param data  the bytes; only read during the call, they stay the caller's
 /// @param size  how many; below 4 there is no picture
 /// @return the image's handle, or 0. GetLastError() then is 87 if the data is no picture that can be read, or
-///         as for LoadFileImage if it could not be drawn; it tells nothing for a bad PNG, and is left alone if
-///         all slots are in use.
+///         as for LoadFileImage if it could not be drawn; it tells nothing for a bad PNG, and is left alone
+///         if all slots are in use.
 /// @note One calling thread.
 FENLIGHT_API uintptr_t LoadMemoryImage(const void *data, int32_t size) FENLIGHT_NOEXCEPT;
 

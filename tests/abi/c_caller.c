@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: Zlib */
-/* A caller in C that knows nothing but the public headers: one sprite from a painted strip walks over a window's
- * picture, is watched through the screen's pixels, and goes again. */
+/* A caller in C that knows nothing but the public headers: one sprite from a painted strip walks over a
+ * window's picture, is watched through the screen's pixels, and goes again. */
 #include <stdio.h>
 #include <string.h>
 

@@ -1,5 +1,6 @@
 /* SPDX-License-Identifier: Zlib */
-/* A program of another project: installed headers, installed libraries, a picture embedded into the program. */
+/* A program of another project: installed headers, installed libraries, a picture embedded into the program.
+ */
 #include <fenlight/fenlight.h>
 #include <fenlight/platform.h>
 #include <stdio.h>

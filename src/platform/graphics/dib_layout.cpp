@@ -15,7 +15,7 @@ constexpr uint32_t kVersion5Header = 124;
 // In formats without a table the field may hold anything.
 int32_t CountColours(const BITMAPINFOHEADER &header, PixelFormat format) {
     if (!IsIndexed(format)) return 0;
-    const uint32_t most = 1u << BitsPerPixel(format);
+    const auto most = static_cast<uint32_t>(uint64_t{1} << BitsPerPixel(format));
     return static_cast<int32_t>(header.biClrUsed == 0 ? most : std::min<uint32_t>(header.biClrUsed, most));
 }
 

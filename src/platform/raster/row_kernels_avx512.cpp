@@ -41,8 +41,8 @@ constexpr Places kClose{[](int i) { return (i / 3 * 4 + i % 3) % 64; }};
 constexpr Places kEveryFourth{[](int i) { return 4 * i % 128; }};
 constexpr __mmask64 kColourBytes = 0x7777777777777777;
 
-// A store of 64 bytes at a place that is no multiple of 64 always meets two cache lines, one of 32 bytes only every
-// other time; for the short rows of sprites that counts more than the number of instructions.
+// A store of 64 bytes at a place that is no multiple of 64 always meets two cache lines, one of 32 bytes only
+// every other time; for the short rows of sprites that counts more than the number of instructions.
 constexpr int64_t kShortRow = 256;
 
 void CopyShortRow(uint8_t *target, const uint8_t *source, int64_t bytes) {
