@@ -241,6 +241,30 @@ TEST(Transfers, AreNeverTorn) {
     EXPECT_EQ(torn.load(), 0);
 }
 
+// A thread that draws one large picture after another lets others have their turn in between.
+TEST(Transfers, KeepNobodyOutOfABitmapForLong) {
+    constexpr int kSize = 2048, kReads = 20, kMostTransfers = 20 * kReads;
+    const Canvas busy(kSize, kSize), source(kSize, kSize);
+    std::atomic<int> transfers{0};
+    std::atomic<bool> isOver{false};
+    std::thread painter([&] {
+        while (!isOver.load()) {
+            BitBlt(busy.context, 0, 0, kSize, kSize, source.context, 0, 0, SRCCOPY);
+            ++transfers;
+        }
+    });
+    int waited = 0;  // transfers that were done while a read waited
+    for (int read = 0; read < kReads && waited < kMostTransfers; ++read) {
+        for (const int last = transfers.load(); transfers.load() == last;) std::this_thread::yield();
+        waited -= transfers.load();
+        GetPixel(busy.context, 0, 0);
+        waited += transfers.load();
+    }
+    EXPECT_LT(waited, kMostTransfers) << "one or two for each read are fair";
+    isOver = true;
+    painter.join();
+}
+
 // A thread that waits to draw must not draw on a bitmap that has left the context in the meantime.
 TEST(Contexts, LeaveABitmapAloneOnceItIsReplaced) {
     constexpr int kSize = 128;
