@@ -88,8 +88,8 @@ FENLIGHT_API BOOL DeleteDC(HDC context) FENLIGHT_NOEXCEPT;
 
 /// Makes a black bitmap of the format, and with the colours, of the bitmap that is selected into a context. A
 /// fresh memory context has a monochrome one: pass the screen's or a window's context for a bitmap in colour.
-/// @param width   pixels; with `height` at most 2^28 pixels together; 0 gives one monochrome pixel, as
-/// published
+/// @param width   pixels; with `height` at most 2^28 pixels and 2 GB together; 0 gives one monochrome pixel,
+/// as published
 /// @param height  pixels, as `width`
 /// @return the bitmap, to be deleted by DeleteObject; 0 for a dead context, a negative or too large size, or
 /// where

@@ -97,6 +97,7 @@ Picture MakePicture(const PictureShape &shape) noexcept {
     if (!IsBitmapSize(shape.width, shape.height)) return picture;
     if (IsIndexed(shape.format) && !CopyPalette(picture, shape.palette)) return picture;
     const int64_t pitch = PitchOf(shape);
+    if (pitch * shape.height > kMaxBitmapBytes) return picture;
     // calloc leaves the pages of a large picture untouched until something draws on them.
     const auto bytes = static_cast<size_t>(pitch * shape.height);
     const size_t alignment = bytes >= kLargePage ? kLargePage : kCacheLine;

@@ -22,6 +22,8 @@ struct Context;
 
 // Pixels of one bitmap: 1 GiB at 32 bits. More is a mistake or an attack.
 inline constexpr int64_t kMaxBitmapPixels = int64_t{1} << 28;
+// Rows of compatible bitmaps take 64 bytes at least, so thin and high ones need a limit of their own.
+inline constexpr int64_t kMaxBitmapBytes = int64_t{1} << 31;
 inline constexpr int kPaletteSize = 256;
 
 struct FreeMemory {

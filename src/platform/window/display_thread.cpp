@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
@@ -38,6 +39,7 @@ enum class Phase { NotStarted, Running, Ending, AtRest };
 class DisplayThread {
   public:
     bool Call(void (*call)(void *), void *argument) {
+        if (IsForkedChild()) return false;
         Request request{call, argument};
         std::unique_lock lock(mutex_);
         if (!EnsureStarted()) return false;
@@ -48,11 +50,19 @@ class DisplayThread {
     }
 
     bool IsRunning() {
+        if (IsForkedChild()) return false;
         const std::lock_guard lock(mutex_);
         return phase_ == Phase::Running;
     }
 
   private:
+    // A child has a copy of this record but not the thread, and a copy of the lock that nobody may ever give
+    // back.
+    bool IsForkedChild() const {
+        const pid_t process = process_.load(std::memory_order_relaxed);
+        return process != 0 && process != getpid();
+    }
+
     // Everything below is called with the lock held, except Main and Rest.
     bool EnsureStarted();
     void Append(Request *request);
@@ -70,7 +80,7 @@ class DisplayThread {
     Request *first_ = nullptr;
     Request *last_ = nullptr;
     Phase phase_ = Phase::NotStarted;
-    pid_t process_ = 0;
+    std::atomic<pid_t> process_{0};       // the one that the thread runs in
     SteadyClock::time_point nextTick_{};  // the thread's own
 };
 
@@ -111,7 +121,7 @@ bool DisplayThread::EnsureStarted() {
     };
     if (!StartThread(start, this)) return false;
     phase_ = Phase::Running;
-    process_ = getpid();
+    process_.store(getpid(), std::memory_order_relaxed);
     // Registered late and so run early: before the libraries under SDL take themselves down.
     std::atexit([] { TheDisplayThread().Rest(); });
     return true;
@@ -182,8 +192,8 @@ void DisplayThread::Main() {
 // Runs at the exit of the process. A forked child has no display thread to wait for; and where the X
 // connection broke, it is the display thread itself that exits, inside a task or a tick.
 void DisplayThread::Rest() {
+    if (IsForkedChild()) return;
     std::unique_lock lock(mutex_);
-    if (getpid() != process_) return;
     phase_ = Phase::Ending;
     wake_.notify_one();
     served_.wait_for(lock, kRestDeadline, [this] { return phase_ == Phase::AtRest; });

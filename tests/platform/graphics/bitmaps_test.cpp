@@ -164,7 +164,8 @@ TEST(Bitmaps, HaveTheFormatTheyAreAskedFor) {
     EXPECT_EQ(stripes.pixels, (std::vector<uint32_t>{0xFFFFFF, 0, 0xFFFFFF, 0, 0xFFFFFF, 0}));
     DeleteDC(fresh);
     for (const Case &done : cases) EXPECT_EQ(DeleteObject(done.bitmap), 1);
-    for (const auto &[width, height] : {std::pair(-1, 4), {4, -1}, {INT32_MAX, INT32_MAX}, {1 << 28, 2}})
+    for (const auto &[width, height] :
+         {std::pair(-1, 4), {4, -1}, {INT32_MAX, INT32_MAX}, {1 << 28, 2}, {1, 1 << 28}})
         EXPECT_EQ(CreateCompatibleBitmap(ScreenContext(), width, height) |
                       CreateBitmap(width, height, 1, 1, nullptr),
                   0u);

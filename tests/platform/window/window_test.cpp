@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Zlib
 #include <SDL.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -171,6 +173,24 @@ TEST(Window, WhereMemoryRunsOutNothingOpensAndNothingIsLost) {
     EXPECT_EQ(CountHandles(HandleKind::Context), contexts);
     EXPECT_EQ(CountHandles(HandleKind::Bitmap), bitmaps);
     EXPECT_EQ(CountHandles(HandleKind::Window), 0);
+}
+
+// A forked child has the display thread's record but not the thread, and nobody who would answer.
+TEST(Window, AForkedChildIsRefusedInsteadOfWaitingForEver) {
+    const HWND window = OpenWindow("parent", 8, 8);
+    ASSERT_NE(window, 0u);
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(20);
+        const bool isRefused = OpenWindow("child", 8, 8) == 0;
+        DestroyWindow(window);
+        _exit(isRefused ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_EQ(IsWindow(window), 1);
+    DestroyWindow(window);
 }
 
 TEST(MessageBox, ReturnsAtOnceWithoutADisplayAndIsRemembered) {
