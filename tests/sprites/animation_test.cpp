@@ -90,18 +90,5 @@ TEST(FacingStage, ShowsTheStripOfTheHeading) {
         }
 }
 
-TEST(SetSpriteAnim, WritesTheStripForAllDirectionsAndNothingElse) {
-    SpriteRecord record;
-    record.FrameTimer = 9;
-    EXPECT_EQ(SetSpriteAnimMode(HandleOf(&record), kLowest), 0);
-    EXPECT_EQ(SetSpriteAnim(HandleOf(&record), 11, 22, 3, 4, 5, 6, 7), 0);
-    Words expected = {{4, 11}, {8, 22}, {12, 3}, {16, 4}, {20, 5}, {24, 6}, {28, 7}, {144, 1}};
-    for (int32_t position = 160; position < 232; position += 4) expected[position] = position % 8 ? 22 : 11;
-    EXPECT_EQ(WordsOf(record), expected);
-    for (const int32_t result : {SetSpriteAnim(0, 1, 2, 3, 4, 5, 6, 7), SetSpriteAnimMove(0, 1, 2, 3),
-                                 SetSpriteAnimMode(0, 1), GetSpriteAnimModeStatus(0)})
-        EXPECT_EQ(result, 0);
-}
-
 }  // namespace
 }  // namespace fenlight

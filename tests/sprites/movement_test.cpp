@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "fenlight/sprite_animation.h"
 #include "sprites/loose_sprite.h"
 #include "sprites/sprite_list.h"
 #include "sprites/stages.h"
@@ -24,28 +25,22 @@ Point Pass(LooseSprite &sprite) {
 }
 
 TEST(StepOnAxis, GoesTowardsTheTargetAndNoFurther) {
-    struct Case {
-        AxisMotion motion;
-        int32_t expected;
-    };
-    const Case cases[] = {
-        {{10, 20, 9, 0}, 19},
-        {{10, 20, 11, 0}, 20},
-        {{20, 10, 4, 0}, 16},
-        {{20, 10, 99, 0}, 10},
-        {{10, 10, 4, 0}, 10},
-        {{10, 20, 4, 1}, 10},
-        {{10, 20, 4, -1}, 10},
-        {{kLowest, kHighest, kHighest, 0}, -1},
-        {{kHighest, kLowest, kHighest, 0}, 0},
-        {{kHighest - 1, kHighest, kHighest, 0}, kHighest},
-        {{kLowest + 1, kLowest, kHighest, 0}, kLowest},
-        // A negative speed runs away from the target, and round the end of the range.
-        {{10, 20, -3, 0}, 7},
-        {{20, 10, -3, 0}, 23},
-        {{kLowest, 0, -1, 0}, kHighest},
-        {{-1, kLowest, kLowest, 0}, kHighest},
-    };
+    // The last four: a negative speed runs away from the target, and round the end of the range.
+    const std::pair<AxisMotion, int32_t> cases[] = {{{10, 20, 9, 0}, 19},
+                                                    {{10, 20, 11, 0}, 20},
+                                                    {{20, 10, 4, 0}, 16},
+                                                    {{20, 10, 99, 0}, 10},
+                                                    {{10, 10, 4, 0}, 10},
+                                                    {{10, 20, 4, 1}, 10},
+                                                    {{10, 20, 4, -1}, 10},
+                                                    {{kLowest, kHighest, kHighest, 0}, -1},
+                                                    {{kHighest, kLowest, kHighest, 0}, 0},
+                                                    {{kHighest - 1, kHighest, kHighest, 0}, kHighest},
+                                                    {{kLowest + 1, kLowest, kHighest, 0}, kLowest},
+                                                    {{10, 20, -3, 0}, 7},
+                                                    {{20, 10, -3, 0}, 23},
+                                                    {{kLowest, 0, -1, 0}, kHighest},
+                                                    {{-1, kLowest, kLowest, 0}, kHighest}};
     for (const auto &[motion, expected] : cases)
         EXPECT_EQ(StepOnAxis(motion), expected)
             << motion.position << " to " << motion.target << " by " << motion.speed;
@@ -104,12 +99,10 @@ TEST(Movement, SendsASpriteHomeThatIsNotStrictlyInItsCage) {
 
 // A target of -99 has stayed as it was.
 TEST(Movement, TurnsRoundAtTheSidesOfItsRectangle) {
-    struct Case {
+    const struct {
         std::array<int32_t, 4> rect;
-        Point position;
-        Point target;
-    };
-    const Case cases[] = {
+        Point position, target;
+    } cases[] = {
         {{10, 20, 100, 90}, {11, 89}, {-99, -99}}, {{10, 20, 100, 90}, {10, 50}, {100, -99}},
         {{10, 20, 100, 90}, {6, 20}, {100, 90}},   {{10, 20, 100, 90}, {100, 90}, {10, 20}},
         {{10, 20, 100, 90}, {50, 94}, {-99, 20}},  {{-1, -1, -1, -1}, {-1, -1}, {-99, -99}},
@@ -188,17 +181,19 @@ TEST(SteeringFunctions, WriteTheDocumentedWords) {
     const auto leaderWord = static_cast<intptr_t>(leader);
     Words emptyPath = {{336, -8}};
     for (int32_t position = 348; position <= 472; position += 4) emptyPath[position] = 11111;
+    Words strip = {{4, 11}, {8, 22}, {12, 3}, {16, 4}, {20, 5}, {24, 6}, {28, 7}};
     Words stripX = {{4, -6}};
     Words stripY = {{8, 1}};
     for (int32_t position = 160; position < 232; position += 8) {
+        strip[position] = 11;
+        strip[position + 4] = 22;
         stripX[position] = -6;
         stripY[position + 4] = 1;
     }
-    struct Case {
+    const struct {
         std::function<int32_t(uintptr_t)> call;
         Words written;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {[](auto s) { return SetSpritePos(s, 1, 2, 3, 4); }, {{32, 1}, {36, 2}, {40, 3}, {44, 4}}},
         {[](auto s) { return SetSpriteSpeed(s, 1, -2); }, {{48, 1}, {52, -2}}},
         {[](auto s) { return SlowDownSprite(s, 1, 2); }, {{528, 1}, {536, 2}}},
@@ -209,20 +204,27 @@ TEST(SteeringFunctions, WriteTheDocumentedWords) {
         {[](auto s) { return SpriteTableMode(s, 77), 0; }, {{524, 77}}},
         {[=](auto s) { return AttachSprite(s, leader, 1, 2); }, {{484, leaderWord}, {488, 1}, {492, 2}}},
         {[=](auto s) { return AttachSpriteAnim(s, leader); }, {{544, leaderWord}}},
+        {[](auto s) { return SetSpriteAnim(s, 11, 22, 3, 4, 5, 6, 7); }, strip},
+        {[](auto s) { return SetSpriteAnimMove(s, 8, 3, 4); }, {{216, 3}, {220, 4}}},
+        {[](auto s) { return SetSpriteAnimMode(s, kLowest); }, {{144, 1}}},
         {[](auto s) { return MoveSpriteWithTable(s, nullptr, 1, 2, 3, 0); }, {}},
         {[](auto s) { return ChangeSpritePara(s, 4, -6); }, stripX},
         {[](auto s) { return ChangeSpritePara(s, 8, 1); }, stripY},
         {[](auto s) { return ChangeSpritePara(s, 76, kLowest); }, {{76, kLowest}}},
         {[=](auto s) { return ChangeSpritePara(s, 484, leaderWord); }, {{484, leaderWord}}},
     };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         SpriteRecord record;
+        // What the call starts anew.
         if (&c - cases == 2) record.SlowCountX = record.SlowCountY = 5;
+        if (c.written == strip) record.FrameTimer = 9;
         EXPECT_EQ(c.call(HandleOf(&record)), 0) << "row " << &c - cases;
         EXPECT_EQ(WordsOf(record), c.written) << "row " << &c - cases;
         EXPECT_EQ(c.call(0), 0) << "row " << &c - cases;
     }
-    EXPECT_EQ(HasSpriteArrived(0) | GetSpriteMoveXY(0) | GetSpriteMoveX(0) | GetSpriteMoveY(0), 0);
+    EXPECT_EQ(HasSpriteArrived(0) | GetSpriteMoveXY(0) | GetSpriteMoveX(0) | GetSpriteMoveY(0) |
+                  GetSpriteAnimModeStatus(0),
+              0);
     SpriteRecord record;
     for (const int32_t position : {88, 120, 320, -4, kLowest, 1024, kHighest, 1, 2, 5, 10, 1021})
         EXPECT_EQ(ChangeSpritePara(HandleOf(&record), position, 0x1234), 0);

@@ -15,17 +15,6 @@ void GiveNineStrips(const SpriteRecord &record) {
         SetSpriteAnimMove(HandleOf(&record), direction, 100 * direction, 0);
 }
 
-TEST(PassOrder, TheCageComesBeforeFacingAndDrawing) {
-    Scene scene;
-    SpriteRecord &record = scene.Add(90, 30);
-    GiveNineStrips(record);
-    MoveSprite(HandleOf(&record), 95, 30);
-    SetSpriteCage(HandleOf(&record), 0, 0, 50, 50, 20, 10);
-    Scene::Step(1);
-    EXPECT_EQ((std::vector<int32_t>{record.DrawnX, record.DrawnY}), (std::vector<int32_t>{20, 10}));
-    EXPECT_EQ(record.SourceX, 0) << "at home it stands";
-}
-
 // Left of its rectangle, heading further to the left.
 TEST(PassOrder, FacingAndLookingAheadComeBeforeTurningRoundAndThatBeforeMoving) {
     Scene scene;
@@ -34,14 +23,10 @@ TEST(PassOrder, FacingAndLookingAheadComeBeforeTurningRoundAndThatBeforeMoving) 
     SetSpriteSpeed(HandleOf(&record), 4, 4);
     MoveSprite(HandleOf(&record), -50, 30);
     SpriteMovingRect(HandleOf(&record), 10, -1, 60, -1);
-    Scene::Step(1);
-    EXPECT_EQ(record.SourceX, 600);
-    EXPECT_EQ(record.NextX, 6);
-    EXPECT_EQ(record.TargetX, 60);
-    EXPECT_EQ(record.X, 14);
-    Scene::Step(1);
-    EXPECT_EQ(record.SourceX, 200);
-    EXPECT_EQ(record.NextX, 18);
+    for (const Numbers &expected : {Numbers{600, 6, 60, 14}, Numbers{200, 18, 60, 18}}) {
+        Scene::Step(1);
+        EXPECT_EQ((Numbers{record.SourceX, record.NextX, record.TargetX, record.X}), expected);
+    }
 }
 
 // The leader comes later in the list, so what is copied is what it showed in the frame before.
@@ -61,19 +46,22 @@ TEST(PassOrder, CopyingALeadersPictureOverrulesFacingAndComesBeforeDrawing) {
     EXPECT_TRUE(SamePicture("leaders-picture", scene.screen.Get(), expected));
 }
 
-TEST(PassOrder, SlowPeriodsAndTheCageServeSpritesInEveryState) {
+TEST(PassOrder, SlowPeriodsAndTheCageComeFirstAndServeSpritesInEveryState) {
     for (int32_t state = kStateAlive; state <= kStateFinished; ++state) {
         Scene scene;
         SpriteRecord &record = scene.Add(90, 30);
         scene.Add(1, 1);
         record.State = state;
+        GiveNineStrips(record);
+        MoveSprite(HandleOf(&record), 95, 30);
         SlowDownSprite(HandleOf(&record), 5, 5);
         SetSpriteCage(HandleOf(&record), 0, 0, 50, 50, 20, 10);
         Scene::Step(1);
-        EXPECT_EQ(record.SlowCountX, 1) << state;
-        EXPECT_EQ(record.SlowCountY, 1) << state;
-        EXPECT_EQ(record.X, 20) << state;
-        EXPECT_EQ(record.DrawnX, state == kStateAlive ? 20 : 0) << state;
+        EXPECT_EQ((Numbers{record.SlowCountX, record.SlowCountY, record.X}), (Numbers{1, 1, 20})) << state;
+        EXPECT_EQ(record.SourceX, 0) << "at home it stands";
+        EXPECT_EQ((Numbers{record.DrawnX, record.DrawnY}),
+                  state == kStateAlive ? (Numbers{20, 10}) : (Numbers{0, 0}))
+            << state;
         EXPECT_EQ(record.FrameTimer, state == kStateFinished ? 0 : 1) << state;
     }
 }

@@ -51,28 +51,15 @@ TEST(DrawStage, PaintsWhatTheSequenceOfTransfersPaints) {
         SpriteRecord &record = scene.Add(static_cast<int32_t>(random() % 120) - 15,
                                          static_cast<int32_t>(random() % 90) - 15, 1 + i % Scene::kFrames);
         if (i % 5 == 0) record.Width = 1 + static_cast<int32_t>(random() % 12);
+        if (i % 4 == 1) record.SourceX = static_cast<int32_t>(random() % 12);
         if (i % 7 == 0) record.SourceY = static_cast<int32_t>(random() % 5), record.Height = 5;
         // The key colour is found anew in each pass.
         if (i == 30) SetPixel(scene.image, 11, 0, GetPixel(scene.image, 3, 3));
         DrawByTransfers(record, expected);
         DrawStage(record);
+        EXPECT_EQ(record.FrameX, record.SourceX + record.Width * (record.Frame - 1));
     }
     EXPECT_TRUE(SamePicture("draw-by-transfers", scene.back.Get(), expected.Get()));
-}
-
-TEST(DrawStage, RemembersTwoPlacesAndTakesTheFrameOfThePass) {
-    Scene scene;
-    SpriteRecord &record = scene.Add(10, 20, 3);
-    record.SourceX = 100;
-    record.FixMode = 5;
-    DrawStage(record);
-    record.X = 30;
-    record.Y = -40;
-    DrawStage(record);
-    EXPECT_EQ(record.FrameX, 100 + 2 * 12);
-    EXPECT_EQ((std::vector<int32_t>{record.PreviousX, record.PreviousY, record.DrawnX, record.DrawnY}),
-              (std::vector<int32_t>{10, 20, 30, -40}));
-    EXPECT_TRUE(SamePicture("fixed-not-drawn", scene.back.Get(), scene.background));
 }
 
 // Whatever sprites do, the screen shows the background with all sprites painted in list order, and the back
@@ -136,18 +123,6 @@ TEST(Frame, CopiesTheOldAndTheNewPlaceAndNothingElse) {
     }
 }
 
-TEST(Frame, DrawsASpriteWhereItStoodBeforeItsStep) {
-    Scene scene;
-    SpriteRecord &sprite = scene.Add(40, 30);
-    sprite.SpeedX = 4;
-    MoveSprite(HandleOf(&sprite), 90, 30);
-    for (int32_t x : {40, 44, 48}) {
-        Scene::Step(1);
-        EXPECT_EQ(sprite.DrawnX, x);
-        EXPECT_EQ(sprite.X, x + 4);
-    }
-}
-
 TEST(Frame, StampsASpriteIntoTheBackgroundOnce) {
     Scene scene;
     scene.Add(10, 10, 1);
@@ -197,27 +172,6 @@ TEST(Frame, LeavesThePictureOfAFixedSpriteUntilItIsDeleted) {
     DeleteSprite(HandleOf(&sprite));
     Scene::Step(1);
     EXPECT_TRUE(SamePicture("fixed-wiped", scene.screen.Get(), expected));
-}
-
-TEST(Frame, StepsFinishedSpritesNoFurther) {
-    Scene scene;
-    SpriteRecord &finished = scene.Add(10, 10);
-    scene.Add(30, 30);
-    DeleteSprite(HandleOf(&finished));
-    finished.SpeedX = finished.SpeedY = 2;
-    MoveSprite(HandleOf(&finished), 50, 50);
-    std::vector<int32_t> places;
-    for (int frame = 0; frame < 4; ++frame) {
-        Scene::Step(1);
-        places.push_back(finished.X);
-    }
-    EXPECT_EQ(places, (std::vector<int32_t>{12, 14, 14, 14})) << "moves in both frames of its erasure";
-    // It was never drawn, so the place that it wiped is the corner.
-    SetPixel(scene.screen, 3, 3, 0x123456);
-    SetPixel(scene.back, 4, 4, 0x123456);
-    Scene::Step(1);
-    EXPECT_EQ(GetPixel(scene.screen, 3, 3), 0x123456u) << "its place is left alone from now on";
-    EXPECT_EQ(GetPixel(scene.back, 4, 4), 0x123456u);
 }
 
 TEST(Frame, CostsNoMoreThanAnInvisibleSpriteWhereArgumentsAreBad) {

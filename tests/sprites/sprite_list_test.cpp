@@ -8,6 +8,7 @@
 #include "fenlight/sprite_thread.h"
 #include "platform/system/failure_point.h"
 #include "platform/system/handle_table.h"
+#include "sprites/loose_sprite.h"
 #include "sprites/sprite_scene.h"
 #include "sprites/stages.h"
 
@@ -24,22 +25,22 @@ TEST(SpriteList, StoresTheArgumentsWhereTheyBelong) {
     Scene scene;
     scene.Add(1, 1);
     const uintptr_t sprite = InitSprite(11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25);
-    std::vector<intptr_t> expected(256, 0);
-    const auto set = [&](int position, intptr_t value) {
-        expected[static_cast<size_t>(position / 4)] = value;
-    };
-    const intptr_t ordered[] = {11, 15, 16, 17, 18, 19, 20, 21, 22, 23, 22, 23, 24, 25, 12};
-    for (int i = 0; i < 15; ++i) set(4 * i, ordered[i]);
-    set(68, 13);
-    set(84, 14);
-    set(120, static_cast<intptr_t>(sprite));
-    for (int position = 160; position < 232; position += 8) {
-        set(position, 15);
-        set(position + 4, 16);
-    }
-    for (int position = 252; position <= 264; position += 4) set(position, -1);
-    for (int position = 0; position < 1024; position += 4)
-        EXPECT_EQ(TestSprite(sprite, position), expected[static_cast<size_t>(position / 4)]) << position;
+    Words expected = {{68, 13}, {84, 14}, {120, static_cast<intptr_t>(sprite)}};
+    int32_t position = 0;
+    for (const intptr_t value : {11, 15, 16, 17, 18, 19, 20, 21, 22, 23, 22, 23, 24, 25, 12})
+        expected[4 * position++] = value;
+    for (position = 160; position < 232; position += 4) expected[position] = position % 8 ? 16 : 15;
+    for (position = 252; position <= 264; position += 4) expected[position] = -1;
+    EXPECT_EQ(WordsOf(*RecordOf(sprite)), expected);
+    for (position = 0; position < 1024; position += 4)
+        EXPECT_EQ(TestSprite(sprite, position), ReadWord(*RecordOf(sprite), position)) << position;
+
+    int32_t infos[8];
+    EXPECT_EQ(GetSpriteInfos(sprite, infos), infos);
+    EXPECT_EQ(Numbers(infos, infos + 8), (Numbers{22, 23, 22, 23, 1, 24, 25, 20}));
+    RecordOf(sprite)->TargetY = 99;
+    GetSpriteInfos(sprite, infos);
+    EXPECT_EQ(Numbers(infos, infos + 8), (Numbers{22, 23, 22, 99, 0, 24, 25, 20}));
 }
 
 TEST(SpriteList, AnswersHandleZeroAndAnEmptyListQuietly) {
@@ -86,19 +87,6 @@ TEST(SpriteList, CountsTheLastSpriteWhateverItsState) {
     EXPECT_EQ(GetSpriteX(first), 1);
 }
 
-TEST(SpriteList, GivesEightInfos) {
-    Scene scene;
-    SpriteRecord &record = Scene::Add(kArguments);
-    int32_t infos[8];
-    EXPECT_EQ(GetSpriteInfos(HandleOf(&record), infos), infos);
-    EXPECT_EQ((std::vector<int32_t>(infos, infos + 8)),
-              (std::vector<int32_t>{22, 23, 22, 23, 1, 24, 25, 20}));
-    record.TargetY = 99;
-    GetSpriteInfos(HandleOf(&record), infos);
-    EXPECT_EQ((std::vector<int32_t>(infos, infos + 8)),
-              (std::vector<int32_t>{22, 23, 22, 99, 0, 24, 25, 20}));
-}
-
 TEST(SpriteList, CopiesEveryWordButTheLinksAndTheTable) {
     Scene scene;
     SpriteRecord &source = scene.Add(1, 1);
@@ -123,23 +111,30 @@ TEST(SpriteList, CopiesEveryWordButTheLinksAndTheTable) {
     EXPECT_NE(TestSprite(copy, 320), ReadWord(source, 320));
 }
 
-// Stepped frame by frame: erased, erased again, finished; a new delete call starts over.
+// Erased, erased again, finished, and it moves in both frames of its erasure; a new delete call starts over.
 TEST(SpriteList, TakesADeletedSpriteThroughItsStatesOneStepAFrame) {
     Scene scene;
-    SpriteRecord &sprite = scene.Add(5, 5);
+    SpriteRecord &sprite = scene.Add(10, 10);
     scene.Add(50, 40);
     sprite.FixMode = 7;
+    sprite.SpeedX = 2;
+    MoveSprite(HandleOf(&sprite), 50, 10);
     DeleteSprite(HandleOf(&sprite));
-    std::vector<int32_t> states{sprite.State};
-    for (int frame = 0; frame < 3; ++frame) {
+    const auto state = [&] { return Numbers{sprite.State, sprite.X}; };
+    EXPECT_EQ(state(), (Numbers{1, 10}));
+    for (const Numbers &expected : {Numbers{2, 12}, Numbers{3, 14}, Numbers{3, 14}}) {
         Scene::Step(1);
-        states.push_back(sprite.State);
+        EXPECT_EQ(state(), expected);
     }
-    DeleteSprite(HandleOf(&sprite));
-    states.push_back(sprite.State);
+    // It was never drawn, so the place that it wiped is the corner, which is left alone from now on.
+    for (const HDC context : {HDC{scene.screen}, HDC{scene.back}}) SetPixel(context, 3, 3, 0x123456);
     Scene::Step(1);
-    states.push_back(sprite.State);
-    EXPECT_EQ(states, (std::vector<int32_t>{1, 2, 3, 3, 1, 2}));
+    for (const HDC context : {HDC{scene.screen}, HDC{scene.back}})
+        EXPECT_EQ(GetPixel(context, 3, 3), 0x123456u);
+    DeleteSprite(HandleOf(&sprite));
+    EXPECT_EQ(sprite.State, 1);
+    Scene::Step(1);
+    EXPECT_EQ(sprite.State, 2);
     EXPECT_EQ(sprite.FixMode, 0);
     EXPECT_FALSE(AreAllFinished());
     EXPECT_EQ(SpriteList.load(), &sprite) << "a finished first sprite stays first";
@@ -149,18 +144,10 @@ TEST(SpriteList, TakesADeletedSpriteThroughItsStatesOneStepAFrame) {
 TEST(SpriteList, CleansUpFinishedSpritesBetweenTheSecondAndTheLast) {
     const struct {
         const char *before, *after;
-    } cases[] = {
-        {"A", "A"},
-        {"AA", "AA"},
-        {"AAA", "AAA"},
-        {"aAAA", "aAA"},
-        {"AAAA", "AAA"},
-        {"aaAAAa", "aaa"},
-        {"AAbABAB", "AAbBB"},
-        {"aaaBa", "aaaBa"},
-        {"aaAaAaAA", "aaaaA"},
-        {"AAAAAAAAAA", "AAA"},
-    };
+    } cases[] = {{"A", "A"},           {"AA", "AA"},       {"AAA", "AAA"},
+                 {"aAAA", "aAA"},      {"AAAA", "AAA"},    {"aaAAAa", "aaa"},
+                 {"AAbABAB", "AAbBB"}, {"aaaBa", "aaaBa"}, {"aaAaAaAA", "aaaaA"},
+                 {"AAAAAAAAAA", "AAA"}};
     for (const auto &test : cases) {
         SCOPED_TRACE(test.before);
         Scene scene;

@@ -19,6 +19,8 @@
 
 namespace fenlight::test {
 
+using Numbers = std::vector<int32_t>;
+
 // A memory context with a 32-bit bitmap.
 class Canvas {
   public:
@@ -96,6 +98,11 @@ struct Scene {
         return *SpriteList.load();
     }
     SpriteRecord &Add(int32_t x, int32_t y, int32_t frame = 1) { return Add(Sprite(x, y, frame)); }
+    // The same as a caller makes it, with the thread.
+    uintptr_t Start(int32_t x, int32_t y) const {
+        const SpriteArguments arguments = Sprite(x, y);
+        return InitSprite5(&arguments);
+    }
     static void Step(int frames) {
         while (frames-- > 0) RunFrame();
     }

@@ -67,16 +67,12 @@ TEST(SpriteThread, RunsFromTheFirstSpriteToTheLast) {
     const int threads = CountHandles(HandleKind::Thread), semaphores = CountHandles(HandleKind::Semaphore);
     const HurriedClock clock;
     Scene scene;
-    Picture expected = scene.background;
-    scene.Paint(expected, 30, 20);
     for (int round = 0; round < 20; ++round) {
-        const SpriteArguments arguments = scene.Sprite(30, 20);
-        const uintptr_t sprite = InitSprite5(&arguments);
+        const uintptr_t sprite = scene.Start(30, 20);
         ASSERT_NE(sprite, 0u);
         ASSERT_TRUE(WaitUntil([&] { return TestSprite(sprite, 140) == 20; })) << "two passes";
         // The end comes with the last living sprite, or is waited for.
-        const SpriteArguments second = scene.Sprite(60, 40);
-        const uintptr_t last = InitSprite5(&second);
+        const uintptr_t last = scene.Start(60, 40);
         DeleteSprite(sprite);
         if (round % 2 == 0)
             DeleteAllSprites();
@@ -95,14 +91,13 @@ TEST(SpriteThread, RunsFromTheFirstSpriteToTheLast) {
 TEST(SpriteThread, LosesNoSpriteThatIsMadeWhileItEnds) {
     const HurriedClock clock;
     Scene scene;
-    const SpriteArguments arguments = scene.Sprite(30, 20);
-    uintptr_t sprite = InitSprite5(&arguments);
+    uintptr_t sprite = scene.Start(30, 20);
     std::mt19937 random(11);
     for (int round = 0; round < 150; ++round) {
         DeleteSprite(sprite);
         for (auto spin = random() % 3000; spin != 0; --spin)
             std::atomic_signal_fence(std::memory_order_seq_cst);
-        sprite = InitSprite5(&arguments);
+        sprite = scene.Start(30, 20);
         ASSERT_NE(sprite, 0u);
         ASSERT_TRUE(WaitUntil([&] { return TestSprite(sprite, 132) == 20; })) << "drawn once";
         ASSERT_EQ(ExistSprite(sprite), 0);
@@ -118,11 +113,10 @@ TEST(SpriteThread, TakesTurnsWithTheOtherDrawingThreads) {
     const HANDLE semaphore = OpenFrameSemaphore();
     ASSERT_NE(semaphore, 0u);
     for (int round = 0; round < 3; ++round) {
-        const SpriteArguments arguments = scene.Sprite(30, 20);
         uintptr_t sprite;
         {
             const FrameTurn turn(semaphore);
-            sprite = InitSprite5(&arguments);
+            sprite = scene.Start(30, 20);
             for (int i = 0; i < 500; ++i) std::this_thread::yield();
             EXPECT_EQ(TestSprite(sprite, 132), 0) << "not drawn";
         }
@@ -137,8 +131,7 @@ TEST(SpriteThread, LeavesTheTurnToOthersInThePauseAfterItsFrame) {
     const HurriedClock clock;
     Scene scene;
     const HANDLE semaphore = OpenFrameSemaphore();
-    const SpriteArguments arguments = scene.Sprite(30, 20);
-    const uintptr_t sprite = InitSprite5(&arguments);
+    const uintptr_t sprite = scene.Start(30, 20);
     EXPECT_TRUE(WaitUntil([&] { return TestSprite(sprite, 132) == 20; }));
     constexpr DWORD kHalfAMinute = 30000;
     EXPECT_EQ(WaitForSingleObject(semaphore, kHalfAMinute), WAIT_OBJECT_0);
@@ -151,8 +144,7 @@ TEST(SpriteThread, LeavesTheTurnToOthersInThePauseAfterItsFrame) {
 TEST(SpriteThread, StopsAsOftenAsItWasToldAndGoesOnAsOften) {
     const HurriedClock clock;
     Scene scene;
-    const SpriteArguments arguments = scene.Sprite(30, 20);
-    const uintptr_t sprite = InitSprite5(&arguments);
+    const uintptr_t sprite = scene.Start(30, 20);
     const auto isStamped = [&] { return TestSprite(sprite, 148) == 0; };
     for (int round = 0; round < 20; ++round) {
         StopAllSprites(1);

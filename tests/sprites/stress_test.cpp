@@ -169,8 +169,7 @@ TEST(SpriteStress, SurvivesEveryCallAgainstTheRunningThread) {
 TEST(SpriteStress, SurvivesContextsThatGoWhileTheyAreInUse) {
     const HurriedClock clock;
     const Scene scene;
-    const SpriteArguments arguments = scene.Sprite(5, 5);
-    const uintptr_t sprite = InitSprite5(&arguments);
+    const uintptr_t sprite = scene.Start(5, 5);
     for (int round = 0; round < 400 || clock.Looks() < 400; ++round) {
         const uintptr_t image = CreateImage(GetDC(0), 64, 64);
         ASSERT_NE(image, 0u);
