@@ -29,7 +29,7 @@ FENLIGHT_API int32_t GetVersion(void) FENLIGHT_NOEXCEPT;
 /// library's threads starts or ends, so a sequence cannot be repeated; nor is it fit for keys or passwords.
 /// @param buffer  receives `last` + 1 words; 0 writes nothing
 /// @param last    index of the last word to write, not their number: 9 fills ten words. Below 1 one word is
-/// written
+///                written
 /// @param base    lowest number; the sum of base and draw wraps around in 32 bits
 /// @param range   how many different numbers may come, taken as unsigned; 0 gives `base` throughout
 /// @return 0

@@ -78,7 +78,7 @@ FENLIGHT_BEGIN_C
 /// white, text black, stretch mode BLACKONWHITE, position 0, 0.
 /// @param context  any live context, or 0 for the screen; only tested
 /// @return the context, to be ended by DeleteDC; 0 if `context` is no live context, or memory or handles ran
-/// out
+///         out
 FENLIGHT_API HDC CreateCompatibleDC(HDC context) FENLIGHT_NOEXCEPT;
 
 /// Ends a memory context. What is selected into it is released, not deleted. 0 is allowed and does nothing.
@@ -92,8 +92,7 @@ FENLIGHT_API BOOL DeleteDC(HDC context) FENLIGHT_NOEXCEPT;
 /// as published
 /// @param height  pixels, as `width`
 /// @return the bitmap, to be deleted by DeleteObject; 0 for a dead context, a negative or too large size, or
-/// where
-///         memory or handles ran out
+///         where memory or handles ran out
 FENLIGHT_API HBITMAP CreateCompatibleBitmap(HDC context, int32_t width, int32_t height) FENLIGHT_NOEXCEPT;
 
 /// Makes a bitmap of a given depth.
@@ -104,8 +103,7 @@ FENLIGHT_API HBITMAP CreateCompatibleBitmap(HDC context, int32_t width, int32_t 
 /// @param bits      the rows from the top, each filled up to 2 bytes; NULL for a black bitmap. Only read
 /// here.
 /// @return the bitmap, to be deleted by DeleteObject; 0 for other planes, depths and sizes, or where memory
-/// or
-///         handles ran out
+///         or handles ran out
 FENLIGHT_API HBITMAP CreateBitmap(int32_t width, int32_t height, UINT planes, UINT bitCount,
                                   const void *bits) FENLIGHT_NOEXCEPT;
 
@@ -113,12 +111,11 @@ FENLIGHT_API HBITMAP CreateBitmap(int32_t width, int32_t height, UINT planes, UI
 /// whole 4 bytes, bottom row first, or top row first where biHeight is negative.
 /// @param context  0 or any live context; only tested
 /// @param info     uncompressed, 1 plane, 1, 4, 8, 24 or 32 bits, at most 2^28 pixels; for 1, 4 and 8 bits
-/// followed
-///                 by biClrUsed colours (0 means all that the depth allows), the missing ones are black
+///                 followed by biClrUsed colours (0 means all that the depth allows), the missing ones are
+///                 black
 /// @param usage    DIB_RGB_COLORS
 /// @param bits     where the address of the first row in memory is stored, or NULL. It is valid until the
-/// bitmap
-///                 is deleted. Stores through it are not ordered with drawing on other threads.
+///                 bitmap is deleted. Stores through it are not ordered with drawing on other threads.
 /// @param section  0
 /// @param offset   0
 /// @return the bitmap, to be deleted by DeleteObject; 0 (and the address NULL) for anything else, a dead
@@ -186,8 +183,7 @@ FENLIGHT_API COLORREF GetPixel(HDC context, int32_t x, int32_t y) FENLIGHT_NOEXC
 
 /// Sets one pixel.
 /// @param colour  0x00BBGGRR; the high byte is ignored. A bitmap with a colour table gets its nearest colour,
-/// a
-///                monochrome one black or white.
+///                a monochrome one black or white.
 /// @return the colour that the pixel has now; CLR_INVALID outside the bitmap or for a dead context
 FENLIGHT_API COLORREF SetPixel(HDC context, int32_t x, int32_t y, COLORREF colour) FENLIGHT_NOEXCEPT;
 
@@ -273,11 +269,10 @@ FENLIGHT_API BOOL CopyRectangles(HDC target, HDC source, const RECT *rectangles,
 /// @param lineCount  lines wanted; those beyond the header's or the bitmap's height are not copied
 /// @param bits       room for the lines
 /// @param info       as for CreateDIBSection, with room for biClrUsed colours (0: all) where the depth has a
-/// table
+///                   table
 /// @param usage      DIB_RGB_COLORS
 /// @return lines copied, the bitmap's height where `bits` is NULL; 0 for a dead context or bitmap or an
-/// unusable
-///         header, and nothing is written then
+///         unusable header, and nothing is written then
 FENLIGHT_API int32_t GetDIBits(HDC context, HBITMAP bitmap, UINT firstLine, UINT lineCount, void *bits,
                                BITMAPINFO *info, UINT usage) FENLIGHT_NOEXCEPT;
 
@@ -288,8 +283,7 @@ FENLIGHT_API int32_t GetDIBits(HDC context, HBITMAP bitmap, UINT firstLine, UINT
 /// @param height     rows of the rectangle
 /// @param sourceX    left edge of the rectangle in the picture
 /// @param sourceY    its lower edge, counted from the bottom, in a bottom-up picture; its upper edge, counted
-/// from
-///                   the top, in a top-down one (biHeight negative)
+///                   from the top, in a top-down one (biHeight negative)
 /// @param firstLine  number of the line at which `bits` begins, in the header's order
 /// @param lineCount  lines that `bits` holds; what the rectangle has beyond them is not drawn
 /// @param bits       the lines, each of whole 4 bytes, of the header's width. Must not lie in the target's
