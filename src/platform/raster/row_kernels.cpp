@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "platform/raster/colour_conversion.h"
+#include "platform/raster/row_kernels_sse4.h"
 
 namespace fenlight::platform {
 namespace {
@@ -97,11 +98,16 @@ void CopyMarked32(uint8_t *target, const uint8_t *source, std::span<const uint64
     }
 }
 
+#if defined(__x86_64__)
+constexpr RowKernels kSse4Kernels{"sse4",   80,    CopyBytes, KeyFrom32Sse4, KeyFrom24Sse4,
+                                  KeyFrom8, Key24, PackTo24,  Scale32,       CopyMarked32};
+#endif
+
 std::atomic<const RowKernels *> chosenKernels{nullptr};
 
 // What this processor has, from the plainest to the best.
 struct KernelList {
-    std::array<const RowKernels *, 3> kernels{&kPlainKernels};
+    std::array<const RowKernels *, 4> kernels{&kPlainKernels};
     size_t count = 1;
 };
 
@@ -109,6 +115,8 @@ KernelList FindKernels() {
     KernelList list;
 #if defined(__x86_64__)
     __builtin_cpu_init();
+    if (__builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt"))
+        list.kernels[list.count++] = &kSse4Kernels;
     const bool hasAvx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2");
     if (hasAvx2) list.kernels[list.count++] = &kAvx2Kernels;
     if (hasAvx2 && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
