@@ -12,26 +12,22 @@ namespace fenlight {
 namespace {
 
 TEST(CodecBinding, IsCompleteFromAttachOnAndGoneAfterDetach) {
-    EXPECT_TRUE(DecodePNG != nullptr && EncodePNG != nullptr && FreePNGBuffer != nullptr);
+    const auto isComplete = [] { return DecodePNG && EncodePNG && FreePNGBuffer; };
+    EXPECT_TRUE(isComplete());
     EntryRoutine(DLL_PROCESS_DETACH);
     EXPECT_TRUE(DecodePNG == nullptr && EncodePNG == nullptr && FreePNGBuffer == nullptr);
     EntryRoutine(DLL_PROCESS_ATTACH);
-    EXPECT_TRUE(DecodePNG != nullptr && EncodePNG != nullptr && FreePNGBuffer != nullptr);
+    EXPECT_TRUE(isComplete());
 }
 
 TEST(CodecBinding, EncodesAndDecodesPixelsUnchanged) {
-    constexpr int32_t kWidth = 33;
-    constexpr int32_t kHeight = 7;
+    constexpr int32_t kWidth = 33, kHeight = 7;
     std::vector<uint8_t> pixels(kWidth * kHeight * 4);
     for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<uint8_t>(i * 37 + i / 91);
 
-    uint8_t *stream = nullptr;
-    int32_t streamBytes = 0;
+    uint8_t *stream = nullptr, *decoded = nullptr;
+    int32_t streamBytes = 0, width = 0, height = 0, bytes = 0;
     ASSERT_EQ(EncodePNG(kWidth, kHeight, pixels.data(), &stream, &streamBytes), 0u);
-    int32_t width = 0;
-    int32_t height = 0;
-    uint8_t *decoded = nullptr;
-    int32_t bytes = 0;
     ASSERT_EQ(DecodePNG(&width, &height, stream, streamBytes, &decoded, &bytes), 0u);
     EXPECT_EQ(width, kWidth);
     EXPECT_EQ(height, kHeight);
@@ -50,9 +46,7 @@ TEST(CodecBinding, EncodesAndDecodesPixelsUnchanged) {
 
 TEST(CodecBinding, RefusesWhatCannotBeAPicture) {
     const std::vector<uint8_t> junk(64, 0xAB);
-    int32_t width = 1;
-    int32_t height = 1;
-    int32_t bytes = 1;
+    int32_t width = 1, height = 1, bytes = 1;
     uint8_t *block = nullptr;
     for (const int32_t size : {64, 3, 0, -5}) {
         EXPECT_NE(DecodePNG(&width, &height, junk.data(), size, &block, &bytes), 0u) << size;

@@ -68,12 +68,9 @@ TEST(Random, FillsOneWordMoreThanItsArgumentSaysAndNotTwo) {
         buffer.fill(kUntouched);
         EXPECT_EQ(Random(buffer.data(), c.last, c.base, c.range), 0);
         for (int i = 0; i < 80; ++i) {
-            if (i >= c.written) {
-                EXPECT_EQ(buffer[static_cast<size_t>(i)], kUntouched) << "last " << c.last << ", word " << i;
-                continue;
-            }
-            EXPECT_GE(buffer[static_cast<size_t>(i)], c.lowest);
-            EXPECT_LE(buffer[static_cast<size_t>(i)], c.highest);
+            const int32_t word = buffer[static_cast<size_t>(i)];
+            const bool isDrawn = word >= c.lowest && word <= c.highest;
+            EXPECT_TRUE(i < c.written ? isDrawn : word == kUntouched) << "last " << c.last << ", word " << i;
         }
     }
     EXPECT_EQ(Random(nullptr, 9, 1, 6), 0);
@@ -85,19 +82,8 @@ TEST(Random, WrapsInThirtyTwoBits) {
     std::mt19937 judge = TwisterSeededWith(99);
     std::array<int32_t, 50> buffer{};
     Random(buffer.data(), 49, INT32_MAX, -2);
-    for (const int32_t value : buffer) {
+    for (const int32_t value : buffer)
         EXPECT_EQ(static_cast<uint32_t>(value), 0x7FFFFFFFu + static_cast<uint32_t>(judge() % 0xFFFFFFFEu));
-    }
-}
-
-TEST(Random, EveryReasonOfTheEntryRoutineStartsANewSequence) {
-    for (const uint32_t reason : {DLL_THREAD_ATTACH, DLL_THREAD_DETACH, DLL_PROCESS_ATTACH}) {
-        RandomSeed(0);
-        ASSERT_EQ(RandomStateWord(0), 0u);
-        EXPECT_EQ(EntryRoutine(reason), 1u);
-        EXPECT_EQ(RandomStateWord(1), RandomStateWord(0) * 69069u);
-        EXPECT_NE(RandomStateWord(0), 0u) << "reason " << reason;
-    }
 }
 
 // Looks before any test has seeded.
@@ -106,7 +92,12 @@ struct SeededAtLoad : ::testing::Environment {
 };
 const auto *const seededAtLoad = ::testing::AddGlobalTestEnvironment(new SeededAtLoad);
 
-TEST(Random, AThreadOfTheLibraryReseedsAtItsStartAndItsEnd) {
+TEST(Random, EveryReasonOfTheEntryRoutineAndEveryThreadOfTheLibraryReseed) {
+    for (const uint32_t reason : {DLL_THREAD_ATTACH, DLL_THREAD_DETACH, DLL_PROCESS_ATTACH}) {
+        RandomSeed(0);
+        EXPECT_EQ(EntryRoutine(reason), 1u);
+        EXPECT_NE(RandomStateWord(0), 0u) << "reason " << reason;
+    }
     static uint32_t wordInThread;
     wordInThread = 0;
     const auto lookAndSeed = [](void *) -> DWORD {

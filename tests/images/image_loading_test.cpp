@@ -43,27 +43,30 @@ class ImageLoading : public ::testing::Test {
 };
 
 void ExpectImage(const std::string &name, uintptr_t image, const Picture &expected, int bitCount) {
-    BITMAPINFOHEADER info{};
-    ASSERT_EQ(GetInfosImage(image, &info), 1) << name;
-    EXPECT_EQ(info.biWidth, expected.width) << name;
-    EXPECT_EQ(info.biHeight, expected.height) << name;
+    BITMAPINFOHEADER infos[2] = {};
+    const auto &info = infos[0];
+    infos[1].biSize = 0xDEAD;
+    ASSERT_EQ(GetInfosImage(image, infos), 1) << name;
+    EXPECT_EQ(infos[1].biSize, 0xDEADu) << "no more than the header is written";
+    EXPECT_EQ(
+        (std::vector<int64_t>{info.biSize, info.biWidth, info.biHeight, info.biPlanes, info.biBitCount}),
+        (std::vector<int64_t>{40, expected.width, expected.height, 1, bitCount}))
+        << name;
     EXPECT_EQ(GetWidthImage(image), expected.width) << name;
     EXPECT_EQ(GetHeightImage(image), expected.height) << name;
-    EXPECT_EQ(info.biBitCount, bitCount) << name;
     EXPECT_TRUE(SamePicture(name, ShownBy(image, expected.width, expected.height), expected));
 }
 
 TEST_F(ImageLoading, FilesAndMemoryGiveTheSameImages) {
-    struct Case {
+    constexpr struct {
         const char *name;
         uint32_t yellow;
         int bitCount;  // PNG keeps its own, all others take the screen's
-    };
-    constexpr Case kCases[] = {{"sample.png", 0xF0DC3C, 24},
-                               {"sample.gif", 0xFFFFFF, 32},
-                               {"sample_plain.tif", 0xF0DC3C, 32},
-                               {"sample_rle.tga", 0xF0DC3C, 32}};
-    for (const Case &test : kCases) {
+    } kCases[] = {{"sample.png", 0xF0DC3C, 24},
+                  {"sample.gif", 0xFFFFFF, 32},
+                  {"sample_plain.tif", 0xF0DC3C, 32},
+                  {"sample_rle.tga", 0xF0DC3C, 32}};
+    for (const auto &test : kCases) {
         const Picture expected = SamplePicture(test.yellow);
         ExpectImage(std::string("file-") + test.name, LoadFileImage(SamplePath(test.name).c_str()), expected,
                     test.bitCount);
@@ -80,9 +83,8 @@ TEST_F(ImageLoading, FilesAndMemoryGiveTheSameImages) {
 TEST_F(ImageLoading, StoredResolutionScalesThePicture) {
     const uintptr_t image = LoadBytes(MakeBmp(12, 6, {.pelsPerMetreX = 1890, .pelsPerMetreY = 3780}));
     Picture doubled(24, 6);  // 48 dots per inch across, 96 down
-    for (int y = 0; y < 6; ++y) {
+    for (int y = 0; y < 6; ++y)
         for (int x = 0; x < 24; ++x) doubled.At(x, y) = BmpPicture(12, 6, 24).At(x / 2, y);
-    }
     ExpectImage("doubled", image, doubled, 32);
     Bytes jpeg = ReadSample("gradient.jpg");
     jpeg[13] = 1;  // dots per inch
@@ -98,12 +100,11 @@ TEST_F(ImageLoading, FailuresLeaveTheirCodesAndNoImage) {
     const Bytes text(40, 'x');
     const auto file = [](const std::string &path) { return [path] { return LoadFileImage(path.c_str()); }; };
     const auto resource = [](const char *name) { return [name] { return LoadResourceImage(0, name); }; };
-    struct Case {
+    const struct {
         const char *name;
         std::function<uintptr_t()> load;
         DWORD lastError;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"missing file", file(folder + "/missing.png"), 2},
         {"file of two bytes", file(SamplePath("two_bytes.bin")), 2},
         {"empty file", file(SamplePath("empty.bin")), 2},
@@ -125,7 +126,7 @@ TEST_F(ImageLoading, FailuresLeaveTheirCodesAndNoImage) {
         {"broken png resource", resource("broken"), kUntouched},
     };
     const uintptr_t first = CreateImage(GetDC(0), 1, 1);
-    for (const Case &test : cases) {
+    for (const auto &test : cases) {
         SetLastError(kUntouched);
         EXPECT_EQ(test.load(), 0u) << test.name;
         EXPECT_EQ(GetLastError(), test.lastError) << test.name;
@@ -151,9 +152,8 @@ TEST_F(ImageLoading, FullTableTouchesNothing) {
 
 TEST_F(ImageLoading, ResourcesOfTheTypeImageComeBeforeBitmaps) {
     Picture corner(3, 2);
-    for (int y = 0; y < 2; ++y) {
+    for (int y = 0; y < 2; ++y)
         for (int x = 0; x < 3; ++x) corner.At(x, y) = SamplePicture().At(x, y);
-    }
     const HRSRC resource = FindResourceA(0, "sample", "IMAGE");
     const auto *bytes = static_cast<const uint8_t *>(LockResource(LoadResource(0, resource)));
     const DWORD size = SizeofResource(0, resource);
@@ -170,36 +170,32 @@ TEST_F(ImageLoading, WhicheverOperationFailsTheLoadFailsWhole) {
     const std::string png = SamplePath("sample.png");
     const std::string gif = SamplePath("sample.gif");
     const Bytes scaled = MakeBmp(12, 6, {.pelsPerMetreX = 2835, .pelsPerMetreY = 2835});
-    struct Road {
-        const char *name;
-        std::function<uintptr_t()> load;
-    };
-    const Road roads[] = {
+    const std::pair<const char *, std::function<uintptr_t()>> roads[] = {
         {"png file", [&] { return LoadFileImage(png.c_str()); }},
         {"gif file", [&] { return LoadFileImage(gif.c_str()); }},
         {"bmp in memory", [&] { return LoadBytes(scaled); }},
         {"png resource", [&] { return LoadResourceImage(0, "sample"); }},
         {"bitmap resource", [&] { return LoadResourceImage(0, "plain"); }},
     };
-    for (const Road &road : roads) {
+    for (const auto &[name, load] : roads) {
         int failures = 0;
         for (const Operation operation :
              {Operation::Memory, Operation::Bitmap, Operation::Context, Operation::File}) {
             for (int number = 1;; ++number) {
                 FailOnce(operation, number);
-                const uintptr_t image = road.load();
+                const uintptr_t image = load();
                 const bool wasReached = CountOperations(operation) >= number;
                 ForgetFailures();
                 // A file that cannot be looked at may still go to the picture loader, which succeeds or not.
                 const bool isExcused = operation == Operation::File && wasReached;
-                EXPECT_TRUE(isExcused || (image == 0) == wasReached) << road.name << number;
+                EXPECT_TRUE(isExcused || (image == 0) == wasReached) << name << number;
                 failures += image == 0;
                 FreeImage(image);
-                EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0})) << road.name << number;
+                EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{0, 0})) << name << number;
                 if (!wasReached) break;
             }
         }
-        EXPECT_GE(failures, 2) << road.name;
+        EXPECT_GE(failures, 2) << name;
     }
     FailOnce(Operation::Memory, 1);  // the wide path
     EXPECT_EQ(LoadFileImage(gif.c_str()), 0u);
@@ -235,9 +231,8 @@ TEST_F(ImageLoading, MutatedFilesCostNoSlot) {
         const Bytes whole = ReadSample(name);
         for (int round = 0; round < 700; ++round) {
             Bytes bytes = whole;
-            for (auto changes = 1 + random() % 4; changes > 0; --changes) {
+            for (auto changes = 1 + random() % 4; changes > 0; --changes)
                 bytes[random() % bytes.size()] = static_cast<uint8_t>(random());
-            }
             bytes.resize(bytes.size() - (random() % 4 == 0 ? random() % bytes.size() : 0));
             const uintptr_t image = LoadBytes(bytes);
             if (image == 0) continue;

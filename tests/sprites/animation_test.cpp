@@ -18,15 +18,11 @@ void ShowStrip(LooseSprite &sprite, int32_t frameCount, int32_t startFrame, int3
 }
 
 TEST(AnimStage, ShowsEachFrameForTheDelay) {
-    struct Case {
-        int32_t frameCount;
-        int32_t startFrame;
-        int32_t delay;
-        int32_t mode;
+    const struct {
+        int32_t frameCount, startFrame, delay, mode;
         std::function<int32_t(int32_t)> frameIn;  // the frame drawn in pass 0, 1, ...
         int32_t firstReadyPass = kHighest;        // the single run has ended after it
-    };
-    const Case cases[] = {
+    } cases[] = {
         {4, 1, 3, 0, [](int32_t p) { return p / 3 % 4 + 1; }},
         {4, 3, 2, 0, [](int32_t p) { return (p / 2 + 2) % 4 + 1; }},
         {5, 1, 1, 0, [](int32_t p) { return p % 5 + 1; }},
@@ -38,7 +34,7 @@ TEST(AnimStage, ShowsEachFrameForTheDelay) {
         {4, 2, -1, 1, [](int32_t) { return 2; }},
         {4, 5, 2, 1, [](int32_t p) { return p / 2 + 5; }},  // beyond the strip
     };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         LooseSprite sprite;
         ShowStrip(sprite, c.frameCount, c.startFrame, c.delay);
         SetSpriteAnimMode(sprite.Handle(), c.mode);

@@ -67,11 +67,8 @@ TEST(LinePath, HoldsTheRoundedPointsOfTheExactLine) {
 
 // A new path starts with the sprite's own position, so 16 points give 15 pixels.
 TEST(LinePath, GivesSpeedPointsPerFrameAndRestsWhereItIsMadeAnew) {
-    struct Case {
-        int32_t speed;
-        std::function<int32_t(int32_t)> xAfter;  // by frames passed, counted from 0
-    };
-    const Case cases[] = {
+    // X by frames passed, counted from 0.
+    const std::pair<int32_t, std::function<int32_t(int32_t)>> cases[] = {
         {1, [](int32_t f) { return f - f / 16; }},
         // 16 points serve five frames of 3; the one left over makes a new path from the 14th pixel.
         {3, [](int32_t f) { return 14 * (f / 5) + 3 * (f % 5) + 2; }},

@@ -25,25 +25,27 @@ Point Pass(LooseSprite &sprite) {
 }
 
 TEST(StepOnAxis, GoesTowardsTheTargetAndNoFurther) {
-    // The last four: a negative speed runs away from the target, and round the end of the range.
-    const std::pair<AxisMotion, int32_t> cases[] = {{{10, 20, 9, 0}, 19},
-                                                    {{10, 20, 11, 0}, 20},
-                                                    {{20, 10, 4, 0}, 16},
-                                                    {{20, 10, 99, 0}, 10},
-                                                    {{10, 10, 4, 0}, 10},
-                                                    {{10, 20, 4, 1}, 10},
-                                                    {{10, 20, 4, -1}, 10},
-                                                    {{kLowest, kHighest, kHighest, 0}, -1},
-                                                    {{kHighest, kLowest, kHighest, 0}, 0},
-                                                    {{kHighest - 1, kHighest, kHighest, 0}, kHighest},
-                                                    {{kLowest + 1, kLowest, kHighest, 0}, kLowest},
-                                                    {{10, 20, -3, 0}, 7},
-                                                    {{20, 10, -3, 0}, 23},
-                                                    {{kLowest, 0, -1, 0}, kHighest},
-                                                    {{-1, kLowest, kLowest, 0}, kHighest}};
-    for (const auto &[motion, expected] : cases)
-        EXPECT_EQ(StepOnAxis(motion), expected)
-            << motion.position << " to " << motion.target << " by " << motion.speed;
+    constexpr int32_t kLow = kLowest, kHigh = kHighest;
+    // Position, target, speed, slow count, next position. A negative speed runs away from the target, and
+    // round the end of the range.
+    const std::array<int32_t, 5> cases[] = {{10, 20, 9, 0, 19},
+                                            {10, 20, 11, 0, 20},
+                                            {20, 10, 4, 0, 16},
+                                            {20, 10, 99, 0, 10},
+                                            {10, 10, 4, 0, 10},
+                                            {10, 20, 4, 1, 10},
+                                            {10, 20, 4, -1, 10},
+                                            {kLow, kHigh, kHigh, 0, -1},
+                                            {kHigh, kLow, kHigh, 0, 0},
+                                            {kHigh - 1, kHigh, kHigh, 0, kHigh},
+                                            {kLow + 1, kLow, kHigh, 0, kLow},
+                                            {10, 20, -3, 0, 7},
+                                            {20, 10, -3, 0, 23},
+                                            {kLow, 0, -1, 0, kHigh},
+                                            {-1, kLow, kLow, 0, kHigh}};
+    for (const auto &[position, target, speed, slowCount, expected] : cases)
+        EXPECT_EQ(StepOnAxis({position, target, speed, slowCount}), expected)
+            << position << " to " << target << " by " << speed;
 }
 
 // Each axis alone; the slow one goes on when the fast one has arrived. The look-ahead tells each step before.

@@ -15,14 +15,12 @@ void DrawByTransfers(const SpriteRecord &record, HDC back) {
     const int32_t x = record.X, y = record.Y, width = record.Width, height = record.Height;
     const int32_t frameX = record.SourceX + width * (record.Frame - 1), sourceY = record.SourceY;
     const HDC image = record.ImageDC, screen = record.ScreenDC;
-    HDC contexts[4];
     HBITMAP bitmaps[4];
-    HGDIOBJ former[4];
+    HDC contexts[4];
     for (size_t i = 0; i < 4; ++i) {
-        contexts[i] = CreateCompatibleDC(screen);
         bitmaps[i] = i < 2 ? CreateBitmap(width, height, 1, 1, nullptr)
                            : CreateCompatibleBitmap(screen, width, height);
-        former[i] = SelectObject(contexts[i], bitmaps[i]);
+        SelectObject(contexts[i] = CreateCompatibleDC(screen), bitmaps[i]);
     }
     const auto [mask, inverse, compose, frame] = contexts;
     const COLORREF old = SetBkColor(image, GetPixel(image, frameX + width - 1, sourceY));
@@ -36,9 +34,8 @@ void DrawByTransfers(const SpriteRecord &record, HDC back) {
     BitBlt(compose, 0, 0, width, height, frame, 0, 0, SRCINVERT);
     BitBlt(back, x, y, width, height, compose, 0, 0, SRCCOPY);
     for (size_t i = 0; i < 4; ++i) {
-        SelectObject(contexts[i], former[i]);
-        DeleteObject(bitmaps[i]);
         DeleteDC(contexts[i]);
+        DeleteObject(bitmaps[i]);
     }
 }
 

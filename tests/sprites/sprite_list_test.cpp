@@ -74,9 +74,7 @@ TEST(SpriteList, AnswersHandleZeroAndAnEmptyListQuietly) {
 
 TEST(SpriteList, CountsTheLastSpriteWhateverItsState) {
     Scene scene;
-    const uintptr_t first = HandleOf(&scene.Add(1, 1));
-    EXPECT_EQ(CountSprites(), 1);
-    const uintptr_t second = HandleOf(&scene.Add(2, 2));
+    const uintptr_t first = HandleOf(&scene.Add(1, 1)), second = HandleOf(&scene.Add(2, 2));
     EXPECT_EQ(CountSprites(), 2);
     DeleteSprite(second);
     EXPECT_EQ(CountSprites(), 2);
@@ -215,20 +213,20 @@ int CountFailures(Operation operation, const std::function<uintptr_t()> &act) {
 TEST(SpriteList, LeavesNothingBehindWhereASpriteCannotBeMade) {
     const HurriedClock clock;
     const int threads = CountHandles(HandleKind::Thread), semaphores = CountHandles(HandleKind::Semaphore);
+    const auto expectNothing = [&] {
+        EXPECT_EQ(SpriteList.load(), nullptr);
+        EXPECT_EQ(CountHandles(HandleKind::Thread), threads);
+        EXPECT_EQ(CountHandles(HandleKind::Semaphore), semaphores);
+    };
     const auto makeFirst = [&] {
         const uintptr_t sprite = InitSprite5(&kArguments);
-        if (sprite == 0) {
-            EXPECT_EQ(SpriteList.load(), nullptr);
-            EXPECT_EQ(CountHandles(HandleKind::Thread), threads);
-            EXPECT_EQ(CountHandles(HandleKind::Semaphore), semaphores);
-        }
+        if (sprite == 0) expectNothing();
         return sprite;
     };
     for (Operation operation : {Operation::Memory, Operation::Thread, Operation::Semaphore}) {
         EXPECT_GE(CountFailures(operation, makeFirst), 1) << static_cast<int>(operation);
         DeleteAllSprites();
-        EXPECT_EQ(CountHandles(HandleKind::Thread), threads);
-        EXPECT_EQ(CountHandles(HandleKind::Semaphore), semaphores);
+        expectNothing();
     }
     Scene scene;
     const uintptr_t source = HandleOf(&scene.Add(1, 1));

@@ -137,7 +137,8 @@ class SteppedClock : public platform::Clock {
 };
 
 // Every look at it is a frame's length later, so the thread runs as fast as it can; or it stands still, and
-// no frame gets through its pause.
+// no frame gets through its pause. It outlives the test, because a thread that has given up its list looks
+// once more at its very end.
 struct HurryingClock : platform::Clock {
     uint32_t TickCount() noexcept override { return (isStill ? looks.load() : ++looks) * kFrameMillis; }
     void Sleep(uint32_t) noexcept override { std::this_thread::yield(); }
@@ -146,17 +147,18 @@ struct HurryingClock : platform::Clock {
     std::atomic<bool> isStill{false};
 };
 
-// Puts it in place. The clock itself outlives the test, because a thread that has given up its list looks
-// once more at its very end.
+// Puts it in place.
 class HurriedClock {
   public:
-    HurriedClock() { platform::ReplaceClock(&clock_); }
+    explicit HurriedClock(bool isStill = false) {
+        clock_.isStill = isStill;
+        platform::ReplaceClock(&clock_);
+    }
     HurriedClock(const HurriedClock &) = delete;
     HurriedClock &operator=(const HurriedClock &) = delete;
     ~HurriedClock() { platform::ReplaceClock(nullptr); }
     uint32_t Looks() const { return clock_.looks - looksBefore_; }
-    static void Stop() { clock_.isStill = true; }
-    static void GoOn() { clock_.isStill = false; }
+    void GoOn() const { clock_.isStill = false; }
 
   private:
     static inline HurryingClock clock_;

@@ -127,8 +127,7 @@ TEST(SpriteThread, TakesTurnsWithTheOtherDrawingThreads) {
 }
 
 TEST(SpriteThread, LeavesTheTurnToOthersInThePauseAfterItsFrame) {
-    HurriedClock::Stop();
-    const HurriedClock clock;
+    const HurriedClock clock(true);
     Scene scene;
     const HANDLE semaphore = OpenFrameSemaphore();
     const uintptr_t sprite = scene.Start(30, 20);
@@ -136,7 +135,7 @@ TEST(SpriteThread, LeavesTheTurnToOthersInThePauseAfterItsFrame) {
     constexpr DWORD kHalfAMinute = 30000;
     EXPECT_EQ(WaitForSingleObject(semaphore, kHalfAMinute), WAIT_OBJECT_0);
     ReleaseSemaphore(semaphore, 1, nullptr);
-    HurriedClock::GoOn();
+    clock.GoOn();
     DeleteAllSprites();
     CloseFrameSemaphore(semaphore);
 }

@@ -63,23 +63,17 @@ TEST(WaypointTable, TakesOneWaypointPerRunOfALine) {
 }
 
 TEST(WaypointTable, IsTakenAwayByWhatHoldsNoWaypoint) {
-    struct Case {
-        const char *name;
-        const int16_t *points;
-        int32_t entries;
-    };
-    for (const auto &[name, points, entries] : {Case{"no array", nullptr, 3},
-                                                {"no entries", kPoints, 0},
-                                                {"fewer than none", kPoints, kLowest},
-                                                {"no memory", kPoints, 3}}) {
+    const std::pair<const int16_t *, int32_t> cases[] = {
+        {nullptr, 3}, {kPoints, 0}, {kPoints, kLowest}, {kPoints, 3}};  // the last finds no memory
+    for (const auto &[points, entries] : cases) {
         LooseSprite sprite;
         Words expected = WordsOf(sprite);
         MoveSpriteWithTable(sprite.Handle(), kPoints, 3, 7, 8, 2);
         platform::FailOnce(platform::Operation::Memory, 1);
-        EXPECT_EQ(MoveSpriteWithTable(sprite.Handle(), points, entries, 1, 2, 1), 0) << name;
+        EXPECT_EQ(MoveSpriteWithTable(sprite.Handle(), points, entries, 1, 2, 1), 0) << entries;
         platform::ForgetFailures();
         MoveStage(sprite);
-        EXPECT_EQ(WordsOf(sprite), expected) << name;
+        EXPECT_EQ(WordsOf(sprite), expected) << entries;
     }
 }
 
@@ -110,8 +104,7 @@ TEST(WaypointTable, ReadsInsideTheTableOnly) {
 TEST(WaypointTable, CopyHasABlockOfItsOwn) {
     LooseSprite source;
     MoveSpriteWithTable(source.Handle(), kPoints, 3, 100, 200, 1);
-    LooseSprite copy;
-    LooseSprite second;
+    LooseSprite copy, second;
     ASSERT_TRUE(CopyWaypointTable(source, copy));
     FreeWaypointTable(source);
     EXPECT_TRUE(CopyWaypointTable(source, second)) << "nothing to copy is no failure";
