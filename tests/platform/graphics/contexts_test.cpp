@@ -24,69 +24,6 @@ int CountObjects() {
            CountHandles(HandleKind::Pen) + CountHandles(HandleKind::Brush);
 }
 
-// Every function with handles that are not what it wants; each must give its failure value.
-void CallEverything(uintptr_t wrong, HDC alive, HBITMAP bitmap) {
-    POINT points[4] = {{0, 0}, {1, 1}, {2, 2}, {3, 3}};
-    const RECT rectangle{0, 0, 2, 2};
-    DibHeader dib(2, 2, 24);
-    uint8_t bits[64];
-    void *address = bits;
-    EXPECT_TRUE(wrong == 0 || CreateCompatibleDC(wrong) == 0) << wrong;
-    EXPECT_EQ(DeleteDC(wrong), 0);
-    EXPECT_EQ(CreateCompatibleBitmap(wrong, 2, 2), 0u);
-    EXPECT_TRUE(wrong == 0 || CreateDIBSection(wrong, dib.Info(), 0, &address, 0, 0) == 0);
-    EXPECT_EQ(SelectObject(wrong, bitmap), 0u);
-    EXPECT_EQ(SelectObject(alive, wrong), 0u);
-    EXPECT_EQ(DeleteObject(wrong), 0);
-    EXPECT_EQ(SetBkColor(wrong, 0), CLR_INVALID);
-    EXPECT_EQ(SetTextColor(wrong, 0), CLR_INVALID);
-    EXPECT_EQ(SetStretchBltMode(wrong, COLORONCOLOR), 0);
-    EXPECT_EQ(GetDeviceCaps(wrong, LOGPIXELSX), 0);
-    EXPECT_EQ(GetPixel(wrong, 0, 0), CLR_INVALID);
-    EXPECT_EQ(SetPixel(wrong, 0, 0, 0), CLR_INVALID);
-    EXPECT_EQ(FillRect(wrong, &rectangle, wrong), 0);
-    EXPECT_EQ(FillRect(alive, &rectangle, wrong), 0);
-    EXPECT_EQ(MoveToEx(wrong, 0, 0, points), 0);
-    EXPECT_EQ(LineTo(wrong, 1, 1), 0);
-    EXPECT_EQ(PolyBezier(wrong, points, 4), 0);
-    EXPECT_EQ(BitBlt(wrong, 0, 0, 1, 1, alive, 0, 0, SRCCOPY), 0);
-    EXPECT_EQ(BitBlt(alive, 0, 0, 1, 1, wrong, 0, 0, SRCCOPY), 0);
-    EXPECT_EQ(BitBlt(wrong, 0, 0, 1, 1, 0, 0, 0, BLACKNESS), 0);
-    EXPECT_EQ(StretchBlt(wrong, 0, 0, 1, 1, alive, 0, 0, 1, 1, SRCCOPY), 0);
-    EXPECT_EQ(StretchBlt(alive, 0, 0, 1, 1, wrong, 0, 0, 1, 1, SRCCOPY), 0);
-    EXPECT_EQ(TransparentBlt(wrong, 0, 0, 1, 1, alive, 0, 0, 1, 1, 0), 0);
-    EXPECT_EQ(TransparentBlt(alive, 0, 0, 1, 1, wrong, 0, 0, 1, 1, 0), 0);
-    EXPECT_EQ(CopyRectangles(wrong, alive, &rectangle, 1), 0);
-    EXPECT_EQ(CopyRectangles(alive, wrong, &rectangle, 1), 0);
-    EXPECT_EQ(GetDIBits(wrong, bitmap, 0, 2, bits, dib.Info(), 0), 0);
-    EXPECT_EQ(GetDIBits(alive, wrong, 0, 2, bits, dib.Info(), 0), 0);
-    EXPECT_EQ(SetDIBitsToDevice(wrong, 0, 0, 2, 2, 0, 0, 0, 2, bits, dib.Info(), 0), 0);
-    EXPECT_EQ(LoadBitmapA(0, "no such bitmap"), 0u);
-    EXPECT_FALSE(platform::SurfaceAccess(wrong));
-    EXPECT_FALSE(platform::DeleteSurfaceContext(wrong));
-    EXPECT_EQ(platform::SurfaceChanges(wrong), 0u);
-}
-
-TEST(Contexts, RefuseEveryHandleThatIsNotAlive) {
-    const Canvas canvas(4, 4);
-    const HPEN pen = CreatePen(PS_SOLID, 1, 0xFF);
-    const HDC dead = CreateCompatibleDC(0);
-    ASSERT_EQ(DeleteDC(dead), 1);
-    std::vector<uintptr_t> wrong{0,         1, 2, 3, dead, UINTPTR_MAX, reinterpret_cast<uintptr_t>(&canvas),
-                                 0x7FFFFFFF};
-    std::mt19937_64 random(20240611);
-    for (int i = 0; i < 2000; ++i) wrong.push_back((random() >> (i % 48)) | uintptr_t{1} << 33);
-    // The dead context's place in the table under other generations.
-    for (uintptr_t i = 1; i < 100; ++i) wrong.push_back((dead + (i << 17)) & 0x7FFFFFFF);
-    for (const uintptr_t handle : wrong) CallEverything(handle, canvas.context, canvas.bitmap);
-    // Alive, but of another kind.
-    EXPECT_EQ(GetPixel(canvas.bitmap, 0, 0), CLR_INVALID);
-    EXPECT_EQ(DeleteDC(canvas.bitmap) | DeleteObject(canvas.context) | DeleteDC(pen), 0);
-    EXPECT_EQ(SelectObject(canvas.context, canvas.context), 0u);
-    EXPECT_EQ(DeleteObject(pen), 1);
-    EXPECT_EQ(PictureOf(canvas.context, 4, 4).pixels, std::vector<uint32_t>(16, 0u));
-}
-
 TEST(Contexts, HoldABitmapUntilItIsReplacedOrTheyEnd) {
     const int objects = CountObjects();
     const HDC one = CreateCompatibleDC(0);
@@ -183,6 +120,17 @@ TEST(Contexts, FailWithoutATraceWhenTheSystemRefuses) {
     EXPECT_EQ(CreateCompatibleDC(0) | CreateBitmap(1, 1, 1, 1, nullptr) | CreatePen(PS_SOLID, 1, 0), 0u);
     for (const HBRUSH brush : brushes) DeleteObject(brush);
     EXPECT_EQ(CountObjects(), objects);
+}
+
+TEST(SurfaceAccess, IsRefusedWithHandlesThatAreNoContext) {
+    const Canvas canvas(1, 1);
+    const HDC dead = CreateCompatibleDC(0);
+    ASSERT_EQ(DeleteDC(dead), 1);
+    for (const uintptr_t wrong : {uintptr_t{0}, uintptr_t{3}, dead, canvas.bitmap, UINTPTR_MAX}) {
+        EXPECT_FALSE(platform::SurfaceAccess(wrong)) << wrong;
+        EXPECT_FALSE(platform::DeleteSurfaceContext(wrong)) << wrong;
+        EXPECT_EQ(platform::SurfaceChanges(wrong), 0u) << wrong;
+    }
 }
 
 TEST(SurfaceAccess, ReadsWritesAndCountsChanges) {

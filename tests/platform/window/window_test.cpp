@@ -67,33 +67,21 @@ TEST(Window, ItsContextIsABlackPictureThatOutlivesClosingByHand) {
     EXPECT_EQ(DestroyWindow(window), 0);
 }
 
-TEST(Window, BadSizesAndForeignHandlesGiveTheFailureValue) {
+TEST(Window, BadSizesAndForeignContextsGiveTheFailureValue) {
     const int contexts = CountHandles(HandleKind::Context);
     const int32_t sizes[][2] = {
         {0, 9}, {9, 0}, {-1, 9}, {9, -1}, {16385, 1}, {1, 16385}, {INT32_MAX, INT32_MAX}, {INT32_MIN, 9}};
     for (const auto &[width, height] : sizes)
         EXPECT_EQ(OpenWindow("", width, height), 0u) << width << ' ' << height;
     const HWND live = OpenWindow(nullptr, 1, 1);
-    const HWND closed = OpenWindow("closed", 2, 2);
-    CloseByHand(closed);
     const HWND dead = OpenWindow("\xA0", 3, 3);
     const HDC deadContext = GetDC(dead);
     EXPECT_TRUE(live != 0 && dead != 0);
     EXPECT_EQ(DestroyWindow(dead), 1);
-    const HBRUSH brush = CreateSolidBrush(0);
-    const HWND foreign[] = {dead, 1, 3, GetDC(live), brush, live + 2, ~HWND{0}, HWND{1} << 40 | live};
-    for (const HWND handle : foreign) {
-        EXPECT_EQ(IsWindow(handle), 0) << handle;
-        EXPECT_EQ(GetDC(handle), 0u) << handle;
-        EXPECT_EQ(DestroyWindow(handle), 0) << handle;
-        EXPECT_EQ(ReleaseDC(handle, GetDC(live)), 0) << handle;
-        EXPECT_EQ(ReleaseDC(live, handle), handle == GetDC(live)) << handle;
-    }
-    EXPECT_EQ(IsWindow(0) + DestroyWindow(0) + ReleaseDC(0, 0) + ReleaseDC(0, GetDC(live)), 0);
-    EXPECT_EQ(ReleaseDC(dead, deadContext), 0);
+    EXPECT_EQ(ReleaseDC(dead, deadContext) + ReleaseDC(live, deadContext) + ReleaseDC(live, GetDC(0)), 0);
+    EXPECT_EQ(ReleaseDC(dead, GetDC(live)) + ReleaseDC(0, GetDC(live)) + ReleaseDC(0, 0), 0);
     EXPECT_EQ(ReleaseDC(0, GetDC(0)), 1);
-    EXPECT_EQ(DestroyWindow(live) + DestroyWindow(closed), 2);
-    DeleteObject(brush);
+    EXPECT_EQ(DestroyWindow(live), 1);
     EXPECT_LE(CountHandles(HandleKind::Context), contexts + 1) << "the screen's own may have come";
     EXPECT_EQ(CountHandles(HandleKind::Window), 0);
 }
@@ -195,18 +183,12 @@ TEST(Window, AForkedChildIsRefusedInsteadOfWaitingForEver) {
 
 TEST(MessageBox, ReturnsAtOnceWithoutADisplayAndIsRemembered) {
     const uint32_t count = LastMessageBox().count;
-    EXPECT_EQ(MessageBoxA(77, "Version 3.0\nline",
-                          "\xA0"
-                          "About\xA0",
-                          MB_OK | MB_ICONINFORMATION),
-              IDOK);
+    EXPECT_EQ(MessageBoxA(77, "Version 3.0\nline", "\xA0text\xA0", MB_OK | MB_ICONINFORMATION), IDOK);
     const MessageBoxRecord box = LastMessageBox();
     EXPECT_EQ(box.count, count + 1);
     EXPECT_EQ(box.owner, 77u);
     EXPECT_EQ(box.type, 64u);
-    EXPECT_EQ(box.caption,
-              "\xC2\xA0"
-              "About\xC2\xA0");
+    EXPECT_EQ(box.caption, "\xC2\xA0text\xC2\xA0");
     EXPECT_EQ(box.text, "Version 3.0\nline");
     EXPECT_EQ(MessageBoxA(0, nullptr, nullptr, MB_OK), IDOK);
     EXPECT_EQ(LastMessageBox().caption, "Error");
