@@ -233,18 +233,6 @@ TEST(SteeringFunctions, WriteTheDocumentedWords) {
     EXPECT_EQ(WordsOf(record), Words{}) << "addresses and foreign positions stay";
 }
 
-TEST(SteeringFunctions, SetATargetOnlyWhileThereIsAList) {
-    LooseSprite sprite;
-    ASSERT_EQ(SpriteList.load(), nullptr);
-    EXPECT_EQ(MoveSprite(sprite.Handle(), 3, 4), 0);
-    EXPECT_EQ(sprite.Target(), (Point{0, 0}));
-    SpriteList = &sprite;
-    EXPECT_EQ(MoveSprite(sprite.Handle(), 3, 4), 0);
-    EXPECT_EQ(MoveSprite(0, 5, 6), 0);
-    SpriteList = nullptr;
-    EXPECT_EQ(sprite.Target(), (Point{3, 4}));
-}
-
 // Without a cage or inside the cage the sprite stays; part of one beside part of the other sends it home.
 TEST(SteeringFunctions, ChangeACageInOneStep) {
     LooseSprite sprite({50, 50}, {50, 50}, {0, 0});

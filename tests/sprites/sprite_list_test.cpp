@@ -48,7 +48,7 @@ TEST(SpriteList, AnswersHandleZeroAndAnEmptyListQuietly) {
         int32_t infos[8] = {1, 2, 3, 4, 5, 6, 7, 8};
         EXPECT_EQ(InitSprite5(nullptr), 0u);
         EXPECT_EQ(CopySprite(0), 0u);
-        EXPECT_EQ(DeleteSprite(0), 0);
+        EXPECT_EQ(DeleteSprite(0) | MoveSprite(0, 5, 6), 0);
         EXPECT_EQ(ExistSprite(0), -1);
         EXPECT_EQ(TestSprite(0, 32), 0);
         EXPECT_EQ(GetSpriteInfos(0, infos), nullptr);
@@ -62,8 +62,8 @@ TEST(SpriteList, AnswersHandleZeroAndAnEmptyListQuietly) {
     SpriteThreadBrake(5);
     SystemThreadBrake(5);
     const auto loose = std::make_unique<SpriteRecord>();
-    EXPECT_EQ(DeleteSprite(HandleOf(loose.get())), 0);
-    EXPECT_EQ(loose->State, 0);
+    EXPECT_EQ(DeleteSprite(HandleOf(loose.get())) | MoveSprite(HandleOf(loose.get()), 3, 4), 0);
+    EXPECT_EQ(WordsOf(*loose), Words{});
     EXPECT_EQ(CopySprite(HandleOf(loose.get())), 0u);
     Scene scene;
     const SpriteRecord &record = scene.Add(3, 4);
@@ -105,8 +105,12 @@ TEST(SpriteList, CopiesEveryWordButTheLinksAndTheTable) {
         if (isLink(position)) continue;
         EXPECT_EQ(TestSprite(copy, position), ReadWord(source, position)) << position;
     }
-    EXPECT_NE(TestSprite(copy, 320), 0);
     EXPECT_NE(TestSprite(copy, 320), ReadWord(source, 320));
+    FreeWaypointTable(source);
+    SetSpritePos(copy, 0, 0, 0, 0);
+    TakeNextWaypoint(*RecordOf(copy));
+    EXPECT_EQ((Numbers{RecordOf(copy)->TargetX, RecordOf(copy)->TargetY}), (Numbers{103, 204}));
+    EXPECT_EQ(TestSprite(CopySprite(HandleOf(&source)), 320), 0) << "nothing to copy is no failure";
 }
 
 // Erased, erased again, finished, and it moves in both frames of its erasure; a new delete call starts over.

@@ -150,15 +150,12 @@ struct HurryingClock : platform::Clock {
 // Puts it in place.
 class HurriedClock {
   public:
-    explicit HurriedClock(bool isStill = false) {
-        clock_.isStill = isStill;
-        platform::ReplaceClock(&clock_);
-    }
+    HurriedClock() { platform::ReplaceClock(&clock_); }
     HurriedClock(const HurriedClock &) = delete;
     HurriedClock &operator=(const HurriedClock &) = delete;
     ~HurriedClock() { platform::ReplaceClock(nullptr); }
     uint32_t Looks() const { return clock_.looks - looksBefore_; }
-    void GoOn() const { clock_.isStill = false; }
+    void StandStill(bool isStill) const { clock_.isStill = isStill; }
 
   private:
     static inline HurryingClock clock_;

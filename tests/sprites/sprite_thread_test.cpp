@@ -106,37 +106,28 @@ TEST(SpriteThread, LosesNoSpriteThatIsMadeWhileItEnds) {
     EXPECT_EQ(SpriteList.load(), nullptr);
 }
 
-// Another user of the semaphore keeps the frames away, and its own handle outlives the thread's.
+// Another user of the semaphore keeps the frames away, and gets its own turn in the pause after a frame. Its
+// handle outlives the thread's.
 TEST(SpriteThread, TakesTurnsWithTheOtherDrawingThreads) {
     const HurriedClock clock;
     Scene scene;
     const HANDLE semaphore = OpenFrameSemaphore();
     ASSERT_NE(semaphore, 0u);
+    constexpr DWORD kHalfAMinute = 30000;
+    uintptr_t sprite = 0;
     for (int round = 0; round < 3; ++round) {
-        uintptr_t sprite;
-        {
-            const FrameTurn turn(semaphore);
-            sprite = scene.Start(30, 20);
-            for (int i = 0; i < 500; ++i) std::this_thread::yield();
-            EXPECT_EQ(TestSprite(sprite, 132), 0) << "not drawn";
-        }
+        clock.StandStill(true);
+        EXPECT_EQ(WaitForSingleObject(semaphore, kHalfAMinute), WAIT_OBJECT_0);
+        sprite = scene.Start(30, 20);
+        for (int i = 0; i < 500; ++i) std::this_thread::yield();
+        EXPECT_EQ(TestSprite(sprite, 132), 0) << "not drawn";
+        ReleaseSemaphore(semaphore, 1, nullptr);
         EXPECT_TRUE(WaitUntil([&] { return TestSprite(sprite, 132) == 20; }));
+        EXPECT_EQ(WaitForSingleObject(semaphore, kHalfAMinute), WAIT_OBJECT_0) << "in the pause";
+        ReleaseSemaphore(semaphore, 1, nullptr);
+        clock.StandStill(false);
         DeleteAllSprites();
     }
-    CloseFrameSemaphore(semaphore);
-}
-
-TEST(SpriteThread, LeavesTheTurnToOthersInThePauseAfterItsFrame) {
-    const HurriedClock clock(true);
-    Scene scene;
-    const HANDLE semaphore = OpenFrameSemaphore();
-    const uintptr_t sprite = scene.Start(30, 20);
-    EXPECT_TRUE(WaitUntil([&] { return TestSprite(sprite, 132) == 20; }));
-    constexpr DWORD kHalfAMinute = 30000;
-    EXPECT_EQ(WaitForSingleObject(semaphore, kHalfAMinute), WAIT_OBJECT_0);
-    ReleaseSemaphore(semaphore, 1, nullptr);
-    clock.GoOn();
-    DeleteAllSprites();
     CloseFrameSemaphore(semaphore);
 }
 

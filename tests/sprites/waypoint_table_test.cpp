@@ -101,22 +101,6 @@ TEST(WaypointTable, ReadsInsideTheTableOnly) {
         }
 }
 
-TEST(WaypointTable, CopyHasABlockOfItsOwn) {
-    LooseSprite source;
-    MoveSpriteWithTable(source.Handle(), kPoints, 3, 100, 200, 1);
-    LooseSprite copy, second;
-    ASSERT_TRUE(CopyWaypointTable(source, copy));
-    FreeWaypointTable(source);
-    EXPECT_TRUE(CopyWaypointTable(source, second)) << "nothing to copy is no failure";
-    platform::FailOnce(platform::Operation::Memory, 1);
-    EXPECT_FALSE(CopyWaypointTable(copy, second));
-    platform::ForgetFailures();
-    EXPECT_EQ(second.Table, 0U);
-    TakeNextWaypoint(copy);
-    EXPECT_EQ(copy.Target(), (Point{103, 196}));
-    EXPECT_EQ(copy.TableIndex, 2);
-}
-
 // Each table's waypoints and base add up to (0, 0), so any mixture of two tables shows as another target.
 TEST(WaypointTable, IsReplacedWholeBesideARunningThread) {
     LooseSprite sprite;

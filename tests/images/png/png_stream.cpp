@@ -150,30 +150,31 @@ void TakeBitmap(HBITMAP bitmap, LoadResult &result) {
     EXPECT_NE(DeleteObject(bitmap), 0);
 }
 
-LoadResult LoadPng(const Bytes &stream) {
-    // A block of its own, so that the address sanitizer sees each byte read beyond it.
-    const std::unique_ptr<uint8_t[]> copy(new uint8_t[stream.size()]);
-    std::copy(stream.begin(), stream.end(), copy.get());
+LoadResult LoadPngBy(const std::function<int32_t(PngContext *)> &load) {
     PngContext context;
     PngLoaderInit(&context);
     LoadResult result;
     HBITMAP bitmap = 0;
-    result.stepsDone += PngLoaderLoadMemory(&context, copy.get(), static_cast<uint32_t>(stream.size()));
-    result.loadError = context.lastError;
-    if (result.stepsDone == 1) {
-        result.stepsDone += PngLoaderDecode(&context);
-        result.decodeError = context.lastError;
-    }
-    if (result.stepsDone == 2) {
-        bitmap = PngLoaderCreateBitmap(&context);
-        result.bitmapError = context.lastError;
-    }
+    const auto step = [&](bool isDone) {
+        result.stepsDone += isDone;
+        EXPECT_TRUE(!isDone || context.lastError == 0) << "a step that succeeds leaves no code";
+        return isDone;
+    };
+    if (step(load(&context) != 0) && step(PngLoaderDecode(&context) != 0))
+        step((bitmap = PngLoaderCreateBitmap(&context)) != 0);
+    result.error = context.lastError;
     PngLoaderCleanup(&context);
-    if (bitmap != 0) {
-        TakeBitmap(bitmap, result);
-        ++result.stepsDone;
-    }
+    if (bitmap != 0) TakeBitmap(bitmap, result);
     return result;
+}
+
+LoadResult LoadPng(const Bytes &stream) {
+    // A block of its own, so that the address sanitizer sees each byte read beyond it.
+    const std::unique_ptr<uint8_t[]> copy(new uint8_t[stream.size()]);
+    std::copy(stream.begin(), stream.end(), copy.get());
+    return LoadPngBy([&](PngContext *context) {
+        return PngLoaderLoadMemory(context, copy.get(), static_cast<uint32_t>(stream.size()));
+    });
 }
 
 Picture Shown(const LoadResult &result) {

@@ -6,6 +6,7 @@
 #include <lodepng.h>
 
 #include <cstdint>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -53,15 +54,16 @@ Bytes Join(const std::vector<Bytes> &parts);
 
 // One run through all steps, with the stream in a block of exactly its size.
 struct LoadResult {
-    uint32_t loadError = 0, decodeError = 0, bitmapError = 0;  // lastError behind each step
-    int stepsDone = 0;                                         // 3: there was a bitmap
+    uint32_t error = 0;  // lastError behind the last step taken
+    int stepsDone = 0;   // 3: there was a bitmap
     int bitCount = 0;
-    bool hasAlphaByte = false;
     Picture values;  // indices or colours
     Picture alphas;  // the fourth bytes
     std::vector<uint32_t> palette;
 };
 LoadResult LoadPng(const Bytes &stream);
+// The same with another first step.
+LoadResult LoadPngBy(const std::function<int32_t(PngContext *)> &load);
 // A pixel as it stands in memory: an index, or blue, green, red, alpha from the low byte on.
 uint32_t ReadValue(const platform::PixelView &view, int x, int y);
 // The pixels of a live bitmap, which is deleted.
