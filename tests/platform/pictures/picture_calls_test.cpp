@@ -113,17 +113,17 @@ TEST(PictureRender, ScalesCutsAndMirrors) {
     EXPECT_TRUE(SamePicture("doubled", Draw(picture.get(), 16, 12), doubled));
 
     // The lower right quarter, upside down, at (1, 2).
-    const Canvas canvas(8, 6);
-    EXPECT_EQ(picture->Render(canvas.Context(), 1, 2, 4, 3, width / 2, 0, width / 2, height / 2, nullptr),
+    const GreyCanvas canvas(8, 6);
+    EXPECT_EQ(picture->Render(canvas.context, 1, 2, 4, 3, width / 2, 0, width / 2, height / 2, nullptr),
               S_OK);
-    Picture quarter(8, 6, Canvas::kGrey);
+    Picture quarter(8, 6, GreyCanvas::kGrey);
     for (int y = 0; y < 3; ++y) {
         for (int x = 0; x < 4; ++x) quarter.At(1 + x, 2 + y) = whole.At(4 + x, 5 - y);
     }
     EXPECT_TRUE(SamePicture("quarter", canvas.Shown(), quarter));
 
     for (const auto &[cx, cxSrc] : {std::pair{0, width}, std::pair{8, 0}}) {
-        EXPECT_EQ(picture->Render(canvas.Context(), 0, 0, cx, 6, 0, height, cxSrc, -height, nullptr),
+        EXPECT_EQ(picture->Render(canvas.context, 0, 0, cx, 6, 0, height, cxSrc, -height, nullptr),
                   CTL_E_INVALIDPROPERTYVALUE);
     }
     for (const int size : {8, 16}) {
@@ -145,12 +145,11 @@ TEST(PictureFailures, NothingIsLeftBehindWhicheverOperationFails) {
     ForgetFailures();
     const PictureReference picture = LoadFromStream(bmp);
     for (const Operation operation : {Operation::Bitmap, Operation::Context}) {
-        const Canvas canvas(8, 6);
+        const GreyCanvas canvas(8, 6);
         FailOnce(operation, 1);
-        EXPECT_EQ(picture->Render(canvas.Context(), 0, 0, 8, 6, 0, 2646, 7938, -2646, nullptr),
-                  E_OUTOFMEMORY);
+        EXPECT_EQ(picture->Render(canvas.context, 0, 0, 8, 6, 0, 2646, 7938, -2646, nullptr), E_OUTOFMEMORY);
         ForgetFailures();
-        EXPECT_TRUE(SamePicture("untouched", canvas.Shown(), Picture(8, 6, Canvas::kGrey)));
+        EXPECT_TRUE(SamePicture("untouched", canvas.Shown(), Picture(8, 6, GreyCanvas::kGrey)));
         EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{1, 1}));
     }
     EXPECT_EQ(CountTaskBlocks(), 0);

@@ -5,11 +5,9 @@
 #include <cstring>
 #include <memory>
 
-#include "fenlight/platform/graphics.h"
-#include "platform/graphics/screen_context.h"
+#include "platform/graphics/canvas.h"
 #include "platform/pictures/picture.h"
 #include "platform/pictures/picture_bytes.h"
-#include "platform/raster/pixel_view.h"
 #include "platform/system/handle_table.h"
 
 namespace fenlight::test {
@@ -35,37 +33,20 @@ inline PictureReference LoadFromStream(const Bytes &bytes) {
     return PictureReference(picture);
 }
 
-inline Picture ShownBy(HDC context, int width, int height) {
-    Picture picture(width, height);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) picture.At(x, y) = platform::SwapRedBlue(GetPixel(context, x, y));
-    }
-    return picture;
-}
+inline Picture ShownBy(HDC context, int width, int height) { return PictureOf(context, width, height); }
 
-// A context of the screen's format, grey all over.
-class Canvas {
+// A canvas that is grey all over at first.
+class GreyCanvas : public Canvas {
   public:
     static constexpr uint32_t kGrey = 0x5A5A5A;
 
-    Canvas(int width, int height)
-        : width_(width),
-          height_(height),
-          bitmap_(CreateCompatibleBitmap(platform::ScreenContext(), width, height)),
-          context_(CreateCompatibleDC(0)) {
-        SelectObject(context_, bitmap_);
-        for (int i = 0; i < width * height; ++i) SetPixel(context_, i % width, i / width, kGrey);
+    GreyCanvas(int width, int height) : Canvas(width, height), width_(width), height_(height) {
+        for (int i = 0; i < width * height; ++i) SetPixel(context, i % width, i / width, kGrey);
     }
-    Canvas(const Canvas &) = delete;
-    Canvas &operator=(const Canvas &) = delete;
-    ~Canvas() { DeleteDC(context_), DeleteObject(bitmap_); }
-    HDC Context() const { return context_; }
-    Picture Shown() const { return ShownBy(context_, width_, height_); }
+    Picture Shown() const { return PictureOf(context, width_, height_); }
 
   private:
     int width_, height_;
-    HBITMAP bitmap_;
-    HDC context_;
 };
 
 // Live contexts and bitmaps beyond the screen's own, which the first use of either makes.
@@ -92,8 +73,8 @@ inline Picture Draw(platform::IPicture *picture, int width, int height) {
     int32_t himetricHeight = 0;
     picture->get_Width(&himetricWidth);
     picture->get_Height(&himetricHeight);
-    const Canvas canvas(width, height);
-    const HRESULT result = picture->Render(canvas.Context(), 0, 0, width, height, 0, himetricHeight,
+    const GreyCanvas canvas(width, height);
+    const HRESULT result = picture->Render(canvas.context, 0, 0, width, height, 0, himetricHeight,
                                            himetricWidth, -himetricHeight, nullptr);
     return result >= 0 ? canvas.Shown() : Picture();
 }

@@ -134,23 +134,10 @@ TEST_P(RowKernelsTest, LeaveOutKeyPixelsAndTouchNothingElse) {
 TEST_P(RowKernelsTest, ScaleBySamples) {
     std::mt19937 random(22);
     int round = 0;
-    for (const auto &[numerator, denominator] : std::vector<std::pair<int, int>>{{1, 9},
-                                                                                 {1, 2},
-                                                                                 {2, 3},
-                                                                                 {5, 7},
-                                                                                 {1, 1},
-                                                                                 {7, 5},
-                                                                                 {3, 2},
-                                                                                 {15, 8},
-                                                                                 {2, 1},
-                                                                                 {33, 16},
-                                                                                 {31, 15},
-                                                                                 {7, 3},
-                                                                                 {40, 1},
-                                                                                 {8, 7},
-                                                                                 {17, 16},
-                                                                                 {21, 10},
-                                                                                 {11, 5}}) {
+    constexpr int kRatios[][2] = {{1, 9},  {1, 2},  {2, 3},   {5, 7},   {1, 1},   {7, 5},
+                                  {3, 2},  {15, 8}, {2, 1},   {33, 16}, {31, 15}, {7, 3},
+                                  {40, 1}, {8, 7},  {17, 16}, {21, 10}, {11, 5}};
+    for (const auto &[numerator, denominator] : kRatios) {
         for (int count = 1; count <= 70; ++count) {
             const bool isMirrored = random() % 2 == 0;
             std::vector<int32_t> positions;

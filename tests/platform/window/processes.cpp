@@ -90,18 +90,11 @@ XServer::XServer() {
     int ends[2];
     if (pipe(ends) != 0) return;
     fcntl(ends[0], F_SETFD, FD_CLOEXEC);
-    std::string numberFile = std::to_string(ends[1]);
-    char *const arguments[] = {const_cast<char *>("Xvfb"),
-                               const_cast<char *>("-displayfd"),
-                               numberFile.data(),
-                               const_cast<char *>("-screen"),
-                               const_cast<char *>("0"),
-                               const_cast<char *>("800x600x24"),
-                               const_cast<char *>("-nolisten"),
-                               const_cast<char *>("tcp"),
-                               const_cast<char *>("-terminate"),
-                               nullptr};
-    if (posix_spawnp(&process_, arguments[0], nullptr, nullptr, arguments, environ) != 0) process_ = -1;
+    const std::string numberFile = std::to_string(ends[1]);
+    const char *arguments[] = {"Xvfb",      "-displayfd", numberFile.c_str(), "-screen", "0", "800x600x24",
+                               "-nolisten", "tcp",        "-terminate",       nullptr};
+    if (posix_spawnp(&process_, "Xvfb", nullptr, nullptr, const_cast<char **>(arguments), environ) != 0)
+        process_ = -1;
     close(ends[1]);
     if (process_ > 0) {
         if (const std::string number = ReadLine(ends[0]); !number.empty()) display_ = ":" + number;

@@ -4,9 +4,7 @@
 
 #include <sys/types.h>
 
-#include <chrono>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/picture_check.h"
@@ -14,8 +12,7 @@
 namespace fenlight::test {
 
 // The program's tests that match the filter, disabled ones too, in a process of their own with these
-// variables
-// ("NAME=value") added. Its exit code.
+// variables ("NAME=value") added. Its exit code.
 int RunSelf(const std::string &filter, const std::vector<std::string> &variables = {});
 // Is this such a process?
 bool IsRunBySelf();
@@ -40,16 +37,5 @@ class XServer {
 
 // What stands on the screen of $DISPLAY in the window of that name; empty if there is none.
 Picture WindowOnScreen(const std::string &name);
-
-// Asks again and again until it is so; false if that does not happen in half a minute.
-template <class Condition>
-bool Becomes(Condition condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
-}
 
 }  // namespace fenlight::test

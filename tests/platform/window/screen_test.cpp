@@ -7,18 +7,18 @@
 #include <sstream>
 #include <thread>
 
-#include "fenlight/platform/graphics.h"
 #include "fenlight/platform/windows.h"
-#include "platform/raster/pixel_view.h"
+#include "platform/graphics/canvas.h"
+#include "platform/system/waiting.h"
 #include "platform/window/input_state.h"
 #include "processes.h"
 
 namespace fenlight::platform {
 namespace {
 
-using test::Becomes;
 using test::OutputOf;
 using test::Picture;
+using test::PictureOf;
 
 void Fill(HDC context, RECT area, COLORREF colour) {
     const HBRUSH brush = CreateSolidBrush(colour);
@@ -39,17 +39,9 @@ void DrawPattern(HDC context, int32_t width, int32_t height) {
     Fill(context, {90, 50, 140, 80}, 0xFF0000);
 }
 
-Picture PictureOf(HDC context, int32_t width, int32_t height) {
-    Picture picture(width, height);
-    for (int32_t y = 0; y < height; ++y) {
-        for (int32_t x = 0; x < width; ++x) picture.At(x, y) = SwapRedBlue(GetPixel(context, x, y));
-    }
-    return picture;
-}
-
 ::testing::AssertionResult ScreenShows(const std::string &name, const Picture &expected) {
     Picture actual;
-    Becomes([&] {
+    BecomesTrue([&] {
         actual = test::WindowOnScreen(name);
         for (uint32_t &pixel : actual.pixels) pixel &= 0xFFFFFF;
         return actual.pixels == expected.pixels;
@@ -67,7 +59,7 @@ TEST(DISABLED_OnScreen, AWindowShowsItsContextPixelForPixelUntilItIsDestroyed) {
     SetPixel(context, 202, 116, 0x00FFFF);
     EXPECT_TRUE(ScreenShows("pattern", PictureOf(context, 203, 117))) << "after a change of one pixel";
     EXPECT_EQ(DestroyWindow(window), 1);
-    EXPECT_TRUE(Becomes([] { return test::WindowOnScreen("pattern").pixels.empty(); }));
+    EXPECT_TRUE(BecomesTrue([] { return test::WindowOnScreen("pattern").pixels.empty(); }));
 }
 
 TEST(DISABLED_OnScreen, KeysAndMouseArrive) {
@@ -77,13 +69,13 @@ TEST(DISABLED_OnScreen, KeysAndMouseArrive) {
     OutputOf(
         "xdotool search --name '^input$' windowfocus --sync mousemove --window %1 30 40 mousedown 3 keydown "
         "a");
-    EXPECT_TRUE(Becomes([] { return IsKeyDown('A') && IsKeyDown(kRightButton); }));
+    EXPECT_TRUE(BecomesTrue([] { return IsKeyDown('A') && IsKeyDown(kRightButton); }));
     const std::string place = OutputOf("xdotool getmouselocation");
     std::ostringstream expected;
     expected << "x:" << CurrentCursor().x << " y:" << CurrentCursor().y << ' ';
     EXPECT_EQ(place.substr(0, expected.str().size()), expected.str());
     OutputOf("xdotool keyup a mouseup 3");
-    EXPECT_TRUE(Becomes([] { return !IsKeyDown('A') && !IsKeyDown(kRightButton); }));
+    EXPECT_TRUE(BecomesTrue([] { return !IsKeyDown('A') && !IsKeyDown(kRightButton); }));
     EXPECT_EQ(DestroyWindow(window), 1);
 }
 
@@ -106,7 +98,7 @@ TEST(DISABLED_OnScreen, PicturesGoOnWhileAMessageBoxStands) {
     std::thread asker(
         [&] { answer = MessageBoxA(owner, "A text\nof two lines", "box", MB_ICONINFORMATION); });
     std::string box;
-    const bool hasCome = Becomes([&] { return !(box = ListedWindow("box")).empty() || answer != -1; });
+    const bool hasCome = BecomesTrue([&] { return !(box = ListedWindow("box")).empty() || answer != -1; });
     EXPECT_TRUE(hasCome);
     if (!box.empty()) {
         EXPECT_EQ(answer, -1) << "it waits";
@@ -117,11 +109,12 @@ TEST(DISABLED_OnScreen, PicturesGoOnWhileAMessageBoxStands) {
         const HWND late = OpenWindow("late", 5, 5);
         EXPECT_TRUE(IsWindow(late));
         EXPECT_EQ(DestroyWindow(late), 1);
-        EXPECT_TRUE(Becomes([&] {
+        EXPECT_TRUE(BecomesTrue([&] {
             OutputOf("xdotool windowfocus --sync " + box + " key --clearmodifiers Return");
             return answer != -1;
         }));
-        EXPECT_TRUE(Becomes([] { return ListedWindow("owner").empty() && ListedWindow("late").empty(); }));
+        EXPECT_TRUE(
+            BecomesTrue([] { return ListedWindow("owner").empty() && ListedWindow("late").empty(); }));
     }
     asker.join();
     EXPECT_EQ(answer, IDOK);
