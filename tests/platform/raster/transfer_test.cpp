@@ -43,6 +43,28 @@ void ExpectLikeModel(Bitmap &target, const PixelView &source, const ScaledBlock 
     ASSERT_EQ(actual, target.Bytes()) << Describe(target.View(), source, block, code);
 }
 
+void CheckBlit(Bitmap &target, const PixelView &source, const Block &block, DWORD code) {
+    ExpectLikeModel(target, source, Scaled(block), code, kColours, {},
+                    [&] { return BlitBlock(target.View(), &source, block, code, kColours); });
+}
+
+void CheckStretch(Bitmap &target, const PixelView &source, const ScaledBlock &block, DWORD code) {
+    ExpectLikeModel(target, source, block, code, kColours, {},
+                    [&] { return StretchBlock(target.View(), &source, block, code, kColours); });
+}
+
+void CheckKeyed(Bitmap &target, const PixelView &source, const ScaledBlock &block, COLORREF key) {
+    ExpectLikeModel(target, source, block, SRCCOPY, {}, {true, key},
+                    [&] { return KeyedBlock(target.View(), source, block, key, kColours); });
+}
+
+template <typename Action>
+void ForEachPairOfFormats(Action action) {
+    for (const PixelFormat from : kAllFormats)
+        for (const PixelFormat to : kAllFormats)
+            if (!::testing::Test::HasFatalFailure()) action(from, to);
+}
+
 int32_t Between(std::mt19937 &random, int low, int high) {
     return low + static_cast<int32_t>(random() % static_cast<unsigned>(high - low + 1));
 }
@@ -61,37 +83,24 @@ ScaledBlock RandomScaledBlock(std::mt19937 &random) {
 
 TEST(BlitBlock, GivesWhatTheTruthTableSaysForEveryCodeAndPairOfFormats) {
     std::mt19937 random(11);
-    for (const PixelFormat from : kAllFormats) {
-        for (const PixelFormat to : kAllFormats) {
-            Bitmap source(from, 37, 7, random, true);
-            Bitmap target(to, 41, 7, random);
-            for (DWORD table = 0; table < 256; ++table) {
-                if (table % 8 == 0) target.Palette() = table % 16 == 0 ? source.Palette() : target.Palette();
-                const Block block = RandomBlock(random);
-                ExpectLikeModel(target, source.View(), Scaled(block), table << 16, kColours, {}, [&] {
-                    return BlitBlock(target.View(), &source.View(), block, table << 16, kColours);
-                });
-                if (HasFatalFailure()) return;
-            }
+    ForEachPairOfFormats([&](PixelFormat from, PixelFormat to) {
+        Bitmap source(from, 37, 7, random, true);
+        Bitmap target(to, 41, 7, random);
+        for (DWORD table = 0; table < 256 && !HasFatalFailure(); ++table) {
+            if (table % 8 == 0) target.Palette() = table % 16 == 0 ? source.Palette() : target.Palette();
+            CheckBlit(target, source.View(), RandomBlock(random), table << 16);
         }
-    }
+    });
 }
 
 TEST(BlitBlock, CrossesThePiecesOfLongRows) {
     std::mt19937 random(12);
-    for (const PixelFormat from : kAllFormats) {
-        for (const PixelFormat to : kAllFormats) {
-            Bitmap source(from, 1203, 2, random);
-            Bitmap target(to, 1201, 2, random);
-            for (const DWORD code : {SRCCOPY, SRCPAINT, PATINVERT, DSTINVERT, WHITENESS}) {
-                const Block block{1, 0, 1300, 2, 3, 0};
-                ExpectLikeModel(target, source.View(), Scaled(block), code, kColours, {}, [&] {
-                    return BlitBlock(target.View(), &source.View(), block, code, kColours);
-                });
-                if (HasFatalFailure()) return;
-            }
-        }
-    }
+    ForEachPairOfFormats([&](PixelFormat from, PixelFormat to) {
+        Bitmap source(from, 1203, 2, random);
+        Bitmap target(to, 1201, 2, random);
+        for (const DWORD code : {SRCCOPY, SRCPAINT, PATINVERT, DSTINVERT, WHITENESS})
+            CheckBlit(target, source.View(), {1, 0, 1300, 2, 3, 0}, code);
+    });
 }
 
 TEST(BlitBlock, NeedsNoSourceWhereTheCodeHasNoneAndFailsWhereItHas) {
@@ -126,9 +135,7 @@ TEST(Transfers, ClipAtTheEndsOfTheNumbers) {
         if (block.width < 0) plain.targetWidth = plain.sourceWidth = 0;
         ExpectLikeModel(target, source.View(), plain, SRCCOPY, kColours, {},
                         [&] { return BlitBlock(target.View(), &source.View(), block, SRCCOPY, kColours); });
-        ExpectLikeModel(target, source.View(), Scaled(block), SRCCOPY, {}, {true, 0xFF}, [&] {
-            return KeyedBlock(target.View(), source.View(), Scaled(block), 0xFF, kColours);
-        });
+        CheckKeyed(target, source.View(), Scaled(block), 0xFF);
     }
     const std::vector<ScaledBlock> scaled{{kMin, kMin, kMax, kMax, 0, 0, 9, 8},
                                           {kMax, kMax, kMin, kMin, kMax, kMax, kMin, kMin},
@@ -140,36 +147,23 @@ TEST(Transfers, ClipAtTheEndsOfTheNumbers) {
                                           {0, 0, 8, 9, -kMax / 2, -kMax / 2, kMax, kMax},
                                           {0, 0, 0, 5, 0, 0, 3, 3},
                                           {0, 0, 5, 5, 0, 0, 3, 0}};
-    for (const ScaledBlock &block : scaled) {
-        for (const DWORD code : {SRCCOPY, DSTINVERT}) {
-            ExpectLikeModel(target, source.View(), block, code, kColours, {}, [&] {
-                return StretchBlock(target.View(), &source.View(), block, code, kColours);
-            });
-        }
-    }
+    for (const ScaledBlock &block : scaled)
+        for (const DWORD code : {SRCCOPY, DSTINVERT}) CheckStretch(target, source.View(), block, code);
 }
 
 TEST(StretchBlock, TakesTheSampleOfTheDefinitionForEveryPairOfFormats) {
     std::mt19937 random(15);
-    for (const PixelFormat from : kAllFormats) {
-        for (const PixelFormat to : kAllFormats) {
-            Bitmap source(from, 37, 9, random);
-            Bitmap target(to, 61, 13, random, true);
-            for (int round = 0; round < 100; ++round) {
-                const DWORD code = round % 2 == 0 ? SRCCOPY : static_cast<DWORD>(random() % 256) << 16;
-                const ScaledBlock block = RandomScaledBlock(random);
-                ExpectLikeModel(target, source.View(), block, code, kColours, {}, [&] {
-                    return StretchBlock(target.View(), &source.View(), block, code, kColours);
-                });
-                if (HasFatalFailure()) return;
-                const COLORREF key = round % 5 == 0 ? CLR_INVALID : Bitmap::kColours[random() % 7];
-                ExpectLikeModel(target, source.View(), block, SRCCOPY, {}, {true, key}, [&] {
-                    return KeyedBlock(target.View(), source.View(), block, key, kColours);
-                });
-                if (HasFatalFailure()) return;
-            }
+    ForEachPairOfFormats([&](PixelFormat from, PixelFormat to) {
+        Bitmap source(from, 37, 9, random);
+        Bitmap target(to, 61, 13, random, true);
+        for (int round = 0; round < 100 && !HasFatalFailure(); ++round) {
+            const DWORD code = round % 2 == 0 ? SRCCOPY : static_cast<DWORD>(random() % 256) << 16;
+            const ScaledBlock block = RandomScaledBlock(random);
+            CheckStretch(target, source.View(), block, code);
+            CheckKeyed(target, source.View(), block,
+                       round % 5 == 0 ? CLR_INVALID : Bitmap::kColours[random() % 7]);
         }
-    }
+    });
 }
 
 // The ways of the row loops change with the ratio, each at its own.
@@ -178,12 +172,10 @@ TEST(StretchBlock, TakesTheSampleOfTheDefinitionAtEveryRatio) {
     for (const PixelFormat to : {PixelFormat::Bgr24, PixelFormat::Bgrx32}) {
         Bitmap source(to, 260, 2, random);
         Bitmap target(to, 70, 3, random);
-        for (int32_t width = 1; width <= 260; ++width) {
+        for (int32_t width = 1; width <= 260 && !HasFatalFailure(); ++width) {
             const ScaledBlock block{
                 1, 0, width % 2 == 0 ? 61 : 64, 3, width % 3 == 0 ? 0 : 260 - width, 0, width, 2};
-            ExpectLikeModel(target, source.View(), block, SRCCOPY, {}, {},
-                            [&] { return StretchBlock(target.View(), &source.View(), block, SRCCOPY, {}); });
-            if (HasFatalFailure()) return;
+            CheckStretch(target, source.View(), block, SRCCOPY);
         }
     }
 }
@@ -220,13 +212,9 @@ TEST(Transfers, ReadEverythingBeforeItIsOverwritten) {
             if (round % 4 == 0) block.targetY = block.sourceY;
             const DWORD code = round % 2 == 0 ? SRCCOPY : static_cast<DWORD>(random() % 256) << 16;
             const ScaledBlock scaled = round % 3 == 0 ? Scaled(block) : RandomScaledBlock(random);
-            const COLORREF key = Bitmap::kColours[random() % 7];
-            ExpectLikeModel(bitmap, source, Scaled(block), code, kColours, {},
-                            [&] { return BlitBlock(bitmap.View(), &source, block, code, kColours); });
-            ExpectLikeModel(bitmap, source, scaled, code, kColours, {},
-                            [&] { return StretchBlock(bitmap.View(), &source, scaled, code, kColours); });
-            ExpectLikeModel(bitmap, source, scaled, SRCCOPY, {}, {true, key},
-                            [&] { return KeyedBlock(bitmap.View(), source, scaled, key, kColours); });
+            CheckBlit(bitmap, source, block, code);
+            CheckStretch(bitmap, source, scaled, code);
+            CheckKeyed(bitmap, source, scaled, Bitmap::kColours[random() % 7]);
             if (::testing::Test::HasFatalFailure()) return;
         }
     };
@@ -270,73 +258,68 @@ void PaintThroughMasks(const PixelView &target, const PixelView &source, const B
 
 TEST(KeyedBlock, EqualsEightTransfersThroughMasksForEveryPairOfFormats) {
     std::mt19937 random(17);
-    for (const PixelFormat from : kAllFormats) {
-        for (const PixelFormat to : kAllFormats) {
-            Bitmap source(from, 83, 7, random);
-            Bitmap target(to, 79, 9, random, true);
-            for (int round = 0; round < 40; ++round) {
-                Block block{Between(random, -9, 70), Between(random, -2, 8), 1, 1, Between(random, 0, 30), 1};
-                block.width = Between(random, 1, 83 - block.sourceX);
-                block.height = Between(random, 1, 6);
-                const int32_t right = block.sourceX + block.width - 1;
-                const COLORREF key =
-                    round == 0 ? CLR_INVALID : ReadPixel(source.View(), right, block.sourceY);
-                const std::vector<uint8_t> before = target.Bytes();
-                PaintThroughMasks(target.View(), source.View(), block, key, random);
-                const PixelView &view = target.View();
-                std::vector<uint32_t> expected = TakePixels(view);
-                for (uint32_t &pixel : expected) pixel = ModelColour(view, pixel);
-                target.Bytes() = before;
-                ASSERT_TRUE(KeyedBlock(view, source.View(), Scaled(block), key, kColours));
-                std::vector<uint32_t> actual = TakePixels(view);
-                for (uint32_t &pixel : actual) pixel = ModelColour(view, pixel);
-                ASSERT_EQ(actual, expected) << Describe(view, source.View(), Scaled(block), key);
-            }
+    ForEachPairOfFormats([&](PixelFormat from, PixelFormat to) {
+        Bitmap source(from, 83, 7, random);
+        Bitmap target(to, 79, 9, random, true);
+        for (int round = 0; round < 40; ++round) {
+            Block block{Between(random, -9, 70), Between(random, -2, 8), 1, 1, Between(random, 0, 30), 1};
+            block.width = Between(random, 1, 83 - block.sourceX);
+            block.height = Between(random, 1, 6);
+            const int32_t right = block.sourceX + block.width - 1;
+            const COLORREF key = round == 0 ? CLR_INVALID : ReadPixel(source.View(), right, block.sourceY);
+            const std::vector<uint8_t> before = target.Bytes();
+            PaintThroughMasks(target.View(), source.View(), block, key, random);
+            const PixelView &view = target.View();
+            std::vector<uint32_t> expected = TakePixels(view);
+            for (uint32_t &pixel : expected) pixel = ModelColour(view, pixel);
+            target.Bytes() = before;
+            ASSERT_TRUE(KeyedBlock(view, source.View(), Scaled(block), key, kColours));
+            std::vector<uint32_t> actual = TakePixels(view);
+            for (uint32_t &pixel : actual) pixel = ModelColour(view, pixel);
+            ASSERT_EQ(actual, expected) << Describe(view, source.View(), Scaled(block), key);
         }
-    }
+    });
 }
 
 TEST(CopyUnion, CopiesEachPixelOfAnyRectangleAndNoOther) {
     std::mt19937 random(18);
-    for (const PixelFormat from : kAllFormats) {
-        for (const PixelFormat to : kAllFormats) {
-            Bitmap source(from, 331, 60, random);
-            Bitmap target(to, 340, 55, random, true);
-            for (const int count : {0, 1, 3, 40, 1500}) {
-                std::vector<RECT> rectangles{{INT32_MIN, INT32_MIN, 2, 1},
-                                             {330, 50, INT32_MAX, INT32_MAX},
-                                             {9, 9, 9, 20},
-                                             {20, 9, 10, 20},
-                                             {INT32_MIN, 3, INT32_MIN, 9},
-                                             {INT32_MAX, INT32_MAX, INT32_MIN, 0}};
-                rectangles.resize(std::min<size_t>(rectangles.size(), static_cast<size_t>(count)));
-                while (rectangles.size() < static_cast<size_t>(count)) {
-                    const LONG x = Between(random, -20, 340);
-                    const LONG y = Between(random, -20, 60);
-                    rectangles.push_back({x, y, x + Between(random, -1, random() % 8 == 0 ? 250 : 30),
-                                          y + Between(random, -1, 9)});
-                }
-                PixelView clean = source.View();
-                const std::vector<uint8_t> before = target.Bytes();
-                ASSERT_TRUE(CopyUnion(target.View(), clean, rectangles, kColours));
-                const std::vector<uint8_t> actual = target.Bytes();
-                target.Bytes() = before;
-                for (int y = 0; y < 55; ++y) {
-                    for (int x = 0; x < 331; ++x) {
-                        const bool isCovered =
-                            std::any_of(rectangles.begin(), rectangles.end(), [=](const RECT &r) {
-                                return x >= r.left && x < r.right && y >= r.top && y < r.bottom;
-                            });
-                        if (!isCovered) continue;
-                        const uint32_t raw = RawPixel(clean, x, y);
-                        SetRawPixel(target.View(), x, y, ModelConvert(clean, target.View(), raw, kColours));
-                    }
-                }
-                ASSERT_EQ(actual, target.Bytes()) << count << " rectangles, formats "
-                                                  << static_cast<int>(from) << " to " << static_cast<int>(to);
+    ForEachPairOfFormats([&](PixelFormat from, PixelFormat to) {
+        Bitmap source(from, 331, 60, random);
+        Bitmap target(to, 340, 55, random, true);
+        for (const int count : {0, 1, 3, 40, 1500}) {
+            std::vector<RECT> rectangles{{INT32_MIN, INT32_MIN, 2, 1},
+                                         {330, 50, INT32_MAX, INT32_MAX},
+                                         {9, 9, 9, 20},
+                                         {20, 9, 10, 20},
+                                         {INT32_MIN, 3, INT32_MIN, 9},
+                                         {INT32_MAX, INT32_MAX, INT32_MIN, 0}};
+            rectangles.resize(std::min<size_t>(rectangles.size(), static_cast<size_t>(count)));
+            while (rectangles.size() < static_cast<size_t>(count)) {
+                const LONG x = Between(random, -20, 340);
+                const LONG y = Between(random, -20, 60);
+                rectangles.push_back({x, y, x + Between(random, -1, random() % 8 == 0 ? 250 : 30),
+                                      y + Between(random, -1, 9)});
             }
+            const std::vector<uint8_t> before = target.Bytes();
+            ASSERT_TRUE(CopyUnion(target.View(), source.View(), rectangles, kColours));
+            const std::vector<uint8_t> actual = target.Bytes();
+            target.Bytes() = before;
+            for (int y = 0; y < 55; ++y) {
+                for (int x = 0; x < 331; ++x) {
+                    const bool isCovered =
+                        std::any_of(rectangles.begin(), rectangles.end(), [=](const RECT &r) {
+                            return x >= r.left && x < r.right && y >= r.top && y < r.bottom;
+                        });
+                    if (!isCovered) continue;
+                    const uint32_t raw = RawPixel(source.View(), x, y);
+                    SetRawPixel(target.View(), x, y,
+                                ModelConvert(source.View(), target.View(), raw, kColours));
+                }
+            }
+            ASSERT_EQ(actual, target.Bytes()) << count << " rectangles, formats " << static_cast<int>(from)
+                                              << " to " << static_cast<int>(to);
         }
-    }
+    });
 }
 
 TEST(Transfers, WithoutMemoryEitherDoWithoutItOrFailAndChangeNothing) {
