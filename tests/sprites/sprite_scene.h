@@ -162,6 +162,13 @@ class HurriedClock {
     const uint32_t looksBefore_ = clock_.looks;
 };
 
+// Time enough for a thread that wrongly runs to show it: many turns, but few where each takes long.
+inline void GiveTurns() {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+    for (int i = 0; i < 500 && (i < 10 || std::chrono::steady_clock::now() < deadline); ++i)
+        std::this_thread::yield();
+}
+
 // Waits for something that another thread brings about; false after half a minute.
 inline bool WaitUntil(const std::function<bool()> &isTrue) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);

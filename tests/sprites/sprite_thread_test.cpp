@@ -93,7 +93,9 @@ TEST(SpriteThread, LosesNoSpriteThatIsMadeWhileItEnds) {
     Scene scene;
     uintptr_t sprite = scene.Start(30, 20);
     std::mt19937 random(11);
-    for (int round = 0; round < 150; ++round) {
+    // A busy machine needs long for a round.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    for (int round = 0; round < 10 || (round < 150 && std::chrono::steady_clock::now() < deadline); ++round) {
         DeleteSprite(sprite);
         for (auto spin = random() % 3000; spin != 0; --spin)
             std::atomic_signal_fence(std::memory_order_seq_cst);
@@ -119,7 +121,7 @@ TEST(SpriteThread, TakesTurnsWithTheOtherDrawingThreads) {
         clock.StandStill(true);
         EXPECT_EQ(WaitForSingleObject(semaphore, kHalfAMinute), WAIT_OBJECT_0);
         sprite = scene.Start(30, 20);
-        for (int i = 0; i < 500; ++i) std::this_thread::yield();
+        GiveTurns();
         EXPECT_EQ(TestSprite(sprite, 132), 0) << "not drawn";
         ReleaseSemaphore(semaphore, 1, nullptr);
         EXPECT_TRUE(WaitUntil([&] { return TestSprite(sprite, 132) == 20; }));
@@ -143,7 +145,7 @@ TEST(SpriteThread, StopsAsOftenAsItWasToldAndGoesOnAsOften) {
         StopAllSprites(0);
         SpriteToHDC(sprite);
         // No frame may end; a running thread would have ended many in this time.
-        for (int i = 0; i < 500; ++i) std::this_thread::yield();
+        GiveTurns();
         EXPECT_FALSE(isStamped());
         StopAllSprites(0);
         ASSERT_TRUE(WaitUntil(isStamped));
