@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <latch>
-#include <random>
 #include <thread>
 #include <vector>
 
@@ -244,60 +243,6 @@ TEST(Contexts, LeaveABitmapAloneOnceItIsReplaced) {
     two.join();
     EXPECT_EQ(changes, 0);
     EXPECT_EQ(DeleteObject(other), 1);
-}
-
-// Two threads make, select, draw and delete over one small table of handles; a third only draws. What counts
-// is that nothing crashes, hangs, leaks or races.
-TEST(Contexts, SurviveDeletionByAnotherThreadInTheMiddleOfDrawing) {
-    constexpr size_t kShared = 6;
-    const int objects = CountObjects();
-    std::atomic<HDC> contexts[kShared]{};
-    std::atomic<HBITMAP> bitmaps[kShared]{};
-    std::atomic<bool> isOver{false};
-    const auto churn = [&](uint32_t seed) {
-        std::mt19937 random(seed);
-        while (!isOver.load()) {
-            const size_t place = random() % kShared;
-            if (const HDC old = contexts[place].exchange(0)) DeleteDC(old);
-            HBITMAP oldBitmap = bitmaps[place].load();
-            if (DeleteObject(oldBitmap) != 0) bitmaps[place].compare_exchange_strong(oldBitmap, 0);
-            const HDC context = CreateCompatibleDC(0);
-            HBITMAP none = 0;
-            const HBITMAP bitmap = CreateCompatibleBitmap(ScreenContext(), 20, 20);
-            if (!bitmaps[place].compare_exchange_strong(none, bitmap)) DeleteObject(bitmap);
-            SelectObject(context, bitmaps[random() % kShared].load());
-            if (const HDC old = contexts[place].exchange(context)) DeleteDC(old);
-        }
-    };
-    const auto draw = [&] {
-        std::mt19937 random(3);
-        DibHeader dib(20, 20, 24);
-        uint8_t bits[60 * 20] = {};
-        const HPEN pen = CreatePen(PS_SOLID, 1, 5);
-        for (int transfers = 0; transfers < 5000;) {
-            const HDC one = contexts[random() % kShared].load();
-            const HDC other = contexts[random() % kShared].load();
-            SetPixel(one, 3, 3, GetPixel(other, 2, 2));
-            transfers += BitBlt(one, 1, 2, 15, 15, other, 0, 0, SRCINVERT);
-            TransparentBlt(one, 0, 0, 9, 9, other, 3, 3, 9, 9, 0);
-            SelectObject(one, pen);
-            LineTo(one, 19, 7);
-            SetBkColor(other, 4);
-            GetDIBits(one, bitmaps[random() % kShared].load(), 0, 20, bits, dib.Info(), 0);
-            SetDIBitsToDevice(other, 0, 0, 20, 20, 0, 0, 0, 20, bits, dib.Info(), 0);
-            platform::SurfaceAccess(one).SetPixel(1, 1, 1);
-        }
-        isOver = true;
-        return pen;
-    };
-    std::thread one(churn, 1), other(churn, 2);
-    const HPEN pen = draw();
-    one.join();
-    other.join();
-    for (auto &context : contexts) DeleteDC(context);
-    for (auto &bitmap : bitmaps) DeleteObject(bitmap);
-    EXPECT_EQ(DeleteObject(pen), 1) << "every selection was counted back";
-    EXPECT_EQ(CountObjects(), objects);
 }
 
 }  // namespace

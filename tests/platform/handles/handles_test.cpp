@@ -15,6 +15,7 @@
 #include "fenlight/platform/graphics.h"
 #include "fenlight/platform/system.h"
 #include "fenlight/platform/windows.h"
+#include "platform/graphics/surface_access.h"
 #include "platform/system/handle_table.h"
 
 namespace fenlight::test {
@@ -248,18 +249,20 @@ TEST_F(Handles, ThatAreDeadForeignZeroOrRandomAreRefusedByEveryFunction) {
     for (int32_t i = 0; i < 16; ++i) EXPECT_EQ(GetPixel(good, i % 4, i / 4), 0u) << i;
 }
 
-// One thread makes and ends objects of all kinds all the time, two call every function with them. What counts
-// is that nothing crashes, hangs, races or leaks.
+// One thread makes and ends objects of all kinds all the time, two call every function with them, and draw
+// from one such context into another with such a bitmap and pen. What counts is that nothing crashes, hangs,
+// races or leaks.
 TEST_F(Handles, ThatAnotherThreadEndsBreakNothing) {
     const auto before = CountAll();
     const HPEN pen = CreatePen(PS_SOLID, 1, 0);
     const HGDIOBJ oldPen = SelectObject(good, pen);
     std::array<std::atomic<uintptr_t>, 2 * std::size(kMakers)> shared{};
     std::atomic<bool> isOver{false};
+    std::atomic<int> transfers{0};
     std::vector<uintptr_t> leftOver;  // what was selected into a context when it was to end
     const auto churn = [&] {
         std::mt19937 random(5);
-        for (int made = 0; made < 12000; ++made) {
+        for (int made = 0; made < 12000 || transfers < 5000; ++made) {
             const size_t place = random() % shared.size();
             const uintptr_t old = shared[place].exchange(kMakers[place / 2].make());
             End(old);
@@ -267,9 +270,24 @@ TEST_F(Handles, ThatAnotherThreadEndsBreakNothing) {
         }
         isOver = true;
     };
+    const auto draw = [&](std::mt19937 &random) {
+        const auto pick = [&](size_t kind) { return shared[2 * kind + random() % 2].load(); };
+        const HDC one = pick(0), other = pick(0);
+        SelectObject(one, pick(1));
+        SelectObject(one, pick(2));
+        SetPixel(one, 2, 2, GetPixel(other, 1, 1));
+        transfers += BitBlt(one, 1, 0, 3, 3, other, 0, 0, SRCINVERT);
+        TransparentBlt(one, 0, 0, 2, 2, other, 1, 1, 2, 2, 0);
+        LineTo(one, 3, 2);
+        Pixels pixels;
+        GetDIBits(one, pick(1), 0, 2, pixels.bits.data(), &pixels.info, DIB_RGB_COLORS);
+        SetDIBitsToDevice(other, 0, 0, 2, 2, 0, 0, 0, 2, pixels.bits.data(), &pixels.info, 0);
+        platform::SurfaceAccess(one).SetPixel(1, 1, 1);
+    };
     const auto use = [&](uint32_t seed) {
         std::mt19937 random(seed);
         while (!isOver) {
+            for (int i = 0; i < 20; ++i) draw(random);
             for (const Call &call : calls) {
                 const uintptr_t handle = shared[random() % shared.size()];
                 const bool isWanted = std::ranges::count(call.wants, KindOfHandle(handle)) != 0;
