@@ -68,31 +68,23 @@ TEST(LastError, BelongsToItsThread) {
 // The judge computes in long double, whose 64 bits hold every product and quotient that matters exactly
 // enough: std::round takes halves away from zero.
 TEST(MulDiv, RoundsToTheNearestWithHalvesAwayFromZero) {
-    struct Case {
-        int32_t number, numerator, denominator, result;
-    };
-    const Case cases[] = {{1, 1, 0, -1},
-                          {5, 1, 2, 3},
-                          {-5, 1, 2, -3},
-                          {5, 1, -2, -3},
-                          {-5, -1, -2, -3},
-                          {INT32_MAX, INT32_MAX, 1, -1},
-                          {INT32_MIN, 1, 1, INT32_MIN},
-                          {INT32_MIN, -1, 1, -1},
-                          {INT32_MIN, INT32_MIN, INT32_MIN, INT32_MIN},
-                          {INT32_MAX, 2, 2, INT32_MAX}};
-    for (const Case &c : cases) {
-        EXPECT_EQ(MulDiv(c.number, c.numerator, c.denominator), c.result)
-            << c.number << " * " << c.numerator << " / " << c.denominator;
-    }
-    std::mt19937 random(99);
-    for (int i = 0; i < 200'000; ++i) {
-        const auto pick = [&] { return static_cast<int32_t>(random()) >> (random() % 32); };
-        const int32_t number = pick(), numerator = pick(), denominator = pick() | 1;
+    const auto check = [](int32_t number, int32_t numerator, int32_t denominator) {
         const long double exact = std::round(static_cast<long double>(number) * numerator / denominator);
         const bool fits = exact >= INT32_MIN && exact <= INT32_MAX;
         ASSERT_EQ(MulDiv(number, numerator, denominator), fits ? static_cast<int32_t>(exact) : -1)
             << number << " * " << numerator << " / " << denominator;
+    };
+    EXPECT_EQ(MulDiv(1, 1, 0), -1);
+    EXPECT_EQ(MulDiv(-5, 1, 2), -3);
+    EXPECT_EQ(MulDiv(INT32_MIN, -1, 1), -1);
+    const int32_t edges[] = {INT32_MIN, INT32_MIN + 1, -5, -2, -1, 1, 2, 5, INT32_MAX};
+    for (const int32_t number : edges)
+        for (const int32_t numerator : edges)
+            for (const int32_t denominator : edges) check(number, numerator, denominator);
+    std::mt19937 random(99);
+    for (int i = 0; i < 200'000 && !HasFatalFailure(); ++i) {
+        const auto pick = [&] { return static_cast<int32_t>(random()) >> (random() % 32); };
+        check(pick(), pick(), pick() | 1);
     }
 }
 
