@@ -10,7 +10,7 @@ cmake -S . -B "$folder" -DCMAKE_INSTALL_PREFIX="$prefix" >/dev/null
 cmake --install "$folder" >/dev/null
 libraries=$(dirname "$(find "$prefix" -name libfenlight.so)")
 
-cmake -S tests/consumer -B "$folder/consumer" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake -S tests/consumer -B "$folder/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$folder/consumer" >/dev/null
 env -u DISPLAY XDG_RUNTIME_DIR="$folder" "$folder/consumer/consumer"
 
