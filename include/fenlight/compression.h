@@ -1,6 +1,5 @@
 /* SPDX-License-Identifier: Zlib */
-/* Data: compression, cipher, files. Not yet part of the library: declared so that the types are settled, not
- * exported. */
+/* Data: compression. Not yet part of the library: declared so that the types are settled, not exported. */
 #ifndef FENLIGHT_COMPRESSION_H
 #define FENLIGHT_COMPRESSION_H
 #include "types.h"
@@ -11,16 +10,6 @@ FENLIGHT_API int32_t Pack(const void *source, void *destination, int32_t length,
                           const char *password) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t DePack(void *source, void *destination, const char *password) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t GetOriginalSize(void *source) FENLIGHT_NOEXCEPT;
-FENLIGHT_API void Crypt(void *memory, int32_t length, const void *key, int32_t keyLength) FENLIGHT_NOEXCEPT;
-FENLIGHT_API uint32_t GenerateChecksum(const void *memory, int32_t length,
-                                       uint32_t startValue) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t ReadFileFast(const char *fileName, void *memory, int32_t offset,
-                                  int32_t size) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t ReadFilePieceFast(const char *fileName, void *memory, int32_t offset, int32_t size,
-                                       int32_t filePosition) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t WriteFileFast(const char *fileName, const void *memory, int32_t offset,
-                                   int32_t size) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t Examine(const char *text) FENLIGHT_NOEXCEPT;
 
 FENLIGHT_END_C
 #endif

@@ -131,17 +131,8 @@ FENLIGHT_API uintptr_t LoadMemoryImage(const void *data, int32_t size) FENLIGHT_
 /// @note One calling thread.
 FENLIGHT_API uintptr_t LoadResourceImage(uintptr_t module, const char *name) FENLIGHT_NOEXCEPT;
 
-/* Painting and saving. Not yet part of the library: declared so that its types are settled, not exported. */
+/* Saving. Not yet part of the library: declared so that its types are settled, not exported. */
 
-FENLIGHT_API int32_t PaintImage(uintptr_t destDC, int32_t destX, int32_t destY, int32_t width, int32_t height,
-                                uintptr_t srcDC, int32_t srcX, int32_t srcY, int32_t mode) FENLIGHT_NOEXCEPT;
-FENLIGHT_API void BitBltArray(uintptr_t destFX, int32_t destX, int32_t destY, int32_t width, int32_t height,
-                              uintptr_t srcFX, int32_t srcX, int32_t srcY, int32_t mode,
-                              uintptr_t parameter) FENLIGHT_NOEXCEPT;
-FENLIGHT_API void Frame(uintptr_t dc, uint32_t colourTopLeft, uint32_t colourBottomRight, int32_t left,
-                        int32_t top, int32_t right, int32_t bottom, int32_t thickness) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t Curve(uintptr_t dc, int32_t x1, int32_t y1, int32_t x2, int32_t y2, int32_t x3,
-                           int32_t y3) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t SaveImage(uintptr_t image, const char *fileName, int32_t format,
                                int32_t quality) FENLIGHT_NOEXCEPT;
 

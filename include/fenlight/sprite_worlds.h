@@ -1,27 +1,9 @@
 /* SPDX-License-Identifier: Zlib */
-/* Sprites: backgrounds and tiles. Not yet part of the library: declared so that the types are settled, not
+/* Sprites: backgrounds and views. Not yet part of the library: declared so that the types are settled, not
  * exported. */
 #ifndef FENLIGHT_SPRITE_WORLDS_H
 #define FENLIGHT_SPRITE_WORLDS_H
 #include "types.h"
-
-struct TileArguments {
-    uintptr_t tileDC;
-    int32_t tileY;
-    int32_t columns;
-    int32_t rows;
-    int32_t tileWidth;
-    int32_t tileHeight;
-    const uint8_t *map;
-    int32_t mapWidth;
-    int32_t startColumn;
-    int32_t startRow;
-    uintptr_t destDC;
-    int32_t destX;
-    int32_t destY;
-    int32_t mode;
-    const uint16_t *tileList;
-};
 
 FENLIGHT_BEGIN_C
 
@@ -30,11 +12,6 @@ FENLIGHT_API int32_t InitSpriteBackground(int32_t backgroundMode, int32_t viewWi
                                           int32_t scrollStepY) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t *GetBackgroundInfos(int32_t *buffer) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t SpriteScrollMode(uintptr_t sprite, int32_t mode) FENLIGHT_NOEXCEPT;
-FENLIGHT_API void SetTiles(uintptr_t tileDC, int32_t tileY, int32_t columns, int32_t rows, int32_t tileWidth,
-                           int32_t tileHeight, const uint8_t *map, int32_t mapWidth, int32_t startColumn,
-                           int32_t startRow, uintptr_t destDC, int32_t destX, int32_t destY, int32_t mode,
-                           const uint16_t *tileList) FENLIGHT_NOEXCEPT;
-FENLIGHT_API void SetTiles5(const struct TileArguments *block) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t VisualTableFix(const uintptr_t *table, int32_t tableBytes, int32_t left, int32_t top,
                                     int32_t right, int32_t bottom) FENLIGHT_NOEXCEPT;
 

@@ -1,18 +1,12 @@
 /* SPDX-License-Identifier: Zlib */
-/* FX buffers. Not yet part of the library: declared so that the types are settled, not exported. */
-#ifndef FENLIGHT_FX_H
-#define FENLIGHT_FX_H
+/* Effects on FX buffers. Not yet part of the library: declared so that the types are settled, not
+ * exported. */
+#ifndef FENLIGHT_FX_EFFECTS_H
+#define FENLIGHT_FX_EFFECTS_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
 
-FENLIGHT_API uintptr_t InitFX(uintptr_t image) FENLIGHT_NOEXCEPT;
-FENLIGHT_API uintptr_t CreateExtFX(int32_t width, int32_t height) FENLIGHT_NOEXCEPT;
-FENLIGHT_API uintptr_t CloneFX(uintptr_t fx) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t FreeFX(uintptr_t fx) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t CopyFX(uintptr_t dc, int32_t x, int32_t y, uintptr_t fx) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t SaveFX(uintptr_t fx, const char *fileName, int32_t mode) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t SaveToMemoryFX(uintptr_t fx, void *destination, int32_t mode) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t Darken(uintptr_t dc, int32_t x, int32_t y, uintptr_t fx,
                             int32_t amount) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t Lighten(uintptr_t dc, int32_t x, int32_t y, uintptr_t fx,
