@@ -23,6 +23,8 @@ namespace fenlight {
 static_assert(sizeof(BITMAPINFOHEADER) == 40 && offsetof(FXHeader, Pixels) == 40);
 
 inline constexpr int64_t kFXPixelBytes = 3;
+// What stands before the rows in a bitmap file.
+inline constexpr int64_t kBitmapHeaderBytes = 54;
 
 // The header that an FX handle is the address of; null for the handle 0.
 inline FXHeader *FXFromHandle(uintptr_t fx) noexcept { return reinterpret_cast<FXHeader *>(fx); }
@@ -52,6 +54,8 @@ using OwnedFX = std::unique_ptr<FXHeader, FXReleaser>;
 // The buffer as a bitmap file, its rows in their own order. Returns the bytes of the picture that were
 // written plus 54 for the headers; 0 if the file could not be made.
 int32_t WriteBitmapFile(const FXHeader &fx, const char *fileName) noexcept;
+// The same bytes, all of them.
+int32_t WriteBitmapToMemory(const FXHeader &fx, void *destination) noexcept;
 
 // Paints a whole picture of the size of `fx` with its top left corner at (x, y) of a context. Only the sizes
 // of `fx` are used: `pixels` is its own block or another one of biSizeImage bytes, and nothing behind those

@@ -70,4 +70,25 @@ void WriteSurfacePixel(const PixelView &view, int32_t x, int32_t y, COLORREF col
     WritePixel(view, x, y, colour);
 }
 
+bool DrawPixels(HDC handle, int32_t x, int32_t y, const PixelView &pixels) noexcept {
+    PassSuspendGate();
+    const LockedContext context(handle);
+    if (!context) return false;
+    TransferColours colours;
+    colours.targetText = context->text;
+    colours.targetBackground = context->background;
+    colours.sourceBackground = context->background;
+    context.Surface().CountChange();
+    return BlitBlock(context.View(), &pixels, {x, y, pixels.width, pixels.height, 0, 0}, SRCCOPY, colours);
+}
+
+bool FetchPixels(HDC handle, const PixelView &pixels) noexcept {
+    PassSuspendGate();
+    const LockedContext context(handle);
+    if (!context || context.View().width < pixels.width || context.View().height < pixels.height)
+        return false;
+    return BlitBlock(pixels, &context.View(), {0, 0, pixels.width, pixels.height, 0, 0}, SRCCOPY,
+                     TransferColours());
+}
+
 }  // namespace fenlight::platform

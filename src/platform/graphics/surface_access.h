@@ -36,6 +36,15 @@ FENLIGHT_API void UnlockSurface(Bitmap &bitmap, bool hasChanged) noexcept;
 FENLIGHT_API COLORREF ReadSurfacePixel(const PixelView &view, int32_t x, int32_t y) noexcept;
 FENLIGHT_API void WriteSurfacePixel(const PixelView &view, int32_t x, int32_t y, COLORREF colour) noexcept;
 
+// Pictures between a context and memory of the caller's, in one transfer; rows may have any pitch.
+//
+// Draws `pixels` with its top left corner at (x, y), clipped; converts as SetDIBitsToDevice does. False for a
+// dead context.
+FENLIGHT_API bool DrawPixels(HDC context, int32_t x, int32_t y, const PixelView &pixels) noexcept;
+// Fills `pixels` from the top left corner of the context's picture, in whatever format that is; monochrome
+// comes out black and white. False with nothing written for a dead context and a picture that is smaller.
+FENLIGHT_API bool FetchPixels(HDC context, const PixelView &pixels) noexcept;
+
 // Holds the lock of a context's surface as long as it stands. Meanwhile the same thread must not call an
 // operation on that context, take a second access, sleep or wait: it would wait for itself, or make all
 // others wait. Keep it for a frame's worth of pixels, not longer.
