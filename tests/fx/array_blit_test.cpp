@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Zlib
+#include "fx/array_blit.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <limits>
+#include <ostream>
+#include <random>
+#include <vector>
+
+namespace fenlight {
+namespace {
+
+constexpr VectorLevel kLevels[] = {VectorLevel::Plain, VectorLevel::Avx2, VectorLevel::Avx512};
+
+// A buffer in the middle of guard bytes, `slack` bytes longer than its packed rows.
+struct Buffer {
+    Buffer(int32_t width, int32_t height, uint32_t slack = 0) : bytes(kGuard) {
+        header.biWidth = width;
+        header.biHeight = height;
+        header.biSizeImage = static_cast<uint32_t>(3 * width * height) + slack;
+        bytes.resize(2 * kGuard + header.biSizeImage);
+    }
+    Buffer(const Buffer &other) : header(other.header), bytes(other.bytes) {}
+    Buffer &operator=(const Buffer &) = delete;
+
+    uintptr_t Handle() {
+        header.Pixels = bytes.data() + kGuard;
+        return reinterpret_cast<uintptr_t>(&header);
+    }
+    // Few values, so that keys and equal pixels come up.
+    void Fill(std::mt19937 &random, uint32_t values) {
+        for (uint8_t &byte : bytes) byte = static_cast<uint8_t>(random() % values * 85);
+    }
+
+    static constexpr size_t kGuard = 96;
+    FXHeader header{};
+    std::vector<uint8_t> bytes;
+};
+
+struct Call {
+    ArrayRectangle at;
+    int32_t mode;
+    uint32_t key;
+};
+
+// The definition, a pixel at a time, each one tested against every edge.
+void Walk(Buffer &dest, Buffer &source, Buffer &mask, const Call &call) {
+    size_t next = 0;  // of the mask
+    const auto isInside = [](const Buffer &buffer, int64_t x, int64_t y) {
+        return x >= 0 && y >= 0 && x < buffer.header.biWidth && y < buffer.header.biHeight;
+    };
+    const auto at = [](Buffer &buffer, int64_t x, int64_t y) {
+        return buffer.bytes.data() + Buffer::kGuard + 3 * (buffer.header.biWidth * y + x);
+    };
+    for (int64_t y = 0; y < call.at.height; ++y) {
+        for (int64_t x = 0; x < call.at.width; ++x, next += 3) {
+            if (!isInside(dest, call.at.destX + x, call.at.destY + y)) continue;
+            if (!isInside(source, call.at.srcX + x, call.at.srcY + y)) continue;
+            const uint8_t *from = at(source, call.at.srcX + x, call.at.srcY + y);
+            uint8_t *to = at(dest, call.at.destX + x, call.at.destY + y);
+            const std::array<uint8_t, 3> pixel{from[0], from[1], from[2]};
+            const uint32_t colour = uint32_t{pixel[0]} << 16 | uint32_t{pixel[1]} << 8 | pixel[2];
+            if (call.mode == 1 && colour == call.key) continue;
+            for (size_t i = 0; i < 3; ++i) {
+                if (call.mode != 2) {
+                    to[i] = pixel[i];
+                } else if (next + i < mask.header.biSizeImage) {
+                    const uint32_t m = mask.bytes[Buffer::kGuard + next + i];
+                    to[i] = static_cast<uint8_t>((to[i] * m + pixel[i] * (255 - m)) / 255);
+                }
+            }
+        }
+    }
+}
+
+std::ostream &operator<<(std::ostream &out, const Call &call) {
+    const ArrayRectangle &at = call.at;
+    return out << "mode " << call.mode << ", " << at.width << " x " << at.height << " from (" << at.srcX
+               << ", " << at.srcY << ") to (" << at.destX << ", " << at.destY << ")";
+}
+
+class ArrayBlit : public ::testing::TestWithParam<VectorLevel> {
+  protected:
+    void SetUp() override { ForceVectorLevel(GetParam()); }
+    void TearDown() override { ReleaseVectorLevel(); }
+};
+
+// Rectangles inside, across the edges and off the buffers, masks of every length, one buffer in two or three
+// roles. Nothing but the target's bytes may differ from before.
+TEST_P(ArrayBlit, DoesWhatTheWalkDoesAlsoWithinOneBuffer) {
+    std::mt19937 random(20240607);
+    const auto pick = [&](int low, int high) {
+        return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
+    };
+    for (int scene = 0; scene < 6000; ++scene) {
+        Buffer buffers[3] = {{pick(1, 90), pick(1, 9), static_cast<uint32_t>(pick(0, 12))},
+                             {pick(1, 90), pick(1, 9)},
+                             {pick(1, 90), pick(1, 9)}};
+        for (Buffer &buffer : buffers) buffer.Fill(random, scene % 3 == 0 ? 2 : 256);
+        const size_t source = scene % 2 == 0 ? 1 : 0;
+        const size_t mask = scene % 5 == 0 ? 0 : scene % 7 == 0 ? source : 2;
+        const Call call{{pick(-9, 60), pick(-3, 6), pick(-1, 95), pick(-1, 10), pick(-9, 60), pick(-3, 6)},
+                        scene % 11 == 0 ? pick(-9, 9) : pick(0, 2),
+                        static_cast<uint32_t>(random() % 2 * 0x550000 | random() % 2 * 0x5500)};
+        Buffer expected[3] = {buffers[0], buffers[1], buffers[2]};
+        Walk(expected[0], expected[source], expected[mask], call);
+        const auto &at = call.at;
+        BitBltArray(buffers[0].Handle(), at.destX, at.destY, at.width, at.height, buffers[source].Handle(),
+                    at.srcX, at.srcY, call.mode,
+                    call.mode == 2 ? buffers[mask].Handle() : uintptr_t{call.key} | 0xAB000000);
+        for (size_t i = 0; i < 3; ++i)
+            ASSERT_EQ(buffers[i].bytes, expected[i].bytes)
+                << "buffer " << i << " of scene " << scene << ": " << call;
+    }
+}
+
+TEST_P(ArrayBlit, MixesEveryTargetSourceAndMaskByteExactly) {
+    constexpr int32_t kPixels = 256 * 256 / 3 + 1;
+    Buffer target(kPixels, 1), source(kPixels, 1), mask(kPixels, 1);
+    const auto bytes = [](Buffer &buffer) { return buffer.bytes.data() + Buffer::kGuard; };
+    for (uint32_t m = 0; m < 256; ++m) {
+        for (size_t i = 0; i < target.header.biSizeImage; ++i) {
+            bytes(target)[i] = static_cast<uint8_t>(i);
+            bytes(source)[i] = static_cast<uint8_t>(i >> 8);
+            bytes(mask)[i] = static_cast<uint8_t>(m);
+        }
+        BitBltArray(target.Handle(), 0, 0, kPixels, 1, source.Handle(), 0, 0, 2, mask.Handle());
+        int wrong = 0;
+        for (uint32_t i = 0; i < 256 * 256; ++i) {
+            const uint32_t sum = (i & 255) * m + (i >> 8) * (255 - m), mixed = bytes(target)[i];
+            wrong += mixed * 255 > sum || sum - mixed * 255 >= 255;
+        }
+        ASSERT_EQ(wrong, 0) << "mask byte " << m;
+    }
+}
+
+TEST_P(ArrayBlit, LeavesAllAloneWhereThereIsNothingToCopy) {
+    constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
+    constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+    std::mt19937 random(7);
+    Buffer target(40, 4), source(40, 4), noMask(0, 0);
+    target.Fill(random, 256);
+    source.Fill(random, 256);
+    const std::vector<uint8_t> before = target.bytes;
+    for (const int32_t mode : {0, 1, 2}) {
+        const uintptr_t parameter = mode == 2 ? source.Handle() : 0;
+        for (const ArrayRectangle &at :
+             std::initializer_list<ArrayRectangle>{{0, 0, 0, 4, 0, 0},
+                                                   {0, 0, 4, kLeast, 0, 0},
+                                                   {kMost, 0, kMost, 4, 0, 0},
+                                                   {0, 0, kMost, kMost, kMost, kMost},
+                                                   {kLeast, kLeast, kMost, kMost, 0, 0},
+                                                   {0, 0, kMost, kMost, 0, kLeast}})
+            BitBltArray(target.Handle(), at.destX, at.destY, at.width, at.height, source.Handle(), at.srcX,
+                        at.srcY, mode, parameter);
+        BitBltArray(0, 0, 0, 4, 4, source.Handle(), 0, 0, mode, parameter);
+        BitBltArray(target.Handle(), 0, 0, 4, 4, 0, 0, 0, mode, parameter);
+    }
+    BitBltArray(target.Handle(), 0, 0, 4, 4, source.Handle(), 0, 0, 2, 0);
+    BitBltArray(target.Handle(), 0, 0, 4, 4, source.Handle(), 0, 0, 2, noMask.Handle());
+    EXPECT_EQ(target.bytes, before);
+
+    // A rectangle of the largest size that covers both buffers is cut down to them.
+    BitBltArray(target.Handle(), 0, 0, kMost, kMost, source.Handle(), 0, 0, 0, 0);
+    EXPECT_TRUE(std::equal(before.begin(), before.begin() + Buffer::kGuard, target.bytes.begin()));
+    EXPECT_TRUE(std::equal(source.bytes.begin() + Buffer::kGuard, source.bytes.end() - Buffer::kGuard,
+                           target.bytes.begin() + Buffer::kGuard));
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, ArrayBlit, ::testing::ValuesIn(kLevels));
+
+}  // namespace
+}  // namespace fenlight
