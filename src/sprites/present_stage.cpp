@@ -48,11 +48,14 @@ void RestoreStage(SpriteRecord &first) noexcept {
     for (SpriteRecord *record = &first; record != nullptr; record = NextOf(*record)) {
         if (IsShown(*record)) AddErasure(*record);
         AdvanceState(*record);
-        ScrollOutStage(*record);
     }
+    ScrollOutStage();
     batch.Flush();
 }
 
-void ReleaseFrameBuffers() noexcept { batch.Release(); }
+void ReleaseFrameBuffers() noexcept {
+    batch.Release();
+    ReleaseShiftedSprites();
+}
 
 }  // namespace fenlight
