@@ -107,11 +107,10 @@ MaskedBlocks Mask(const ClippedRectangle &clipped, int64_t width, const FXHeader
     const int64_t rowBytes = clipped.block.rowBytes;
     MaskedBlocks blocks{clipped.block, clipped.block};
     blocks.whole.rows = blocks.last.rows = 0;
-    // Dividing first: the product of two sizes near 2^31 would not fit.
+    // Asked first: the product of two sizes near 2^31 would not fit.
     if (clipped.lines.skipped > mask.biSizeImage / pitch) return blocks;
     const int64_t start = clipped.lines.skipped * pitch + 3 * clipped.columns.skipped;
     const int64_t left = mask.biSizeImage - start;
-    if (left <= 0) return blocks;
 
     const int64_t wholeRows = left < rowBytes ? 0 : (left - rowBytes) / pitch + 1;
     blocks.whole.mask = mask.Pixels + start;
