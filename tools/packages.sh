@@ -4,7 +4,7 @@
 build_packages="g++ gcc cmake ninja-build pkg-config libsdl2-dev libgdk-pixbuf-2.0-dev zlib1g-dev liblodepng-dev
   libjpeg62-turbo-dev libcurl4-openssl-dev"
 test_packages="libgtest-dev libgmock-dev libbenchmark-dev python3 xvfb x11-apps x11-utils xdotool imagemagick
-  xfonts-base"
+  libjpeg-turbo-progs xfonts-base"
 full_packages="git clang-14 libclang-rt-14-dev clang-tidy-14 clang-format-14"
 
 install_packages() {

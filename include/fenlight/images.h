@@ -131,8 +131,22 @@ FENLIGHT_API uintptr_t LoadMemoryImage(const void *data, int32_t size) FENLIGHT_
 /// @note One calling thread.
 FENLIGHT_API uintptr_t LoadResourceImage(uintptr_t module, const char *name) FENLIGHT_NOEXCEPT;
 
-/* Saving. Not yet part of the library: declared so that its types are settled, not exported. */
+/* Saving */
 
+/// Writes an image of any depth to a file, as BMP or as JPEG. An existing file is replaced, and is opened
+/// only when the picture is ready: a failure before that leaves it whole. On a full disk what was written
+/// stays. Sprites may draw from the image meanwhile.
+/// @param image     image handle
+/// @param fileName  path, absolute or relative to the current directory
+/// @param format    0 BMP of 24 bits, rows from the bottom; 1 JPEG by libjpeg's default settings; any other
+///                  value writes nothing
+/// @param quality   of a JPEG, 1 to 10, which are libjpeg's 10 to 100; above counts as 10, below as 1. Not
+///                  used for BMP.
+/// @return for BMP 1, or 0 if `image` is not in the table or memory ran out; for JPEG 1, or 0 in a library
+///         without the codec; otherwise `format`. 1 means that writing was tried: it is 1 also where the
+///         file could not be opened or written, and for a JPEG of a handle that is not in the table, without
+///         memory, or longer than 65500 pixels on a side, and no file is made then.
+/// @note One calling thread.
 FENLIGHT_API int32_t SaveImage(uintptr_t image, const char *fileName, int32_t format,
                                int32_t quality) FENLIGHT_NOEXCEPT;
 

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "frame/jpeg_codec.h"
+
 namespace fenlight {
 namespace {
 
@@ -70,17 +72,20 @@ void FreeLodePngBlock(uint8_t *block) noexcept { std::free(block); }
 DecodePngEntry DecodePNG = nullptr;
 EncodePngEntry EncodePNG = nullptr;
 FreePngBufferEntry FreePNGBuffer = nullptr;
+Dib2JpgEntry Dib2Jpg = nullptr;
 
 void BindCodecs() noexcept {
     DecodePNG = DecodeWithLodePng;
     EncodePNG = EncodeWithLodePng;
     FreePNGBuffer = FreeLodePngBlock;
+    Dib2Jpg = WriteJpegFile;
 }
 
 void UnbindCodecs() noexcept {
     DecodePNG = nullptr;
     EncodePNG = nullptr;
     FreePNGBuffer = nullptr;
+    Dib2Jpg = nullptr;
 }
 
 }  // namespace fenlight

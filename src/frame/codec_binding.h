@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Zlib
-// The PNG codec of the alpha images, behind three entry points that are bound as a group at process attach.
+// The PNG codec of the alpha images and the JPEG codec of saving, behind entry points that are bound as a
+// group at process attach.
 //
 // The entry points are written at attach and by tests that take the codec away, never while other calls run;
 // they are read without a lock.
 #pragma once
 
 #include <cstdint>
+
+#include "fenlight/platform/graphics.h"
 
 namespace fenlight {
 
@@ -21,6 +24,11 @@ using FreePngBufferEntry = void (*)(uint8_t *block) noexcept;
 extern DecodePngEntry DecodePNG;
 extern EncodePngEntry EncodePNG;
 extern FreePngBufferEntry FreePNGBuffer;
+
+// 1 when the file was written, else 0; 0 for the bitmap 0. See jpeg_codec.h.
+using Dib2JpgEntry = uint32_t (*)(HBITMAP bitmap, const char *fileName, int32_t quality) noexcept;
+
+extern Dib2JpgEntry Dib2Jpg;
 
 void BindCodecs() noexcept;
 void UnbindCodecs() noexcept;

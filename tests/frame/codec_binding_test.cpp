@@ -12,10 +12,10 @@ namespace fenlight {
 namespace {
 
 TEST(CodecBinding, IsCompleteFromAttachOnAndGoneAfterDetach) {
-    const auto isComplete = [] { return DecodePNG && EncodePNG && FreePNGBuffer; };
+    const auto isComplete = [] { return DecodePNG && EncodePNG && FreePNGBuffer && Dib2Jpg; };
     EXPECT_TRUE(isComplete());
     EntryRoutine(DLL_PROCESS_DETACH);
-    EXPECT_TRUE(DecodePNG == nullptr && EncodePNG == nullptr && FreePNGBuffer == nullptr);
+    EXPECT_FALSE(DecodePNG || EncodePNG || FreePNGBuffer || Dib2Jpg);
     EntryRoutine(DLL_PROCESS_ATTACH);
     EXPECT_TRUE(isComplete());
 }
