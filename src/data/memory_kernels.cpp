@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Zlib
+#include "data/memory_kernels.h"
+
+#include "data/memory_plain.h"
+
+namespace fenlight {
+namespace {
+
+// Without vectors the C library's own search is the better one: leave all to it.
+template <typename Matches>
+int64_t ScanNothing(const ProbedPattern &, const uint8_t *, int64_t, Matches &) noexcept {
+    return 0;
+}
+
+constexpr MemoryKernels kMemoryPlain{
+    {CountEqualPlain<uint8_t>, CountEqualPlain<uint16_t>, CountEqualPlain<uint32_t>},
+    {ComputePlain<uint8_t>, ComputePlain<uint16_t>, ComputePlain<uint32_t>},
+    {WidenPlain<uint8_t, uint16_t>, WidenPlain<uint16_t, uint32_t>},
+    CountLeadingPlain,
+    CountDifferentPlain,
+    CountBeyondPlain,
+    ReverseLongsPlain,
+    ScanNothing<NthMatch>,
+    ScanNothing<SeparateList>,
+};
+
+#if defined(__x86_64__)
+constexpr KernelVersions<MemoryKernels> kVersions{&kMemoryPlain, &kMemorySse4, &kMemoryAvx2, &kMemoryAvx512};
+#else
+constexpr KernelVersions<MemoryKernels> kVersions{&kMemoryPlain};
+#endif
+
+}  // namespace
+
+const MemoryKernels &ChooseMemoryKernels() noexcept { return ChooseKernels(kVersions); }
+
+}  // namespace fenlight
