@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Zlib
+#include "sprites/frame_order.h"
 #include "sprites/sprite_list.h"
 #include "sprites/stages.h"
 
@@ -44,6 +45,9 @@ void CleanUpStage() noexcept {
             ClearIfUnlinked(record->AttachedTo);
             ClearIfUnlinked(record->AnimFrom);
         }
+        // In the same hold of the lock: an append must not reach a freed record.
+        DisturbFrameOrder();
+        RenewFrameOrder(*first);
         FreeRecords(unlinked);
     }
     first->CleanUpMark = 0;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Zlib
+#include "sprites/frame_order.h"
 #include "sprites/rectangle_batch.h"
 #include "sprites/stages.h"
 
@@ -7,6 +8,14 @@ namespace fenlight {
 namespace {
 
 constinit RectangleBatch batch;
+
+void PrefetchPlaces(const SpriteRecord &record) noexcept {
+    __builtin_prefetch(&record.FrameNext);
+    __builtin_prefetch(&record.Width);
+    __builtin_prefetch(&record.State);
+    __builtin_prefetch(&record.DrawnX);
+    __builtin_prefetch(&record.FixMode);
+}
 
 bool IsShown(const SpriteRecord &record) noexcept {
     return record.State != kStateFinished && record.FixMode == 0;
@@ -39,16 +48,17 @@ void AdvanceState(SpriteRecord &record) noexcept {
 
 void PresentStage(SpriteRecord &first) noexcept {
     if (first.BackgroundMode != 0) return PresentView(first);
-    for (const SpriteRecord *record = &first; record != nullptr; record = NextOf(*record))
-        if (IsShown(*record)) AddPlaces(*record);
+    WalkFrameOrder(first, PrefetchPlaces, [](const SpriteRecord &record) {
+        if (IsShown(record)) AddPlaces(record);
+    });
     batch.Flush();
 }
 
 void RestoreStage(SpriteRecord &first) noexcept {
-    for (SpriteRecord *record = &first; record != nullptr; record = NextOf(*record)) {
-        if (IsShown(*record)) AddErasure(*record);
-        AdvanceState(*record);
-    }
+    WalkFrameOrder(first, PrefetchPlaces, [](SpriteRecord &record) {
+        if (IsShown(record)) AddErasure(record);
+        AdvanceState(record);
+    });
     ScrollOutStage();
     batch.Flush();
 }

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "fenlight/platform/system.h"
+#include "sprites/frame_order.h"
 #include "sprites/line_path.h"
 #include "sprites/sprite_thread.h"
 #include "sprites/waypoint_table.h"
@@ -31,10 +32,11 @@ void StoreMoveSources(SpriteRecord &record, int32_t sourceX, int32_t sourceY) no
 }
 
 // The caller holds SpriteListLock.
-void AppendRecord(SpriteRecord &first, SpriteRecord &record) noexcept {
-    SpriteRecord *last = &first;
+void AppendRecord(SpriteRecord &record) noexcept {
+    SpriteRecord *last = &LastOfFrame();
     while (SpriteRecord *next = NextOf(*last)) last = next;
     last->Next = HandleOf(&record);
+    AppendToFrameOrder(record);
 }
 
 void CopyWords(const SpriteRecord &source, SpriteRecord &copy) noexcept {
@@ -81,13 +83,18 @@ SpriteRecord *MakeRecord(const SpriteArguments &arguments) noexcept {
     return record;
 }
 
+void StartList(SpriteRecord &first) noexcept {
+    StartFrameOrder(first);
+    SpriteList.store(&first, std::memory_order_release);
+}
+
 bool LinkRecord(SpriteRecord &record) noexcept {
     const std::lock_guard guard(SpriteListLock);
-    if (SpriteRecord *first = SpriteList.load(std::memory_order_relaxed)) {
-        AppendRecord(*first, record);
+    if (SpriteList.load(std::memory_order_relaxed) != nullptr) {
+        AppendRecord(record);
         return true;
     }
-    SpriteList.store(&record, std::memory_order_release);
+    StartList(record);
     if (StartSpriteThread()) return true;
     SpriteList.store(nullptr, std::memory_order_release);
     return false;
@@ -101,7 +108,7 @@ void EraseSprite(SpriteRecord &record) noexcept {
 
 bool AreAllFinished() noexcept {
     SpriteRecord *record = SpriteList.load(std::memory_order_acquire);
-    while (record != nullptr && record->State == kStateFinished) record = NextOf(*record);
+    while (record != nullptr && record->State == kStateFinished) record = FrameNextOf(*record);
     return record == nullptr;
 }
 
@@ -157,10 +164,10 @@ uintptr_t InitSprite5(const SpriteArguments *block) noexcept {
 
 uintptr_t CopySprite(uintptr_t sprite) noexcept {
     const std::lock_guard guard(SpriteListLock);
-    SpriteRecord *first = SpriteList.load(std::memory_order_relaxed);
-    if (sprite == 0 || first == nullptr) return 0;
+    const bool isEmpty = SpriteList.load(std::memory_order_relaxed) == nullptr;
+    if (sprite == 0 || isEmpty) return 0;
     SpriteRecord *copy = DuplicateRecord(*RecordOf(sprite));
-    if (copy != nullptr) AppendRecord(*first, *copy);
+    if (copy != nullptr) AppendRecord(*copy);
     return HandleOf(copy);
 }
 

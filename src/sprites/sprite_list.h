@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Zlib
 // The list of all sprite records, in drawing order.
 //
-// The list owns its records. The caller's thread appends, the sprite thread alone unlinks and frees. Records
-// are published by a release store of SpriteList or Next, so the sprite thread walks without a lock.
+// The list owns its records. The caller's thread appends and swaps, the sprite thread alone unlinks and
+// frees. Next is changed and followed under SpriteListLock only. The frame's walks take no lock: see
+// frame_order.h.
 #pragma once
 
 #include <atomic>
@@ -25,6 +26,9 @@ extern std::mutex SpriteListLock;
 // A record with everything that InitSprite sets, not linked yet; nullptr without memory.
 [[nodiscard]] SpriteRecord *MakeRecord(const SpriteArguments &arguments) noexcept;
 
+// Makes a complete record the only one of a new list. The caller holds SpriteListLock.
+void StartList(SpriteRecord &first) noexcept;
+
 // Links a complete record at the end and starts the sprite thread for the first one. False if there is no
 // thread to be had; the record is not linked then.
 [[nodiscard]] bool LinkRecord(SpriteRecord &record) noexcept;
@@ -32,7 +36,7 @@ extern std::mutex SpriteListLock;
 // Asks the thread to take the sprite off the screen; it then passes through State 1 and 2 to 3.
 void EraseSprite(SpriteRecord &record) noexcept;
 
-// The end test: every record is finished.
+// The end test: every record is finished. The sprite thread, with or without the lock.
 bool AreAllFinished() noexcept;
 
 // Takes a list whose records are all finished out of SpriteList, after `detach` has run, and frees it. Test

@@ -111,6 +111,11 @@ struct SpriteRecord {
 #undef FENLIGHT_NUMBER
 #undef FENLIGHT_NUMBERS
 
+    // Behind the documented words: the record after this one in the running frame, and one some places
+    // further on. Of frame_order.h alone.
+    std::atomic<SpriteRecord *> FrameNext{nullptr};
+    std::atomic<SpriteRecord *> FrameAhead{nullptr};
+
     // The frame origin for a direction of movement, 0 to 8. Direction 0 (standing still) comes last in
     // memory.
     NumberWord &MoveSourceX(int32_t direction) noexcept { return MoveSource[MovePair(direction)]; }
@@ -125,7 +130,7 @@ struct SpriteRecord {
     }
 };
 
-static_assert(sizeof(void *) != 4 || sizeof(SpriteRecord) == 1024);
+static_assert(sizeof(void *) != 4 || offsetof(SpriteRecord, FrameNext) == 1024);
 static_assert(std::atomic<uintptr_t>::is_always_lock_free && std::atomic<int32_t>::is_always_lock_free);
 
 inline SpriteRecord *RecordOf(uintptr_t sprite) noexcept { return reinterpret_cast<SpriteRecord *>(sprite); }

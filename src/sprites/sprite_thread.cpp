@@ -3,6 +3,7 @@
 
 #include "fenlight/sprite_thread.h"
 #include "frame/frame_semaphore.h"
+#include "sprites/frame_order.h"
 #include "sprites/sprite_list.h"
 #include "sprites/stages.h"
 
@@ -55,6 +56,25 @@ void RunLivingStages(SpriteRecord &record) noexcept {
     DrawStage(record);
 }
 
+// What a pass reads even where there is nothing to do.
+void PrefetchPass(const SpriteRecord &record) noexcept {
+    __builtin_prefetch(&record.FrameNext);
+    __builtin_prefetch(&record.X);
+    __builtin_prefetch(&record.State);
+    __builtin_prefetch(&record.FixMode);
+    __builtin_prefetch(&record.MoveSource[8]);
+    __builtin_prefetch(&record.RectLeft);
+    __builtin_prefetch(&record.NextX);
+    __builtin_prefetch(&record.Table);
+    __builtin_prefetch(&record.CageLeft);
+    __builtin_prefetch(&record.SlowCountX);
+}
+
+void TakeListOrder(SpriteRecord &first) noexcept {
+    const std::lock_guard guard(SpriteListLock);
+    RenewFrameOrder(first);
+}
+
 void SetFirstRecord(NumberWord SpriteRecord::*word, int32_t value) noexcept {
     const std::lock_guard guard(SpriteListLock);
     if (SpriteRecord *first = SpriteList.load(std::memory_order_relaxed)) first->*word = value;
@@ -78,9 +98,13 @@ void RunFrame() noexcept {
     LayerStage();
     CleanUpStage();
     SpriteRecord &first = *SpriteList.load(std::memory_order_acquire);
+    TakeListOrder(first);
     BackgroundStage(first);
-    for (CurrentSprite = &first; CurrentSprite != nullptr; CurrentSprite = NextOf(*CurrentSprite))
-        RunPass(*CurrentSprite, first);
+    WalkFrameOrder(first, PrefetchPass, [&first](SpriteRecord &record) {
+        CurrentSprite = &record;
+        RunPass(record, first);
+    });
+    CurrentSprite = nullptr;
     PresentStage(first);
     RestoreStage(first);
 }

@@ -94,7 +94,7 @@ struct Scene {
     }
     static SpriteRecord &Add(const SpriteArguments &arguments) {
         if (SpriteList.load() != nullptr) return *RecordOf(InitSprite5(&arguments));
-        SpriteList = MakeRecord(arguments);
+        StartList(*MakeRecord(arguments));
         return *SpriteList.load();
     }
     SpriteRecord &Add(int32_t x, int32_t y, int32_t frame = 1) { return Add(Sprite(x, y, frame)); }
