@@ -57,6 +57,17 @@ FENLIGHT_API int32_t *GetBackgroundInfos(int32_t *buffer) FENLIGHT_NOEXCEPT;
 ///       place before its mode.
 FENLIGHT_API int32_t SpriteScrollMode(uintptr_t sprite, int32_t mode) FENLIGHT_NOEXCEPT;
 
+/// Shows the sprites of a table that are inside a rectangle and takes the others out of the drawing: calls
+/// SetSpriteFixMode with 0 for each sprite whose top left corner lies inside, with 1 for each other. The
+/// sprite's size plays no part, so one vanishes as soon as its corner has left the rectangle.
+/// @param table                     sprite handles; each 0 or live, which is not checked. 0 are skipped. The
+///                                  table is only read during the call; 0: nothing happens.
+/// @param tableBytes                size of the table in bytes: the number of handles times the size of
+///                                  uintptr_t. A remainder is left out; less than one handle does nothing.
+/// @param left, top, right, bottom  the rectangle, in the coordinates of the sprites' positions; left and top
+///                                  are inside, right and bottom outside
+/// @return 0
+/// @note Any thread; takes effect in each sprite's next pass.
 FENLIGHT_API int32_t VisualTableFix(const uintptr_t *table, int32_t tableBytes, int32_t left, int32_t top,
                                     int32_t right, int32_t bottom) FENLIGHT_NOEXCEPT;
 

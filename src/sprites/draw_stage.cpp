@@ -44,12 +44,6 @@ void StampFrame(HDC clean, const Frame &frame) noexcept {
 
 }  // namespace
 
-void FixStage(SpriteRecord &record) noexcept {
-    if (record.FixRequest == 0) return;
-    record.FixRequest = 0;
-    record.FixMode = record.FixRequestMode;
-}
-
 void DrawStage(SpriteRecord &record) noexcept {
     record.FrameX = FrameStartX(record);
     const Frame frame{record.ImageDC, record.BackDC, record.X,      record.Y,

@@ -23,7 +23,7 @@ void LookAheadStage(SpriteRecord &record) noexcept;            // movement
 void BackgroundCollisionStage(SpriteRecord &record) noexcept;  // background_collision_stage.cpp
 void MovingRectangleStage(SpriteRecord &record) noexcept;      // movement
 void AnimCopyStage(SpriteRecord &record) noexcept;             // movement
-void FixStage(SpriteRecord &record) noexcept;                  // draw_stage.cpp
+void FixStage(SpriteRecord &record) noexcept;                  // fix_mode.cpp
 void DrawStage(SpriteRecord &record) noexcept;                 // draw_stage.cpp, works out FrameX first
 
 // While State is 0, 1 or 2.

@@ -1,0 +1,332 @@
+// SPDX-License-Identifier: Zlib
+// The order of the list, marks, bulk deletion and fix mode; frames are stepped without the thread.
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <string>
+
+#include "fenlight/sprite_animation.h"
+#include "fenlight/sprite_layers.h"
+#include "fenlight/sprite_movement.h"
+#include "fenlight/sprite_thread.h"
+#include "fenlight/sprite_worlds.h"
+#include "sprites/frame_order.h"
+#include "sprites/layer_requests.h"
+#include "sprites/loose_sprite.h"
+#include "sprites/sprite_scene.h"
+#include "sprites/stages.h"
+
+namespace fenlight::test {
+namespace {
+
+using Handles = std::vector<uintptr_t>;
+
+// From back to front as the caller is told, and as the running frame draws them.
+Handles ListOrder() {
+    Handles order;
+    for (SpriteRecord *record = SpriteList; record != nullptr; record = NextOf(*record)) {
+        order.push_back(HandleOf(record));
+        EXPECT_EQ(GetSpriteLayer(order.back()), static_cast<int32_t>(order.size()));
+    }
+    return order;
+}
+
+Handles DrawnOrder() {
+    Handles order;
+    const auto note = [&](SpriteRecord &record) { order.push_back(HandleOf(&record)); };
+    WalkFrameOrder(
+        *SpriteList.load(), [](SpriteRecord const &) {}, note);
+    return order;
+}
+
+Handles AddSprites(Scene &scene, int count) {
+    for (int i = 0; i < count; ++i) scene.Add(5 * (i % 16), 3 * (i % 16));
+    return ListOrder();
+}
+
+TEST(Layers, FollowTracesWorkedOutByHand) {
+    constexpr char kLayer = 'L', kTop = 'T', kBottom = 'B', kSwap = 'S';
+    const struct {
+        char call, sprite;
+        int32_t argument;  // a layer, or the other sprite
+        int32_t result;
+        const char *order;
+    } traces[] = {
+        {kLayer, 'B', 4, 0, "ACDBE"},   {kLayer, 'D', 2, 0, "ABDCE"},         {kLayer, 'E', 1, 0, "AEBCD"},
+        {kBottom, 'E', 0, 0, "AEBCD"},  {kTop, 'B', 0, 0, "ACDEB"},           {kTop, 'E', 0, 0, "ABCDE"},
+        {kLayer, 'C', 3, 0, "ABCDE"},   {kLayer, 'C', 2, 0, "ABCDE"},         {kLayer, 'B', 1, 0, "ABCDE"},
+        {kLayer, 'C', 5, 0, "ABDEC"},   {kLayer, 'C', 0, 0, "ABCDE"},         {kLayer, 'C', 6, 0, "ABCDE"},
+        {kLayer, 'C', -1, 0, "ABCDE"},  {kLayer, 'C', INT32_MIN, 0, "ABCDE"}, {kLayer, 'A', 4, 0, "ABCDE"},
+        {kTop, 'A', 0, 0, "ABCDE"},     {kLayer, '0', 3, 0, "ABCDE"},         {kLayer, '?', 3, 0, "ABCDE"},
+        {kSwap, 'B', 'D', 0, "ADCBE"},  {kSwap, 'D', 'B', 0, "ADCBE"},        {kSwap, 'B', 'E', 0, "AECDB"},
+        {kSwap, 'C', 'D', 0, "ABDCE"},  {kSwap, 'D', 'C', 0, "ABDCE"},        {kSwap, 'E', 'D', 0, "ABCED"},
+        {kSwap, 'C', 'C', 0, "ABCDE"},  {kSwap, 'A', 'B', -1, "ABCDE"},       {kSwap, 'B', 'A', -1, "ABCDE"},
+        {kSwap, 'A', 'A', -1, "ABCDE"}, {kSwap, 'B', '?', -1, "ABCDE"},       {kSwap, '0', 'B', -1, "ABCDE"},
+        {kSwap, '0', '0', -1, "ABCDE"},
+    };
+    for (const auto &trace : traces) {
+        SCOPED_TRACE(testing::Message() << trace.call << ' ' << trace.sprite << ' ' << trace.argument);
+        Scene scene;
+        LooseSprite stranger;
+        const Handles sprites = AddSprites(scene, 5);
+        const auto handle = [&](int32_t name) {
+            if (name == '0') return uintptr_t{0};
+            return name == '?' ? stranger.Handle() : sprites[static_cast<size_t>(name - 'A')];
+        };
+        const uintptr_t sprite = handle(trace.sprite);
+        int32_t result = -2;
+        if (trace.call == kLayer) result = SetSpriteLayer(sprite, trace.argument);
+        if (trace.call == kTop) result = BringSpriteToTop(sprite);
+        if (trace.call == kBottom) result = BringSpriteToBottom(sprite);
+        if (trace.call == kSwap) result = SwapSpriteLayers(sprite, handle(trace.argument));
+        EXPECT_EQ(result, trace.result);
+        Handles expected;
+        for (const char *name = trace.order; *name != 0; ++name) expected.push_back(handle(*name));
+        EXPECT_EQ(ListOrder(), trace.call == kSwap ? expected : sprites) << "requests wait for a frame";
+        RunFrame();
+        EXPECT_EQ(ListOrder(), expected);
+        EXPECT_EQ(DrawnOrder(), expected);
+        for (const LayerRequest &pair : LayerRequests) EXPECT_EQ(pair.sprite, 0u) << "used up";
+    }
+}
+
+// The list as a vector; the first element never moves.
+struct ListModel {
+    Handles order;
+
+    void Request(uintptr_t sprite, int32_t layer) {
+        const auto place = std::find(order.begin(), order.end(), sprite);
+        if (place == order.begin() || place == order.end()) return;
+        if (layer < 1 || layer > static_cast<int32_t>(order.size())) return;
+        const uintptr_t below = order[static_cast<size_t>(layer) - 1];
+        if (below == sprite) return;
+        order.erase(place);
+        order.insert(std::find(order.begin(), order.end(), below) + 1, sprite);
+    }
+    bool Swap(uintptr_t a, uintptr_t b) {
+        const auto placeA = std::find(order.begin() + 1, order.end(), a);
+        const auto placeB = std::find(order.begin() + 1, order.end(), b);
+        if (placeA == order.end() || placeB == order.end()) return false;
+        std::iter_swap(placeA, placeB);
+        return true;
+    }
+    // As CleanUp, with all of them finished: all but the first, the second and the last.
+    void CleanUp(const Handles &finished) {
+        for (size_t i = order.size() - 1; i-- > 2;)
+            if (std::find(finished.begin(), finished.end(), order[i]) != finished.end())
+                order.erase(order.begin() + static_cast<ptrdiff_t>(i));
+    }
+};
+
+TEST(Layers, MatchAModelOverRandomRequests) {
+    Scene scene;
+    ListModel model{AddSprites(scene, 6)};
+    std::mt19937 random(11);
+    const auto below = [&](size_t end) { return static_cast<size_t>(random() % end); };
+    for (int round = 0; round < 400; ++round) {
+        SCOPED_TRACE(round);
+        const auto any = [&] { return model.order[below(model.order.size())]; };
+        std::vector<std::pair<uintptr_t, int32_t>> requests;
+        for (size_t i = 0, count = round % 50 == 0 ? 70 : below(5); i < count; ++i) {
+            const std::pair request{any(), static_cast<int32_t>(below(model.order.size() + 3)) - 1};
+            EXPECT_EQ(SetSpriteLayer(request.first, request.second), i < 62 ? 0 : -1) << i;
+            if (i < 62) requests.push_back(request);
+        }
+        for (size_t i = below(4); i > 0; --i) {
+            const uintptr_t a = any(), b = any();
+            EXPECT_EQ(SwapSpriteLayers(a, b), model.Swap(a, b) ? 0 : -1);
+        }
+        if (model.order.size() < 30 && below(2) == 0) model.order.push_back(HandleOf(&scene.Add(40, 30)));
+        Handles finished;
+        if (round % 20 == 19) {
+            for (const uintptr_t sprite : model.order)
+                if (below(3) == 0) finished.push_back(sprite), RecordOf(sprite)->State = kStateFinished;
+            CleanUp(0);
+        }
+        for (const auto &[sprite, layer] : requests) model.Request(sprite, layer);
+        if (!finished.empty()) model.CleanUp(finished);
+        RunFrame();
+        ASSERT_EQ(ListOrder(), model.order);
+        ASSERT_EQ(DrawnOrder(), model.order);
+        for (const uintptr_t sprite : model.order) RecordOf(sprite)->State = kStateAlive;
+    }
+}
+
+// Runs `call` in the brake before the pass with that number, so in the middle of a frame.
+struct MidFrameClock : SteppedClock {
+    void Sleep(uint32_t) noexcept override {
+        if (pass++ == callAt) call();
+    }
+    int pass = 0, callAt = 0;
+    std::function<void()> call = [] {};
+};
+
+// Whatever is swapped or added while a frame walks, each sprite has one pass, leaves nothing in the back
+// buffer, and the screen shows it once.
+TEST(Layers, ChangeNothingInAFrameThatRuns) {
+    constexpr int kSprites = 5;
+    for (int callAt = 0; callAt < kSprites; ++callAt)
+        for (const auto &[a, b] :
+             std::array<std::pair<size_t, size_t>, 6>{{{1, 2}, {2, 1}, {1, 4}, {4, 1}, {2, 3}, {4, 3}}}) {
+            SCOPED_TRACE(std::to_string(callAt) + ": " + std::to_string(a) + ", " + std::to_string(b));
+            MidFrameClock clock;
+            Scene scene;
+            Handles expected = AddSprites(scene, kSprites);
+            SpriteThreadBrake(1);
+            clock.callAt = callAt;
+            clock.call = [&, a = a, b = b] {
+                EXPECT_EQ(SwapSpriteLayers(expected[a], expected[b]), 0);
+                scene.Add(60, 40);
+            };
+            RunFrame();
+            std::swap(expected[a], expected[b]);
+            const Handles order = ListOrder();
+            expected.push_back(order.back());
+            EXPECT_EQ(order, expected);
+            for (const uintptr_t sprite : order) EXPECT_EQ(RecordOf(sprite)->FrameTimer, 1) << "one pass";
+            EXPECT_TRUE(SamePicture("layers-back", scene.back.Get(), scene.background));
+            RunFrame();
+            EXPECT_EQ(DrawnOrder(), expected);
+            Picture painted = scene.background;
+            for (const uintptr_t sprite : expected)
+                scene.Paint(painted, RecordOf(sprite)->X, RecordOf(sprite)->Y);
+            EXPECT_TRUE(SamePicture("layers-screen", scene.screen.Get(), painted));
+        }
+}
+
+// Two callers fill, the sprite thread empties: every pair comes through, once and whole.
+TEST(LayerRequests, ComeThroughFromTwoCallersAtOnce) {
+    constexpr int32_t kEach = 4000;
+    const auto fill = [](int32_t start) {
+        for (int32_t i = start; i < start + kEach; ++i)
+            while (!FillLayerRequest(static_cast<uintptr_t>(i) * 16, i)) std::this_thread::yield();
+    };
+    std::thread one(fill, 1), other(fill, 1 + kEach);
+    Numbers times(1 + 2 * kEach);
+    const auto empty = [&] {
+        for (LayerRequest &pair : LayerRequests)
+            if (const LayerChange change = TakeLayerRequest(pair); change.sprite != 0) {
+                EXPECT_EQ(change.sprite, static_cast<uintptr_t>(change.layer) * 16);
+                ++times[change.sprite / 16];
+            }
+        return std::accumulate(times.begin(), times.end(), 0) >= 2 * kEach;
+    };
+    EXPECT_TRUE(WaitUntil(empty));
+    one.join();
+    other.join();
+    EXPECT_EQ(times[0], 0);
+    EXPECT_EQ(std::count(times.begin(), times.end(), 1), 2 * kEach);
+}
+
+TEST(Layers, AnswerAnEmptyListAndHandleZeroAsDocumented) {
+    LooseSprite stranger;
+    EXPECT_EQ(GetSpriteLayer(stranger.Handle()), -1);
+    EXPECT_EQ(SwapSpriteLayers(stranger.Handle(), stranger.Handle()), -1);
+    for (const auto erase : {DeleteSpritesMark, DeleteAllXSprites, DeleteAllYSprites}) EXPECT_EQ(erase(0), 0);
+    EXPECT_EQ(DeleteSpritesIfAnimReady(), 0);
+    for (const int32_t result :
+         {MarkSprite(0, 1), GetSpriteMark(0), SetSpriteFixMode(0, 1), GetSpriteFixMode(0),
+          BringSpriteToTop(0), BringSpriteToBottom(0), SetSpriteLayer(0, 2)})
+        EXPECT_EQ(result, 0);
+    Scene scene;
+    AddSprites(scene, 2);
+    EXPECT_EQ(GetSpriteLayer(0), -1);
+    EXPECT_EQ(GetSpriteLayer(stranger.Handle()), -1);
+}
+
+// Twelve sprites of which each call chooses some; those deleted before are neither chosen nor counted.
+TEST(BulkDeletion, TakesTheLivingSpritesThatMeetTheCondition) {
+    const struct {
+        std::function<int32_t()> call;
+        Numbers chosen;
+    } cases[] = {
+        {[] { return DeleteSpritesMark(0); }, {1, 3, 5, 7, 9}},
+        {[] { return DeleteSpritesMark(-7); }, {0, 2, 4, 6, 8, 10}},
+        {[] { return DeleteSpritesMark(1); }, {}},
+        {[] { return DeleteAllXSprites(20); }, {2, 5, 8}},
+        {[] { return DeleteAllXSprites(21); }, {}},
+        {[] { return DeleteAllYSprites(-3); }, {0, 1, 2, 3, 4, 5}},
+        {[] { return DeleteSpritesIfAnimReady(); }, {3, 7}},
+    };
+    for (const auto &bulk : cases) {
+        Scene scene;
+        const Handles sprites = AddSprites(scene, 12);
+        for (size_t i = 0; i < sprites.size(); ++i) {
+            const auto number = static_cast<int32_t>(i);
+            SpriteRecord &record = *RecordOf(sprites[i]);
+            if (i % 2 == 0) MarkSprite(sprites[i], -7);
+            EXPECT_EQ(GetSpriteMark(sprites[i]), i % 2 == 0 ? -7 : 0);
+            record.X = 10 * (number % 3);
+            record.Y = number < 6 ? -3 : 3;
+            // The last frame: a single run is over, a cycle goes on.
+            record.Frame = i % 4 == 3 || i == 2 ? Scene::kFrames : 1;
+            SetSpriteAnimMode(sprites[i], i == 2 ? 0 : 1);
+            record.FixMode = 5;
+        }
+        RecordOf(sprites[11])->State = kStateErasedAgain;
+        const auto expected = static_cast<int32_t>(bulk.chosen.size());
+        EXPECT_EQ(bulk.call(), expected);
+        Numbers deleted;
+        for (int32_t i = 0; i < 11; ++i)
+            if (ExistSprite(sprites[static_cast<size_t>(i)]) == -1) {
+                deleted.push_back(i);
+                EXPECT_EQ(GetSpriteFixMode(sprites[static_cast<size_t>(i)]), 0) << "or it would stay visible";
+            }
+        EXPECT_EQ(deleted, bulk.chosen);
+        EXPECT_EQ(RecordOf(sprites[11])->State, kStateErasedAgain);
+        EXPECT_EQ(bulk.call(), 0) << "once";
+    }
+}
+
+TEST(FixMode, ChangesInTheNextPassOfALivingSprite) {
+    Scene scene;
+    const Handles sprites = AddSprites(scene, 3);
+    for (const uintptr_t sprite : sprites) SetSpriteFixMode(sprite, 9), SetSpriteFixMode(sprite, INT32_MIN);
+    DeleteSprite(sprites[2]);
+    for (const uintptr_t sprite : sprites) EXPECT_EQ(GetSpriteFixMode(sprite), 0);
+    RunFrame();
+    EXPECT_EQ(GetSpriteFixMode(sprites[0]), INT32_MIN);
+    EXPECT_EQ(GetSpriteFixMode(sprites[1]), INT32_MIN);
+    EXPECT_EQ(GetSpriteFixMode(sprites[2]), 0) << "a dying sprite is not served";
+    // The last call counts, whenever the pass looks.
+    LooseSprite sprite;
+    CountBeside(
+        20000, [&](int32_t round) { SetSpriteFixMode(sprite.Handle(), round); },
+        [&] { return FixStage(sprite), true; });
+    FixStage(sprite);
+    EXPECT_EQ(sprite.FixMode, sprite.FixRequestMode);
+    EXPECT_EQ(sprite.FixRequest, 0);
+}
+
+TEST(VisualTableFix, FixesSpritesWhoseCornerLiesOutsideTheRectangle) {
+    // A rectangle from (10, -20) to (30, 5), right and bottom excluded.
+    const struct {
+        Point corner;
+        int32_t mode;
+    } sprites[] = {{{10, -20}, 0}, {{29, 4}, 0}, {{30, 5}, 1},   {{30, 4}, 1},      {{29, 5}, 1},
+                   {{9, 0}, 1},    {{10, 0}, 0}, {{20, -21}, 1}, {{kLowest, 0}, 1}, {{20, kHighest}, 1}};
+    constexpr size_t kCount = std::size(sprites);
+    constexpr auto kHandleBytes = static_cast<int32_t>(sizeof(uintptr_t));
+    for (const int32_t bytes : {kLowest, -kHandleBytes, -1, 0, 1, kHandleBytes - 1, kHandleBytes,
+                                4 * kHandleBytes + 3, static_cast<int32_t>(kCount + 1) * kHandleBytes}) {
+        SCOPED_TRACE(bytes);
+        std::array<LooseSprite, kCount> records;
+        std::array<uintptr_t, kCount + 1> table{};  // its second handle is 0
+        for (size_t i = 0; i < kCount; ++i) {
+            SetSpritePos(records[i].Handle(), sprites[i].corner[0], sprites[i].corner[1], 0, 0);
+            records[i].FixMode = 7;
+            table[i == 0 ? 0 : i + 1] = records[i].Handle();
+        }
+        EXPECT_EQ(VisualTableFix(table.data(), bytes, 10, -20, 30, 5), 0);
+        for (size_t i = 0; i < kCount; ++i) {
+            const bool isInTable = static_cast<int32_t>(i == 0 ? 1 : i + 2) * kHandleBytes <= bytes;
+            EXPECT_EQ(GetSpriteFixMode(records[i].Handle()), 7) << "until the next pass";
+            FixStage(records[i]);
+            EXPECT_EQ(GetSpriteFixMode(records[i].Handle()), isInTable ? sprites[i].mode : 7) << i;
+        }
+    }
+    EXPECT_EQ(VisualTableFix(nullptr, 80, 10, -20, 30, 5), 0);
+}
+
+}  // namespace
+}  // namespace fenlight::test
