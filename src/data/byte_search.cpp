@@ -40,6 +40,8 @@ constexpr std::array<uint8_t, 256> kRanks = RankBytes();
 // do to choose from.
 ProbedPattern ChooseProbes(const Pattern &pattern) noexcept {
     ProbedPattern probed{pattern.bytes, pattern.length, {0, pattern.length - 1, pattern.length / 2}};
+    // So short a pattern is probed whole.
+    if (pattern.length <= 3) return probed;
     int ranks[3] = {256, 256, 256};
     const int64_t end = std::min<int64_t>(pattern.length, 64);
     for (int64_t i = 0; i < end; ++i) {

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Zlib
+// Memory that ends where no more can be read: a byte too far ends the test program.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace fenlight {
+
+class GuardedMemory {
+  public:
+    explicit GuardedMemory(const std::vector<uint8_t> &content) : size_(content.size()) {
+        constexpr size_t kPage = 4096;
+        const size_t room = (size_ + kPage - 1) / kPage * kPage;
+        mapped_ = room + 2 * kPage;
+        void *block = mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (block == MAP_FAILED) throw std::bad_alloc();
+        block_ = static_cast<uint8_t *>(block);
+        if (room > 0 && mprotect(block_ + kPage, room, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+        data_ = block_ + kPage + room - size_;
+        if (size_ > 0) std::memcpy(data_, content.data(), size_);
+    }
+    ~GuardedMemory() { munmap(block_, mapped_); }
+    GuardedMemory(const GuardedMemory &) = delete;
+    GuardedMemory &operator=(const GuardedMemory &) = delete;
+
+    uint8_t *Data() const { return data_; }
+    std::vector<uint8_t> Content() const { return {data_, data_ + size_}; }
+
+  private:
+    size_t size_;
+    size_t mapped_ = 0;
+    uint8_t *block_ = nullptr;
+    uint8_t *data_ = nullptr;
+};
+
+}  // namespace fenlight
