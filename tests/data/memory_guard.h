@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Zlib
-// Memory that ends where no more can be read: a byte too far ends the test program.
+// Memory that ends where no more can be read: a byte too far ends the test program. What
+// lies before its start is checked at the end.
 #pragma once
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <vector>
 
 namespace fenlight {
@@ -14,7 +17,6 @@ namespace fenlight {
 class GuardedMemory {
   public:
     explicit GuardedMemory(const std::vector<uint8_t> &content) : size_(content.size()) {
-        constexpr size_t kPage = 4096;
         const size_t room = (size_ + kPage - 1) / kPage * kPage;
         mapped_ = room + 2 * kPage;
         void *block = mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -24,7 +26,11 @@ class GuardedMemory {
         data_ = block_ + kPage + room - size_;
         if (size_ > 0) std::memcpy(data_, content.data(), size_);
     }
-    ~GuardedMemory() { munmap(block_, mapped_); }
+    ~GuardedMemory() {
+        EXPECT_TRUE(std::all_of(block_ + kPage, data_, [](uint8_t byte) { return byte == 0; }))
+            << "written before the start";
+        munmap(block_, mapped_);
+    }
     GuardedMemory(const GuardedMemory &) = delete;
     GuardedMemory &operator=(const GuardedMemory &) = delete;
 
@@ -32,6 +38,8 @@ class GuardedMemory {
     std::vector<uint8_t> Content() const { return {data_, data_ + size_}; }
 
   private:
+    static constexpr size_t kPage = 4096;
+
     size_t size_;
     size_t mapped_ = 0;
     uint8_t *block_ = nullptr;
