@@ -58,14 +58,11 @@ void RestoreStage(SpriteRecord &first) noexcept {
     WalkFrameOrder(first, PrefetchPlaces, [](SpriteRecord &record) {
         if (IsShown(record)) AddErasure(record);
         AdvanceState(record);
+        ScrollOutStage(record);
     });
-    ScrollOutStage();
     batch.Flush();
 }
 
-void ReleaseFrameBuffers() noexcept {
-    batch.Release();
-    ReleaseShiftedSprites();
-}
+void ReleaseFrameBuffers() noexcept { batch.Release(); }
 
 }  // namespace fenlight

@@ -115,6 +115,8 @@ struct SpriteRecord {
     // further on. Of frame_order.h alone.
     std::atomic<SpriteRecord *> FrameNext{nullptr};
     std::atomic<SpriteRecord *> FrameAhead{nullptr};
+    // The running frame has added ScrollShiftX and ScrollShiftY. Of the sprite thread alone.
+    bool IsShifted = false;
 
     // The frame origin for a direction of movement, 0 to 8. Direction 0 (standing still) comes last in
     // memory.

@@ -34,10 +34,9 @@ void AnimStage(SpriteRecord &record) noexcept;  // animation
 void PresentStage(SpriteRecord &first) noexcept;       // present_stage.cpp
 void PresentView(const SpriteRecord &first) noexcept;  // world_stages.cpp, in place of the rectangles
 void RestoreStage(SpriteRecord &first) noexcept;       // present_stage.cpp
-void ScrollOutStage() noexcept;                        // world_stages.cpp, part of the restore stage
+void ScrollOutStage(SpriteRecord &record) noexcept;  // world_stages.cpp, for each record of the restore stage
 
 // Gives back what the stages keep from frame to frame. At the end of the thread.
-void ReleaseFrameBuffers() noexcept;    // present_stage.cpp
-void ReleaseShiftedSprites() noexcept;  // world_stages.cpp, its part of it
+void ReleaseFrameBuffers() noexcept;  // present_stage.cpp
 
 }  // namespace fenlight
