@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Zlib
-"""Makes the pictures under assets/: sprite strips as PNG and a landscape as JPEG.
+"""Makes the pictures under assets/: sprite strips and tiles as PNG and a landscape as JPEG.
 
 Needs NumPy and cjpeg (Debian: python3-numpy, libjpeg-turbo-progs). Everything is computed, with fixed seeds, so the
 same script gives the same pictures.
@@ -20,6 +20,7 @@ import numpy as np
 
 SCALE = 4
 LIGHT = np.array([-0.45, -0.65, 0.61])
+TILE = 32
 ASSETS = pathlib.Path(__file__).resolve().parent.parent / "assets"
 
 
@@ -374,6 +375,259 @@ def landscape(width=800, height=600):
     return np.clip(np.round(picture), 0, 255).astype(np.uint8)
 
 
+def periodic_noise(size, cells, generator):
+    """Value noise in 0..1 that goes on at the opposite edge."""
+    grid = generator.random((cells, cells))
+    at = np.arange(size) * cells / size
+    first, rest = at.astype(int), at % 1
+    rest = rest * rest * (3 - 2 * rest)
+    after = (first + 1) % cells
+    rows = grid[first] * (1 - rest[:, None]) + grid[after] * rest[:, None]
+    return rows[:, first] * (1 - rest) + rows[:, after] * rest
+
+
+def grass(generator):
+    """A tile of grass whose edges fit those of every other one: the blades near them are the same."""
+    common = np.random.default_rng(31)
+    picture = mix((108, 165, 70), (118, 174, 76), periodic_noise(TILE, 4, common)[..., None])
+    for source, count, low, high in ((common, 70, 0, TILE), (generator, 40, 5, TILE - 5)):
+        for _ in range(count):
+            x, y = source.integers(low, high, 2)
+            tone, length = source.choice([-26, -14, 16, 28]), source.integers(2, 5)
+            for k in range(length):
+                picture[(y - k) % TILE, x % TILE] += tone * (0.6 + 0.4 * k / length)
+    return picture
+
+
+def sprinkle(picture, spots):
+    for x, y, radius, colour in spots:
+        v, u = np.mgrid[0:TILE, 0:TILE]
+        reach = np.hypot(u - x, v - y)
+        picture[reach < radius + 0.9] = mix(picture[reach < radius + 0.9], (58, 104, 44), 0.45)
+        light = (1.12 - 0.12 * (u - x + v - y) / radius)[..., None]
+        body = reach < radius
+        picture[body] = (np.array(colour, float) * light)[body]
+
+
+def corner_field(bits):
+    """How far each point belongs to the ground that the corners named by the bits have, SCALE times as fine."""
+    fine = TILE * SCALE
+    at = (np.arange(fine) + 0.5) / fine
+    at = at * at * (3 - 2 * at)
+    corner = [float(bits >> k & 1) for k in range(4)]
+    top, low = corner[0] * (1 - at) + corner[1] * at, corner[2] * (1 - at) + corner[3] * at
+    field = top * (1 - at[:, None]) + low * at[:, None]
+    wobble = periodic_noise(fine, 5, np.random.default_rng(8)) - 0.5
+    return field + 0.22 * wobble * (1 - np.abs(2 * field - 1))
+
+
+def share(mask):
+    return mask.reshape(TILE, SCALE, TILE, SCALE).mean((1, 3))[..., None]
+
+
+def path_tile(bits):
+    field, generator = corner_field(bits), np.random.default_rng(40)
+    sand = mix((206, 176, 122), (226, 200, 150), periodic_noise(TILE, 8, generator)[..., None])
+    for _ in range(26):
+        x, y = generator.integers(0, TILE, 2)
+        sand[y, x] -= generator.integers(14, 34)
+    picture = mix(grass(np.random.default_rng(50)), (70, 116, 48), share(field > 0.4) * 0.55)
+    picture = mix(picture, (172, 140, 92), share(field > 0.47))
+    return mix(picture, sand, share(field > 0.55))
+
+
+def water_tile(bits):
+    field = corner_field(bits)
+    v, u = np.mgrid[0:TILE, 0:TILE] * (2 * math.pi / TILE)
+    ripple = np.sin(3 * v + 1.2 * np.sin(u) + 0.7 * np.sin(2 * u + v))
+    depth = np.clip(share(field) * 1.7 - 0.75, 0, 1)
+    water = mix((116, 186, 206), (46, 112, 166), depth) + 7 * ripple[..., None]
+    water[ripple > 0.93] = mix(water[ripple > 0.93], (196, 226, 236), 0.5)
+    picture = mix(grass(np.random.default_rng(50)), (222, 204, 148), share(field > 0.3))
+    picture = mix(picture, (238, 246, 244), share(field > 0.46) * 0.9)
+    return mix(picture, water, share(field > 0.53))
+
+
+def meadow_tiles():
+    """Four kinds of grass, then a path and then water, each by the corners that it has: 1 upper left, 2 upper right,
+    4 lower left, 8 lower right."""
+    tiles = [grass(np.random.default_rng(50 + k)) for k in range(4)]
+    sprinkle(tiles[2], [(9, 10, 1.7, (250, 236, 120)), (21, 20, 1.7, (250, 250, 246)), (13, 24, 1.7, (240, 130, 150))])
+    sprinkle(tiles[3], [(10, 20, 3.4, (168, 166, 158)), (16, 22, 2.2, (146, 144, 138)), (23, 9, 1.8, (176, 174, 168))])
+    tiles += [path_tile(bits) for bits in range(1, 16)] + [water_tile(bits) for bits in range(1, 16)]
+    return np.hstack([np.clip(np.round(tile), 0, 255).astype(np.uint8) for tile in tiles])
+
+
+def block(cell, left, top, right, bottom, colour, lean=0.0):
+    """A rectangle lit from above; `lean` narrows it towards the top by so many pixels a side."""
+    inset = lean * (bottom - cell.y) / (bottom - top)
+    inside = (cell.y >= top) & (cell.y < bottom) & (cell.x >= left + inset) & (cell.x < right - inset)
+    tone = 1.06 - 0.28 * (cell.y - top) / (bottom - top) - 0.1 * (cell.x - left) / (right - left)
+    cell.paint(inside, np.array(colour, float) * tone[..., None])
+
+
+def oak(tone, seed):
+    cell, generator = Cell(64, 64), np.random.default_rng(seed)
+    cell.ellipse(33, 57, 19, 5, (66, 112, 46), 0, 0)
+    cell.limb(32, 36, 32, 57, 4.2, (112, 78, 50), 0.9)
+    leaves = [(32, 24, 19)] + [(32 + math.cos(a) * 14, 24 + math.sin(a) * 10, 9.5) for a in np.arange(0, 6.2, 0.7)]
+    for x, y, r in leaves:
+        cell.ellipse(x, y, r + 0.9, r * 0.92 + 0.9, tuple(c * 0.34 for c in tone), 0, 0)
+    for x, y, r in leaves:
+        cell.ellipse(x, y, r, r * 0.92, tuple(c * 0.86 for c in tone), 0, 0.5)
+    for _ in range(34):
+        a, d = generator.uniform(0, 2 * math.pi), generator.uniform(0, 1) ** 0.5
+        x, y = 31 + math.cos(a) * d * 17, 22 + math.sin(a) * d * 13
+        cell.ellipse(x, y, 3.6, 3.0, tuple(c * generator.uniform(0.9, 1.12) for c in tone), 0, 0.5)
+    return cell
+
+
+def pine():
+    cell = Cell(64, 64)
+    cell.ellipse(33, 58, 16, 4.4, (66, 112, 46), 0, 0)
+    cell.limb(32, 46, 32, 58, 3.2, (104, 72, 46), 0.9)
+    for k in range(4):
+        top, bottom, wide = 33 - 10 * k, 52 - 11 * k, 19 - 3.6 * k
+        for grow, tone in ((0.9, 0.32), (0, 1.0)):
+            fall = np.clip((cell.y - top + grow) / (bottom - top), 0, 1)
+            edge = wide * fall ** 1.1 + grow + 0.8 * np.sin(cell.x * 1.3)
+            inside = (cell.y >= top - grow) & (cell.y < bottom + grow - 1.2 * np.abs(np.sin(cell.x * 0.8)))
+            inside &= np.abs(cell.x - 32) < edge
+            light = tone * (0.92 - 0.016 * (cell.x - 32) - 0.3 * (fall - 0.5) + 0.08 * k)
+            cell.paint(inside, np.array((62, 128, 78), float) * light[..., None])
+    return cell
+
+
+def bush():
+    cell = Cell(64, 64)
+    cell.ellipse(33, 55, 21, 5, (66, 112, 46), 0, 0)
+    for x, y, r in ((20, 46, 10), (44, 46, 10), (32, 40, 13), (32, 49, 11)):
+        cell.ellipse(x, y, r, r * 0.86, (86, 150, 66), 0, 0.55, 0.9)
+    for x, y in ((18, 42), (27, 36), (37, 42), (45, 44), (30, 49), (40, 34)):
+        cell.ellipse(x, y, 1.8, 1.8, (232, 72, 84), 0, 0.6, 0.4)
+    return cell
+
+
+def rock():
+    cell = Cell(64, 64)
+    cell.ellipse(34, 55, 20, 4.6, (66, 112, 46), 0, 0)
+    cell.ellipse(40, 47, 11, 8.4, (140, 138, 136), 0.2, 0.6, 0.9)
+    cell.ellipse(27, 43, 14, 12, (164, 160, 154), -0.2, 0.6, 0.9)
+    cell.ellipse(23, 37, 5, 2.6, (122, 150, 88), -0.4, 0.4)
+    return cell
+
+
+def house(roof):
+    cell = Cell(64, 64)
+    cell.ellipse(33, 59, 27, 4, (66, 112, 46), 0, 0)
+    block(cell, 10, 30, 54, 60, (70, 54, 46))
+    block(cell, 11, 30, 53, 59, (240, 226, 196))
+    for x in (11, 31, 51):
+        block(cell, x, 30, x + 2, 59, (134, 92, 58))
+    block(cell, 17, 43, 26, 59, (120, 76, 46))
+    cell.ellipse(24, 51.5, 0.9, 0.9, (246, 214, 110), 0, 0)
+    block(cell, 36, 39, 48, 50, (110, 74, 48))
+    block(cell, 37, 40, 47, 49, (138, 196, 226))
+    block(cell, 41.6, 40, 42.4, 49, (110, 74, 48))
+    block(cell, 42, 0, 49, 20, (150, 100, 84))
+    block(cell, 3, 7, 61, 35, tuple(c * 0.4 for c in roof), 12)
+    block(cell, 4.4, 8, 59.6, 34, roof, 12)
+    for y in (13, 20, 27):
+        rows = (np.abs(cell.y - y) < 0.5) & (cell.x > 5 + 12 * (34 - y) / 26) & (cell.x < 59 - 12 * (34 - y) / 26)
+        cell.paint(rows, np.array(roof, float) * 0.72)
+    return cell
+
+
+def bridge():
+    """A stretch of a wooden bridge; more of it may follow at either side."""
+    cell = Cell(64, 64)
+    block(cell, 0, 10, 64, 54, (96, 66, 42))
+    for k in range(8):
+        block(cell, 8 * k + 0.5, 12, 8 * k + 7.5, 52, (188 - 12 * (k % 2), 140 - 8 * (k % 3), 90))
+    for y in (8, 50):
+        block(cell, 0, y, 64, y + 5, (82, 56, 38))
+        block(cell, 0, y, 64, y + 3.6, (160, 114, 70))
+        for x in (4, 36):
+            block(cell, x, y - 4, x + 5, y + 6, (126, 86, 54))
+    return cell
+
+
+def earth(tones, generator):
+    dark, light, stone = tones
+    picture = mix(dark, light, periodic_noise(TILE, 4, np.random.default_rng(60))[..., None])
+    for _ in range(9 if stone else 0):
+        x, y, r = generator.uniform(4, 28), generator.uniform(4, 28), generator.uniform(0.9, 2.2)
+        v, u = np.mgrid[0:TILE, 0:TILE]
+        picture[np.hypot(u - x, v - y) < r] = stone
+    return picture
+
+
+def ground_tile(kind, tones, turf, key):
+    """What a hill is made of: 0 inside, 1 flat top, 2 slope up to the right, 3 slope down."""
+    v, u = np.mgrid[0:TILE, 0:TILE]
+    surface = {0: u * 0 - 99, 1: u * 0 + 2, 2: TILE + 1 - u, 3: u + 2}[kind]
+    picture = earth(tones, np.random.default_rng(70 + kind))
+    if kind != 0:
+        ragged = 2.5 * np.sin(u * 2 * math.pi / 8) + 1.5 * np.sin(u * 2 * math.pi / 16)
+        fringe = surface + (8 + ragged if tones[2] else 5)
+        lawn = v < fringe
+        bright = np.clip(1.16 - 0.05 * (v - surface), 0.6, 1.2)[..., None]
+        picture[lawn] = (np.array(turf, float) * bright)[lawn]
+        picture[np.abs(v - fringe) < 0.8] *= 0.72 if tones[2] else 1
+    picture = np.clip(np.round(picture), 0, 255).astype(np.uint8)
+    picture[v < surface] = key
+    return picture
+
+
+def sky_tile(row):
+    v, u = np.mgrid[0:TILE, 0:TILE]
+    height = ((row * TILE + v) / (15 * TILE))[..., None]
+    haze = 0.02 * np.sin(u * 2 * math.pi / TILE)[..., None] * np.sin(v * 2 * math.pi / TILE)[..., None]
+    return np.clip(np.round(mix((84, 152, 222), (252, 232, 196), np.clip(height * 1.25 + haze, 0, 1) ** 1.1)), 0, 255).astype(np.uint8)
+
+
+def hill_tiles():
+    """Three strips: the sky from its top row down, hills far away, and the near ground."""
+    far = ((132, 170, 164), (142, 180, 170), None)
+    near = ((126, 88, 58), (150, 106, 70), (176, 138, 100))
+    rows = [[sky_tile(row) for row in range(15)]]
+    rows.append([ground_tile(kind, far, (158, 196, 174), (255, 0, 255)) for kind in range(4)])
+    rows.append([ground_tile(kind, near, (110, 178, 70), (255, 0, 255)) for kind in range(4)])
+    blank = np.zeros((TILE, TILE, 3), np.uint8)
+    return np.vstack([np.hstack(row + [blank] * (15 - len(row))) for row in rows])
+
+
+def cloud(kind):
+    cell = Cell(96, 48)
+    puffs = [[(26, 30, 15), (48, 22, 19), (70, 30, 15)], [(20, 32, 11), (40, 27, 16), (62, 24, 14), (78, 33, 10)]][kind]
+    for x, y, r in puffs:
+        cell.ellipse(x, y + 2, r, r * 0.82, (206, 220, 236), 0, 0)
+    block(cell, 18, 32, 80, 44, (206, 220, 236), 3)
+    for x, y, r in puffs:
+        cell.ellipse(x - 1, y, r * 0.93, r * 0.74, (250, 252, 255), 0, 0.08)
+    cell.paint((cell.y > 30) & (cell.y < 39) & (cell.x > 22) & (cell.x < 76), np.array((250, 252, 255), float))
+    return cell
+
+
+def compass(heading):
+    """A brass compass, its needle standing still (0) or in one of the eight facings."""
+    cell = Cell(48, 48)
+    cell.ellipse(24, 24, 22, 22, (196, 148, 70), 0, 0.5, 1.0)
+    cell.ellipse(24, 24, 17.5, 17.5, (248, 240, 214), 0, 0.12, 0.8)
+    for k in range(8):
+        a = k * math.pi / 4
+        cell.ellipse(24 + math.cos(a) * 14.6, 24 + math.sin(a) * 14.6, 1.2 if k % 2 else 1.9, 1.2 if k % 2 else 1.9,
+                     (120, 92, 60), 0, 0)
+    fx, fy = FACINGS[heading] if heading else (0, -1)
+    reach = 11.5 if heading else 5
+    for sign, colour in ((-1, (86, 96, 116)), (1, (212, 58, 54))):
+        for k in range(24):
+            t = k / 24
+            cell.ellipse(24 + sign * fx * reach * t, 24 + sign * fy * reach * t, 3.2 * (1 - t) + 0.5, 3.2 * (1 - t) + 0.5, colour, 0, 0)
+    cell.ellipse(24, 24, 2.4, 2.4, (246, 206, 104), 0, 0.6, 0.5)
+    return cell
+
+
 def main():
     ASSETS.mkdir(exist_ok=True)
     for name, coat, hat, key in (("walker_red.png", (206, 66, 58), (126, 44, 48), (255, 0, 255)),
@@ -391,6 +645,13 @@ def main():
     write_png("flower.png", sheet([[flower(k) for k in range(4)]], (255, 0, 128)))
     write_png("lantern.png", sheet([[lantern(s) for s in range(6)]], (64, 0, 64)))
     write_jpeg("meadow.jpg", landscape())
+    write_png("meadow_tiles.png", meadow_tiles())
+    things = [oak((104, 164, 72), 1), oak((150, 172, 66), 2), pine(), bush(), rock(), house((196, 78, 62)),
+              house((82, 112, 168)), bridge()]
+    write_png("meadow_things.png", sheet([things], (255, 0, 255)))
+    write_png("hill_tiles.png", hill_tiles())
+    write_png("cloud.png", sheet([[cloud(0), cloud(1)]], (255, 0, 255)))
+    write_png("compass.png", sheet([[compass(heading) for heading in range(9)]], (255, 0, 255)))
     return 0
 
 
