@@ -46,7 +46,7 @@ struct ArrayBlock {
 
 // No version looks at more than this many bytes at a time, and all walk forwards, each byte once: a target
 // that lies this far behind its source, or before it, gives what the walk gives.
-inline constexpr ptrdiff_t kArrayStep = 64;
+inline constexpr ptrdiff_t kArrayStep = 96;
 
 struct ArrayKernels {
     // `key` has blue in its low byte, as pixels have.

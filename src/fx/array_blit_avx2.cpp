@@ -6,62 +6,88 @@
 namespace fenlight {
 namespace {
 
-// Five pixels in each half; the sixteenth byte belongs to the next five and is never changed.
-constexpr int64_t kPixelBytes = 30;
+// 32 pixels, 16 in the low halves of three vectors and 16 in the high ones, so that neighbouring bytes are
+// neighbours within a half. Stores do not overlap: a load from bytes of two stores would have to wait.
+constexpr int64_t kGroupBytes = 96;
+static_assert(kGroupBytes <= kArrayStep);
 
-__m256i LoadTens(const uint8_t *bytes) noexcept {
+struct Group {
+    __m256i first, second, third;
+};
+
+__m256i LoadPart(const uint8_t *bytes) noexcept {
     const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes));
-    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes + kPixelBytes / 2));
+    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes + kGroupBytes / 2));
     return _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
 }
 
-// The low half first: its last byte is the first of the high half.
-void StoreTens(uint8_t *bytes, __m256i pixels) noexcept {
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes), _mm256_castsi256_si128(pixels));
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes + kPixelBytes / 2),
-                     _mm256_extracti128_si256(pixels, 1));
+void StorePart(uint8_t *bytes, __m256i part) noexcept {
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes), _mm256_castsi256_si128(part));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes + kGroupBytes / 2), _mm256_extracti128_si256(part, 1));
+}
+
+Group LoadGroup(const uint8_t *bytes) noexcept {
+    return {LoadPart(bytes), LoadPart(bytes + 16), LoadPart(bytes + 32)};
 }
 
 __m256i BothHalves(__m128i half) noexcept { return _mm256_broadcastsi128_si256(half); }
 
-struct KeyPattern {
-    __m256i key, next, afterNext, spare;
+// Where the pixels of a half begin: five whole ones lie before the second vector's first byte, ten before the
+// third's.
+__m256i FirstStarts() noexcept {
+    return BothHalves(_mm_setr_epi8(0, 0, 0, 3, 3, 3, 6, 6, 6, 9, 9, 9, 12, 12, 12, 15));
+}
+__m256i SecondStarts() noexcept {
+    return BothHalves(_mm_setr_epi8(0, 0, 3, 3, 3, 6, 6, 6, 9, 9, 9, 12, 12, 12, 15, 15));
+}
+__m256i ThirdStarts() noexcept {
+    return BothHalves(_mm_setr_epi8(0, 3, 3, 3, 6, 6, 6, 9, 9, 9, 12, 12, 12, 15, 15, 15));
+}
 
-    // Each byte meets the two others of its pixel by a turn within the pixel.
-    explicit KeyPattern(uint32_t colour) noexcept
-        : next(BothHalves(_mm_setr_epi8(1, 2, 0, 4, 5, 3, 7, 8, 6, 10, 11, 9, 13, 14, 12, 15))),
-          afterNext(BothHalves(_mm_setr_epi8(2, 0, 1, 5, 3, 4, 8, 6, 7, 11, 9, 10, 14, 12, 13, 15))),
-          spare(BothHalves(_mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1))) {
-        const __m128i words = _mm_set1_epi32(static_cast<int>(colour));
-        key = BothHalves(
-            _mm_shuffle_epi8(words, _mm_setr_epi8(0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0)));
-    }
+// All ones in the bytes of pixels that have the key colour: a pixel's first byte gathers the two behind it,
+// and gives the outcome to all three.
+Group KeyPixels(const Group &pixels, const Group &key) noexcept {
+    const __m256i first = _mm256_cmpeq_epi8(pixels.first, key.first);
+    const __m256i second = _mm256_cmpeq_epi8(pixels.second, key.second);
+    const __m256i third = _mm256_cmpeq_epi8(pixels.third, key.third);
+    const __m256i firstPairs =
+        _mm256_and_si256(_mm256_alignr_epi8(second, first, 1), _mm256_alignr_epi8(second, first, 2));
+    const __m256i secondPairs =
+        _mm256_and_si256(_mm256_alignr_epi8(third, second, 1), _mm256_alignr_epi8(third, second, 2));
+    const __m256i thirdPairs = _mm256_and_si256(_mm256_srli_si256(third, 1), _mm256_srli_si256(third, 2));
+    const __m256i a = _mm256_and_si256(first, firstPairs);
+    const __m256i b = _mm256_and_si256(second, secondPairs);
+    const __m256i c = _mm256_and_si256(third, thirdPairs);
+    return {_mm256_shuffle_epi8(a, FirstStarts()),
+            _mm256_shuffle_epi8(_mm256_alignr_epi8(b, a, 15), SecondStarts()),
+            _mm256_shuffle_epi8(_mm256_alignr_epi8(c, b, 14), ThirdStarts())};
+}
 
-    // All ones in the bytes that stay as they are.
-    __m256i Kept(__m256i pixels) const noexcept {
-        const __m256i same = _mm256_cmpeq_epi8(pixels, key);
-        const __m256i others =
-            _mm256_and_si256(_mm256_shuffle_epi8(same, next), _mm256_shuffle_epi8(same, afterNext));
-        return _mm256_or_si256(_mm256_and_si256(same, others), spare);
-    }
-};
+void KeyGroup(uint8_t *target, const uint8_t *source, const Group &key) noexcept {
+    const Group pixels = LoadGroup(source);
+    const Group old = LoadGroup(target);
+    const Group isKey = KeyPixels(pixels, key);
+    StorePart(target, _mm256_blendv_epi8(pixels.first, old.first, isKey.first));
+    StorePart(target + 16, _mm256_blendv_epi8(pixels.second, old.second, isKey.second));
+    StorePart(target + 32, _mm256_blendv_epi8(pixels.third, old.third, isKey.third));
+}
 
-void KeyRow(uint8_t *target, const uint8_t *source, int64_t rowBytes, const KeyPattern &pattern,
-            uint32_t key) noexcept {
-    int64_t i = 0;
-    for (; i + kPixelBytes < rowBytes; i += kPixelBytes) {
-        const __m256i pixels = LoadTens(source + i);
-        StoreTens(target + i, _mm256_blendv_epi8(pixels, LoadTens(target + i), pattern.Kept(pixels)));
-    }
-    const ArrayBlock rest{target + i, 0, source + i, 0, nullptr, 0, rowBytes - i, 1};
-    kPlainArrayKernels.keyRows(rest, key);
+Group KeyGroupOf(uint32_t key) noexcept {
+    uint8_t bytes[kGroupBytes];
+    for (int64_t i = 0; i < kGroupBytes; ++i) bytes[i] = static_cast<uint8_t>(key >> (i % 3 * 8));
+    return LoadGroup(bytes);
 }
 
 void KeyRows(const ArrayBlock &block, uint32_t key) noexcept {
-    const KeyPattern pattern(key);
-    for (int64_t row = 0; row < block.rows; ++row)
-        KeyRow(block.target + row * block.targetPitch, block.source + row * block.sourcePitch, block.rowBytes,
-               pattern, key);
+    const Group pattern = KeyGroupOf(key);
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        int64_t i = 0;
+        for (; i + kGroupBytes <= block.rowBytes; i += kGroupBytes) KeyGroup(target + i, source + i, pattern);
+        const ArrayBlock rest{target + i, 0, source + i, 0, nullptr, 0, block.rowBytes - i, 1};
+        kPlainArrayKernels.keyRows(rest, key);
+    }
 }
 
 __m256i Load(const uint8_t *bytes) noexcept {
