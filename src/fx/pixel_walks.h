@@ -26,14 +26,14 @@ namespace fenlight {
 
 // `count` bytes or pixels of each buffer, from starts[i] on.
 template <size_t Buffers>
-struct Run {
+struct BufferRun {
     std::array<uint8_t *, Buffers> starts;
     int64_t count;
 };
 
 // `rows` rows of `width` pixels of each buffer. Each keeps the pitch of its own width.
 template <size_t Buffers>
-struct PixelRows {
+struct BufferRows {
     std::array<uint8_t *, Buffers> starts;
     std::array<int64_t, Buffers> pitches;  // bytes
     int64_t width;
@@ -43,8 +43,8 @@ struct PixelRows {
 
     // Without the outermost `ring` pixels on all four sides, for filters that look that far: the pixels
     // around may be read. Empty where nothing is left.
-    PixelRows Inner(int64_t ring) const {
-        PixelRows inner = *this;
+    BufferRows Inner(int64_t ring) const {
+        BufferRows inner = *this;
         const bool isEmpty = width <= 2 * ring || rows <= 2 * ring;
         inner.width = isEmpty ? 0 : width - 2 * ring;
         inner.rows = isEmpty ? 0 : rows - 2 * ring;
@@ -64,33 +64,33 @@ inline int64_t PixelsOf(const FXHeader &fx) {
 }  // namespace detail
 
 template <std::same_as<FXHeader>... Headers>
-Run<sizeof...(Headers)> WalkBytes(const Headers &...fx) {
+BufferRun<sizeof...(Headers)> WalkBytes(const Headers &...fx) {
     return {{fx.Pixels...}, std::min({int64_t{fx.biSizeImage}...})};
 }
 
 // The count is one of pixels.
 template <std::same_as<FXHeader>... Headers>
-Run<sizeof...(Headers)> WalkPixels(const Headers &...fx) {
+BufferRun<sizeof...(Headers)> WalkPixels(const Headers &...fx) {
     return {{fx.Pixels...}, std::min({detail::PixelsOf(fx)...})};
 }
 
 template <std::same_as<FXHeader>... Headers>
-PixelRows<sizeof...(Headers)> WalkRows(const Headers &...fx) {
+BufferRows<sizeof...(Headers)> WalkRows(const Headers &...fx) {
     const int64_t width = std::min({int64_t{std::max(fx.biWidth, 0)}...});
     const int64_t rows = width > 0 ? std::min({detail::PixelsOf(fx) / fx.biWidth...}) : 0;
     return {{fx.Pixels...}, {kFXPixelBytes * fx.biWidth...}, width, rows};
 }
 
 // The same rows in a block of the effect's own that holds what the buffer `fx` holds.
-inline PixelRows<1> WalkRowsIn(const FXHeader &fx, uint8_t *block) {
-    PixelRows<1> rows = WalkRows(fx);
+inline BufferRows<1> WalkRowsIn(const FXHeader &fx, uint8_t *block) {
+    BufferRows<1> rows = WalkRows(fx);
     rows.starts[0] = block;
     return rows;
 }
 
 // action(first row, ..., width) for each row from the first to the last; one row of each buffer.
 template <size_t Buffers, typename Action>
-void ForEachRow(const PixelRows<Buffers> &walk, Action action) {
+void ForEachRow(const BufferRows<Buffers> &walk, Action action) {
     for (int64_t row = 0; row < walk.rows; ++row) {
         [&]<size_t... I>(std::index_sequence<I...>) { action(walk.Row(row, I)..., walk.width); }
         (std::make_index_sequence<Buffers>());

@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: Zlib
+#include "fx/fx_buffer.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include "fx/fx_picture.h"
+#include "platform/system/failure_point.h"
+
+namespace fenlight::test {
+namespace {
+
+using platform::FailOnce;
+using platform::ForgetFailures;
+using platform::Operation;
+
+constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
+constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+
+// Bytes of a row on 32 bits, by the definition of the format.
+int32_t PitchOf(int32_t width) { return (width * 24 + 31) / 32 * 4; }
+
+class FXBuffers : public ::testing::Test {
+  protected:
+    void TearDown() override { EXPECT_EQ(FreeAllImages(), 0) << "images left by the test"; }
+};
+
+TEST_F(FXBuffers, HoldTheImageAtEveryWidthAndInEveryFormat) {
+    for (const int depth : kDepths) {
+        for (int32_t width = 1; width <= 17; ++width) {
+            const int32_t height = 1 + width % 3;
+            const uintptr_t image = NoisyImage(width, height, depth);
+            const Picture drawn = PictureOf(image, width, height);
+            SetTextColor(image, 0x345678);  // the colours of the image's context play no part
+            SetBkColor(image, 0x8800FF);
+            const uintptr_t handle = InitFX(image);
+            ASSERT_NE(handle, 0u) << depth << ' ' << width;
+            EXPECT_EQ(FreeImage(image), 1);
+            const FXHeader &fx = *FXFromHandle(handle);
+            EXPECT_EQ(fx.biSizeImage, static_cast<uint32_t>(PitchOf(width) * height)) << width;
+            EXPECT_TRUE(SamePicture("block", PictureInBlock(fx, PitchOf(width)), drawn)) << depth;
+            for (int32_t y = 0; y < height; ++y)
+                for (int32_t at = 3 * width; at < PitchOf(width); ++at)
+                    EXPECT_EQ(fx.Pixels[y * PitchOf(width) + at], 0) << width << ' ' << at;
+
+            const Canvas canvas(width + 3, height + 3);
+            EXPECT_EQ(CopyFX(canvas.context, 2, 1, handle), 0);
+            Picture expected(width + 3, height + 3);
+            for (int y = 0; y < height; ++y)
+                for (int x = 0; x < width; ++x) expected.At(x + 2, y + 1) = drawn.At(x, y);
+            EXPECT_TRUE(SamePicture("painted", PictureOf(canvas.context, width + 3, height + 3), expected));
+            EXPECT_EQ(fx.biHeight, height);
+            EXPECT_EQ(FreeFX(handle), 0);
+        }
+    }
+}
+
+TEST_F(FXBuffers, HaveTheDocumentedHeader) {
+    const uintptr_t image = NoisyImage(5, 2);
+    const uintptr_t padded = InitFX(image), packed = CreateExtFX(5, 2);
+    for (const auto &[handle, bytes] : {std::pair(padded, 32u), std::pair(packed, 30u)}) {
+        const FXHeader &fx = *FXFromHandle(handle);
+        const uint32_t words[] = {40, 5, 2, 1 | 24 << 16, 0, bytes, 0, 0, 0, 0};
+        EXPECT_EQ(std::memcmp(&fx, words, sizeof words), 0) << bytes;
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(fx.Pixels) % 64, 0u);
+    }
+    FXHeader &source = *FXFromHandle(padded);
+    source.biClrUsed = 7;
+    const uintptr_t clone = CloneFX(padded);
+    FXHeader &copy = *FXFromHandle(clone);
+    EXPECT_EQ(std::memcmp(&copy, &source, sizeof(BITMAPINFOHEADER)), 0);
+    EXPECT_EQ(std::memcmp(copy.Pixels, source.Pixels, 32), 0);
+    std::fill_n(copy.Pixels, 32, uint8_t{0x77});
+    EXPECT_TRUE(SamePicture("source", PictureInBlock(source, 16), PictureOf(image, 5, 2)));
+    for (const uintptr_t handle : {padded, packed, clone}) FreeFX(handle);
+    FreeImage(image);
+}
+
+TEST_F(FXBuffers, StartBlackAlsoInRecycledMemory) {
+    for (const int32_t side : {3, 61, 900}) {
+        const uintptr_t before = CreateExtFX(side, side);
+        std::fill_n(FXFromHandle(before)->Pixels, 3 * side * side, uint8_t{0xEE});
+        FreeFX(before);
+        const uintptr_t handle = CreateExtFX(side, side);
+        const uint8_t *pixels = FXFromHandle(handle)->Pixels;
+        EXPECT_EQ(std::count(pixels, pixels + 3 * side * side, 0), 3 * side * side) << side;
+        FreeFX(handle);
+    }
+}
+
+TEST_F(FXBuffers, RefuseWhatCannotBe) {
+    const std::pair<int32_t, int32_t> sizes[] = {
+        {0, 4},           {4, 0},         {-1, 4},        {4, -1},    {-3, -5},      {kMost, kMost},
+        {kLeast, kLeast}, {65536, 65536}, {26755, 26755}, {kMost, 1}, {1, 715827865}};
+    for (const auto &[width, height] : sizes)
+        EXPECT_EQ(CreateExtFX(width, height), 0u) << width << ' ' << height;
+
+    const uintptr_t image = NoisyImage(4, 4), freed = NoisyImage(4, 4);
+    FreeImage(freed);
+    const Canvas own(4, 4);
+    for (const uintptr_t unknown : {uintptr_t{0}, uintptr_t{3}, freed, own.context, ~uintptr_t{0}})
+        EXPECT_EQ(InitFX(unknown), 0u) << unknown;
+    // Somebody has a smaller bitmap in the image's context: its rows would not fill the buffer.
+    const HBITMAP narrow = CreateCompatibleBitmap(image, 3, 4);
+    const HGDIOBJ bitmap = SelectObject(image, narrow);
+    EXPECT_EQ(InitFX(image), 0u);
+    SelectObject(image, bitmap);
+    DeleteObject(narrow);
+
+    const uintptr_t fx = InitFX(image);
+    const auto failsOnce = [](auto make) {
+        FailOnce(Operation::Memory, 1);
+        const bool hasFailed = make() == 0;
+        ForgetFailures();
+        return hasFailed;
+    };
+    EXPECT_TRUE(failsOnce([&] { return InitFX(image); }));
+    EXPECT_TRUE(failsOnce([&] { return CreateExtFX(4, 4); }));
+    EXPECT_TRUE(failsOnce([&] { return CloneFX(fx); }));
+    EXPECT_EQ(CloneFX(0), 0u);
+    EXPECT_EQ(FreeFX(0), 0);
+    FreeFX(fx);
+    FreeImage(image);
+}
+
+// The published transfer, told by its own header that the rows go down, is the judge for every target.
+TEST_F(FXBuffers, PaintAsThePublishedTransferDoes) {
+    const uintptr_t image = NoisyImage(7, 5), handle = InitFX(image);
+    const FXHeader &fx = *FXFromHandle(handle);
+    DibHeader downwards(7, -5, 24);
+    for (const int depth : kDepths) {
+        for (const auto &[x, y] : {std::pair(0, 0), {-3, -2}, {6, 4}, {kMost, 0}, {kLeast, kLeast}}) {
+            const Canvas painted(BitmapOfDepth(9, 6, depth)), judge(BitmapOfDepth(9, 6, depth));
+            for (const HDC context : {painted.context, judge.context}) {
+                DrawNoise(context, 9, 6);
+                SetBkColor(context, Word(PictureOf(image, 7, 5).At(3, 2)));
+            }
+            CopyFX(painted.context, x, y, handle);
+            SetDIBitsToDevice(judge.context, x, y, 7, 5, 0, 0, 0, 5, fx.Pixels, downwards.Info(), 0);
+            EXPECT_TRUE(
+                SamePicture("painted", PictureOf(painted.context, 9, 6), PictureOf(judge.context, 9, 6)))
+                << depth << " at " << x << ", " << y;
+        }
+    }
+    EXPECT_EQ(CopyFX(0, 0, 0, handle), 0);
+    EXPECT_EQ(CopyFX(image, 0, 0, 0), 0);
+    const Picture before = PictureOf(image, 7, 5);
+    FXHeader wrong = fx;
+    for (const auto &[width, height] : {std::pair(0, 5), {-7, 5}, {7, 0}, {7, -5}}) {
+        wrong.biWidth = width;
+        wrong.biHeight = height;
+        PaintFX(image, 0, 0, wrong, fx.Pixels);
+    }
+    EXPECT_TRUE(SamePicture("untouched", PictureOf(image, 7, 5), before));
+    FreeImage(image);
+    EXPECT_EQ(CopyFX(image, 0, 0, handle), 0);  // the context is dead
+    FreeFX(handle);
+}
+
+TEST_F(FXBuffers, PackedRowsArePaintedAsPaddedOnesAndNeverReadBehindTheBlock) {
+    for (int32_t width = 1; width <= 9; ++width) {
+        for (int32_t height = 1; height <= 7; ++height) {
+            // The block ends where its memory does: the address sanitizer watches.
+            std::vector<uint8_t> block(static_cast<size_t>(3 * width * height));
+            for (size_t i = 0; i < block.size(); ++i) block[i] = static_cast<uint8_t>(i + 1);
+            FXHeader fx{};
+            fx.biWidth = width;
+            fx.biHeight = height;
+            fx.biSizeImage = static_cast<uint32_t>(block.size());
+            fx.Pixels = block.data();
+            const Canvas canvas(width, height);
+            DrawNoise(canvas.context, width, height);
+            PaintFX(canvas.context, 0, 0, fx, block.data());
+            EXPECT_TRUE(SamePicture("packed", PictureOf(canvas.context, width, height),
+                                    PictureInBlock(fx, PitchOf(width))));
+        }
+    }
+    const uintptr_t packed = CreateExtFX(5, 20);
+    const Canvas canvas(5, 20);
+    DrawNoise(canvas.context, 5, 20);
+    const Picture before = PictureOf(canvas.context, 5, 20);
+    FailOnce(Operation::Memory, 1);
+    CopyFX(canvas.context, 0, 0, packed);
+    ForgetFailures();
+    EXPECT_TRUE(SamePicture("no memory", PictureOf(canvas.context, 5, 20), before));
+    CopyFX(canvas.context, 0, 0, packed);
+    EXPECT_TRUE(SamePicture("black", PictureOf(canvas.context, 5, 20), Picture(5, 20)));
+    FreeFX(packed);
+}
+
+// For the thread sanitizer: a paint writes to the target alone.
+TEST_F(FXBuffers, OneBufferIsPaintedByTwoThreadsAtOnce) {
+    const uintptr_t image = NoisyImage(64, 48), handle = InitFX(image);
+    const Canvas one(64, 48), other(64, 48);
+    const auto paint = [handle](HDC context) {
+        for (int i = 0; i < 200; ++i) CopyFX(context, 0, 0, handle);
+    };
+    std::thread thread(paint, other.context);
+    paint(one.context);
+    thread.join();
+    for (const HDC context : {one.context, other.context})
+        EXPECT_TRUE(SamePicture("painted", PictureOf(context, 64, 48), PictureOf(image, 64, 48)));
+    FreeFX(handle);
+    FreeImage(image);
+}
+
+}  // namespace
+}  // namespace fenlight::test

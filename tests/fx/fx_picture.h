@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Zlib
+// Images with noise on them, and what FX buffers show.
+#pragma once
+
+#include <random>
+
+#include "fenlight/images.h"
+#include "fx/fx_buffer.h"
+#include "platform/graphics/canvas.h"
+
+namespace fenlight::test {
+
+// A context of each format: 0 stands for monochrome.
+inline constexpr int kDepths[] = {0, 1, 4, 8, 24, 32};
+
+inline HBITMAP BitmapOfDepth(int32_t width, int32_t height, int depth) {
+    if (depth == 0) return CreateBitmap(width, height, 1, 1, nullptr);
+    DibHeader dib(width, height, depth);
+    for (int i = 0; i < 256; ++i)
+        dib.colours[i] = {static_cast<BYTE>(255 - i), static_cast<BYTE>(i * 37), static_cast<BYTE>(i * 91),
+                          0};
+    return CreateDIBSection(0, dib.Info(), DIB_RGB_COLORS, nullptr, 0, 0);
+}
+
+inline void DrawNoise(HDC context, int32_t width, int32_t height) {
+    std::mt19937 random(static_cast<unsigned>(width * 100 + height));
+    for (int32_t i = 0; i < width * height; ++i) SetPixel(context, i % width, i / width, random() & 0xFFFFFF);
+}
+
+// An image of the store with noise.
+inline uintptr_t NoisyImage(int32_t width, int32_t height, int depth = 32) {
+    const Canvas model(BitmapOfDepth(1, 1, depth));
+    const uintptr_t image = CreateImage(model.context, width, height);
+    DrawNoise(image, width, height);
+    return image;
+}
+
+// Rows taken as `pitch` bytes long; what lies behind the block is black.
+inline Picture PictureInBlock(const FXHeader &fx, int64_t pitch) {
+    Picture picture(fx.biWidth, fx.biHeight);
+    const auto byteAt = [&](int64_t at) { return at < fx.biSizeImage ? uint32_t{fx.Pixels[at]} : 0; };
+    for (int y = 0; y < fx.biHeight; ++y)
+        for (int x = 0; x < fx.biWidth; ++x) {
+            const int64_t at = y * pitch + 3 * x;
+            picture.At(x, y) = byteAt(at + 2) << 16 | byteAt(at + 1) << 8 | byteAt(at);
+        }
+    return picture;
+}
+
+}  // namespace fenlight::test

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Zlib
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "fx/fx_picture.h"
+#include "platform/system/failure_point.h"
+#include "platform/system/handle_table.h"
+
+namespace fenlight::test {
+namespace {
+
+using platform::Operation;
+using Bytes = std::vector<uint8_t>;
+
+const std::string kFile = std::string(FENLIGHT_TEST_OUTPUT) + "/fx_saving.bmp";
+
+Bytes ReadBytes(const std::string &path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class FXSaving : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        std::filesystem::create_directories(FENLIGHT_TEST_OUTPUT);
+        std::filesystem::remove(kFile);
+    }
+    void TearDown() override {
+        EXPECT_EQ(platform::CountHandles(platform::HandleKind::File), 0);
+        FreeAllImages();
+        std::filesystem::remove(kFile);
+    }
+};
+
+uint32_t NumberAt(const Bytes &file, size_t offset) {
+    return file.at(offset) | file.at(offset + 1) << 8 | file.at(offset + 2) << 16 |
+           uint32_t{file.at(offset + 3)} << 24;
+}
+
+// A reader of its own: positive heights count rows from the bottom, each on 32 bits.
+Picture ReadBitmapFile(const Bytes &file) {
+    Picture picture(static_cast<int>(NumberAt(file, 18)), static_cast<int>(NumberAt(file, 22)));
+    const int pitch = (picture.width * 24 + 31) / 32 * 4;
+    for (int y = 0; y < picture.height; ++y)
+        for (int x = 0; x < picture.width; ++x) {
+            const auto at =
+                static_cast<size_t>((picture.height - 1 - y) * pitch + 3 * x) + NumberAt(file, 10);
+            picture.At(x, y) = NumberAt(file, at - 1) >> 8;
+        }
+    return picture;
+}
+
+TEST_F(FXSaving, FilesShowThePictureToOtherReaders) {
+    for (int32_t width = 1; width <= 9; ++width) {
+        const uintptr_t image = NoisyImage(width, 6);
+        const OwnedFX fx(FXFromHandle(MakeFX(image, RowOrder::BottomUp)));
+        ASSERT_NE(fx, nullptr);
+        const Picture drawn = PictureOf(image, width, 6);
+        EXPECT_EQ(WriteBitmapFile(*fx, kFile.c_str()), static_cast<int32_t>(54 + fx->biSizeImage));
+        EXPECT_TRUE(SamePicture("read", ReadBitmapFile(ReadBytes(kFile)), drawn)) << width;
+        const uintptr_t loaded = LoadFileImage(kFile.c_str());  // by the system's picture library
+        EXPECT_TRUE(SamePicture("loaded", PictureOf(loaded, width, 6), drawn)) << width;
+        FreeAllImages();
+    }
+}
+
+TEST_F(FXSaving, FilesHoldTheRowsOfTheBufferBehindTheHeaders) {
+    const uintptr_t image = NoisyImage(4, 4);
+    const OwnedFX fx(FXFromHandle(InitFX(image)));
+    const auto handle = reinterpret_cast<uintptr_t>(fx.get());
+    EXPECT_EQ(SaveFX(handle, kFile.c_str(), 0), 102);
+    const Bytes file = ReadBytes(kFile);
+    Bytes expected{'B', 'M', 102, 0, 0, 0, 0, 0, 0, 0, 54, 0, 0, 0, 40,
+                   0,   0,   0,   4, 0, 0, 0, 4, 0, 0, 0,  1, 0, 24};
+    expected.resize(54);
+    expected.insert(expected.end(), fx->Pixels, fx->Pixels + 48);
+    EXPECT_EQ(file, expected);
+
+    Bytes memory(104, 0xA5);
+    for (const int32_t mode : {1, -1}) EXPECT_EQ(SaveToMemoryFX(handle, memory.data(), mode), 0);
+    EXPECT_EQ(memory, Bytes(104, 0xA5));
+    EXPECT_EQ(SaveToMemoryFX(handle, memory.data() + 1, 0), 102);
+    expected.insert(expected.begin(), 0xA5);
+    expected.push_back(0xA5);
+    EXPECT_EQ(memory, expected);
+
+    std::fill_n(fx->Pixels, 48, uint8_t{0});
+    EXPECT_EQ(SaveFX(handle, kFile.c_str(), 1), 0);
+    EXPECT_EQ(ReadBytes(kFile), file);
+    // A larger file is replaced, not written over.
+    const OwnedFX small(FXFromHandle(CreateExtFX(1, 1)));
+    EXPECT_EQ(SaveFX(reinterpret_cast<uintptr_t>(small.get()), kFile.c_str(), 0), 57);
+    EXPECT_EQ(ReadBytes(kFile).size(), 57u);
+}
+
+TEST_F(FXSaving, FailuresGiveTheirResultsAndLeaveNothingOpen) {
+    const OwnedFX fx(FXFromHandle(CreateExtFX(4, 4)));
+    const auto handle = reinterpret_cast<uintptr_t>(fx.get());
+    const std::string missing = kFile + ".none/file.bmp";
+    for (const char *path :
+         {missing.c_str(), FENLIGHT_TEST_OUTPUT, "/", "", static_cast<const char *>(nullptr)})
+        EXPECT_EQ(SaveFX(handle, path, 0), 0) << (path != nullptr ? path : "null");
+    if (access("/dev/full", W_OK) == 0) {
+        EXPECT_EQ(SaveFX(handle, "/dev/full", 0), 54);
+    }
+    EXPECT_EQ(SaveFX(0, kFile.c_str(), 0), 0);
+    uint8_t byte = 9;
+    EXPECT_EQ(SaveToMemoryFX(0, &byte, 0), 0);
+    EXPECT_EQ(SaveToMemoryFX(handle, nullptr, 0), 0);
+    EXPECT_EQ(byte, 9);
+    EXPECT_FALSE(std::filesystem::exists(kFile));
+    // Opening, the headers, the rows.
+    const std::pair<int32_t, size_t> outcomes[] = {{0, 0}, {54, 0}, {54, 54}, {102, 102}};
+    for (int number = 1; const auto &[result, bytes] : outcomes) {
+        platform::FailOnce(Operation::File, number);
+        EXPECT_EQ(SaveFX(handle, kFile.c_str(), 0), result) << number;
+        EXPECT_EQ(ReadBytes(kFile).size(), bytes) << number;
+        ++number;
+    }
+    platform::ForgetFailures();
+}
+
+}  // namespace
+}  // namespace fenlight::test
