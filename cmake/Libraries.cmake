@@ -8,7 +8,7 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(FENLIGHT_PLATFORM_ROOMS platform_system platform_raster platform_graphics platform_window platform_pictures)
-set(FENLIGHT_ROOMS frame png images fx painting data packing sprites)
+set(FENLIGHT_ROOMS frame png images fx painting data packing particles paths sprites)
 
 function(fenlight_shared_library TARGET OUTPUT SCRIPT)
   set(OBJECTS)
