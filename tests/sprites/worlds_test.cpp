@@ -90,7 +90,7 @@ TEST(Background, TakesAPositionThatIsSetBesideTheStep) {
     World scene;
     SpriteRecord &first = scene.Add(1, 1);
     Set({0, 0, 0, 0, 0, 1, 0});
-    constexpr int32_t kRounds = 20'000, kFurther = 100'000;
+    constexpr int32_t kRounds = 200'000, kFurther = 10'000;
     std::atomic<int32_t> lastSet{0};
     int32_t lost = 0, before = -1;
     const auto fellBack = [&] {
