@@ -2,23 +2,30 @@
 // Every exported sprite function at random against the running thread.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 
 #include "fenlight/images.h"
 #include "fenlight/platform/windows.h"
 #include "fenlight/sprite_animation.h"
+#include "fenlight/sprite_layers.h"
 #include "fenlight/sprite_movement.h"
 #include "fenlight/sprite_thread.h"
+#include "fenlight/sprite_worlds.h"
+#include "fenlight/tiles.h"
 #include "sprites/sprite_scene.h"
 
 namespace fenlight::test {
 namespace {
 
 // A caller that keeps to the rules: it forgets a handle before the record can be freed. The first sprite
-// lives until all are deleted, so that the list does not end by itself.
+// stands far away and lives until all are deleted, so that the list does not end by itself.
 class RandomCaller {
   public:
-    RandomCaller(const Scene &scene, uint32_t seed) : scene_(scene), random_(seed) { MakeSprite(); }
+    RandomCaller(const Scene &scene, uint32_t seed) : scene_(scene), random_(seed) { MakeFirst(); }
+    RandomCaller(const RandomCaller &) = delete;
+    RandomCaller &operator=(const RandomCaller &) = delete;
+    ~RandomCaller() { InitSpriteBackground(0, 0, 0, 0, 0, 0, 0); }
 
     void CallSomething() {
         static constexpr std::array kCalls = {
@@ -26,7 +33,10 @@ class RandomCaller {
             &RandomCaller::Delete,     &RandomCaller::Forget,     &RandomCaller::Ask,
             &RandomCaller::Move,       &RandomCaller::MoveOddly,  &RandomCaller::Tabulate,
             &RandomCaller::Tabulate,   &RandomCaller::Animate,    &RandomCaller::StopAndGo,
-            &RandomCaller::Brake,      &RandomCaller::ChangeWord};
+            &RandomCaller::Brake,      &RandomCaller::ChangeWord, &RandomCaller::Layer,
+            &RandomCaller::Layer,      &RandomCaller::Swap,       &RandomCaller::Swap,
+            &RandomCaller::DeleteMany, &RandomCaller::Fix,        &RandomCaller::Scroll,
+            &RandomCaller::PaintTiles};
         (this->*kCalls[Below(kCalls.size())])();
         if (Below(4000) == 0) StartOver();
     }
@@ -40,8 +50,16 @@ class RandomCaller {
 
     uint32_t Below(size_t end) { return static_cast<uint32_t>(random_() % end); }
     int32_t Number() { return static_cast<int32_t>(Below(160)) - 30; }
-    uintptr_t Any() { return handles_[Below(handles_.size())].sprite; }
+    Handle &AnyHandle() {
+        if (handles_.empty()) MakeSprite();
+        return handles_[Below(handles_.size())];
+    }
+    uintptr_t Any() { return AnyHandle().sprite; }
 
+    void MakeFirst() {
+        first_ = scene_.Start(5000, 5000);
+        MarkSprite(first_, 99);
+    }
     void Keep(uintptr_t sprite, int32_t mark, bool isDeleted) {
         ASSERT_NE(sprite, 0u);
         handles_.push_back({sprite, mark, isDeleted});
@@ -54,14 +72,13 @@ class RandomCaller {
     }
     void MakeCopy() {
         if (handles_.size() >= 60) return;
-        const Handle source = handles_[Below(handles_.size())];
+        const Handle source = AnyHandle();
         Keep(CopySprite(source.sprite), source.mark, source.isDeleted);
     }
     void Delete() {
-        const size_t index = Below(handles_.size());
-        if (index == 0) return;
-        DeleteSprite(handles_[index].sprite);
-        handles_[index].isDeleted = true;
+        Handle &handle = AnyHandle();
+        DeleteSprite(handle.sprite);
+        handle.isDeleted = true;
     }
     void Forget() {
         const auto mark = static_cast<int32_t>(Below(3));
@@ -71,15 +88,18 @@ class RandomCaller {
     }
     void Ask() {
         EXPECT_LE(static_cast<size_t>(CountSprites()), static_cast<size_t>(CountAllSprites()));
-        for (const Handle &handle : handles_)
+        for (const Handle &handle : handles_) {
             EXPECT_EQ(ExistSprite(handle.sprite), handle.isDeleted ? -1 : 0);
+            EXPECT_EQ(GetSpriteMark(handle.sprite), handle.mark);
+            EXPECT_GT(GetSpriteLayer(handle.sprite), 1) << "lost from the list";
+        }
         EXPECT_LE(GetSpritesFps(), 83);
         int32_t infos[8];
         const uintptr_t sprite = Any();
         EXPECT_EQ(GetSpriteInfos(sprite, infos), infos);
         EXPECT_EQ(TestSprite(sprite, 120), static_cast<intptr_t>(sprite));
         for (const auto get : {GetSpriteX, GetSpriteY, HasSpriteArrived, GetSpriteMoveX, GetSpriteMoveY,
-                               GetSpriteMoveXY, GetSpriteAnimModeStatus})
+                               GetSpriteMoveXY, GetSpriteAnimModeStatus, GetSpriteFixMode})
             get(sprite);
     }
     void Move() {
@@ -122,22 +142,85 @@ class RandomCaller {
     }
     // The mark, some numbers, positions of no word.
     void ChangeWord() {
-        Handle &handle = handles_[Below(handles_.size())];
-        if (!handle.isDeleted)
-            ChangeSpritePara(handle.sprite, 156, handle.mark = static_cast<int32_t>(Below(3)));
+        Handle &handle = AnyHandle();
+        if (!handle.isDeleted) {
+            handle.mark = static_cast<int32_t>(Below(3));
+            Below(2) == 0 ? ChangeSpritePara(handle.sprite, 156, handle.mark)
+                          : MarkSprite(handle.sprite, handle.mark);
+        }
         for (int32_t position : {24, 64, 488, 560, 1020, 1024, -4, 33})
             ChangeSpritePara(Any(), position, Number());
+    }
+    void Layer() {
+        for (uint32_t i = Below(3) == 0 ? 70 : 1; i > 0; --i) {
+            SetSpriteLayer(Any(), Number());
+            BringSpriteToTop(Any());
+            BringSpriteToBottom(Any());
+        }
+        SetSpriteLayer(first_, 2);
+    }
+    void Swap() {
+        EXPECT_EQ(SwapSpriteLayers(Any(), Any()), 0);
+        EXPECT_EQ(SwapSpriteLayers(Any(), first_), -1);
+        EXPECT_EQ(GetSpriteLayer(first_), 1);
+    }
+    void DeleteMany() {
+        const auto mark = static_cast<int32_t>(Below(20));
+        auto chosen = std::count_if(handles_.begin(), handles_.end(), [&](const Handle &handle) {
+            return !handle.isDeleted && handle.mark == mark;
+        });
+        EXPECT_EQ(DeleteSpritesMark(mark), chosen);
+        const auto deleted = DeleteSpritesIfAnimReady() + DeleteAllXSprites(Number()) +
+                             DeleteAllYSprites(Number()) + static_cast<int32_t>(chosen);
+        chosen = 0;
+        for (Handle &handle : handles_)
+            if (!handle.isDeleted && (handle.isDeleted = ExistSprite(handle.sprite) == -1)) ++chosen;
+        EXPECT_EQ(deleted, chosen);
+    }
+    void Fix() {
+        SetSpriteFixMode(Any(), static_cast<int32_t>(Below(2)));
+        const std::array table{Any(), uintptr_t{0}, Any(), Any()};
+        VisualTableFix(table.data(), sizeof table, Number(), Number(), 100 + Number(), 60 + Number());
+    }
+    void Scroll() {
+        InitSpriteBackground(static_cast<int32_t>(Below(2)), Number(), Number(), Number(), Number(),
+                             Number() / 20, Number() / 20);
+        int32_t infos[7];
+        EXPECT_EQ(GetBackgroundInfos(infos), infos);
+        SpriteScrollMode(Any(), static_cast<int32_t>(Below(2)));
+    }
+    // Into the background and into what the thread draws in.
+    void PaintTiles() {
+        static constexpr uint8_t kMap[] = {0, 1, 2, 3, 2, 1, 255, 0};
+        static constexpr uint16_t kList[] = {0, 2, 1111};
+        const TileArguments block{scene_.image,
+                                  0,
+                                  2,
+                                  2,
+                                  12,
+                                  10,
+                                  kMap,
+                                  4,
+                                  1,
+                                  0,
+                                  Below(2) == 0 ? scene_.clean : scene_.back,
+                                  Number(),
+                                  Number(),
+                                  Below(2) == 0 ? 0 : -1,
+                                  Below(2) == 0 ? kList : nullptr};
+        SetTiles5(&block);
     }
     void StartOver() {
         DeleteAllSprites();
         EXPECT_EQ(SpriteList.load(), nullptr);
         handles_.clear();
-        MakeSprite();
+        MakeFirst();
     }
 
     const Scene &scene_;
     std::mt19937 random_;
-    std::vector<Handle> handles_;
+    uintptr_t first_ = 0;
+    std::vector<Handle> handles_;  // without the first
 };
 
 TEST(SpriteStress, SurvivesEveryCallAgainstTheRunningThread) {
