@@ -554,18 +554,18 @@ def bridge():
 
 def earth(tones, generator):
     dark, light, stone = tones
-    picture = mix(dark, light, periodic_noise(TILE, 4, np.random.default_rng(60))[..., None])
-    for _ in range(9 if stone else 0):
-        x, y, r = generator.uniform(4, 28), generator.uniform(4, 28), generator.uniform(0.9, 2.2)
+    picture = mix(dark, light, periodic_noise(TILE, 8, np.random.default_rng(60))[..., None])
+    for _ in range(4 if stone else 0):
+        x, y, r = generator.uniform(5, 27), generator.uniform(5, 27), generator.uniform(1.0, 2.0)
         v, u = np.mgrid[0:TILE, 0:TILE]
         picture[np.hypot(u - x, v - y) < r] = stone
     return picture
 
 
 def ground_tile(kind, tones, turf, key):
-    """What a hill is made of: 0 inside, 1 flat top, 2 slope up to the right, 3 slope down."""
+    """What a hill is made of: 0 inside, 1 flat top, 2 slope up to the right, 3 slope down, 4 and 5 below the slopes."""
     v, u = np.mgrid[0:TILE, 0:TILE]
-    surface = {0: u * 0 - 99, 1: u * 0 + 2, 2: TILE + 1 - u, 3: u + 2}[kind]
+    surface = {0: u * 0 - 99, 1: u * 0 + 2, 2: TILE + 1 - u, 3: u + 2, 4: 1 - u, 5: u + 2 - TILE}[kind]
     picture = earth(tones, np.random.default_rng(70 + kind))
     if kind != 0:
         ragged = 2.5 * np.sin(u * 2 * math.pi / 8) + 1.5 * np.sin(u * 2 * math.pi / 16)
@@ -575,24 +575,24 @@ def ground_tile(kind, tones, turf, key):
         picture[lawn] = (np.array(turf, float) * bright)[lawn]
         picture[np.abs(v - fringe) < 0.8] *= 0.72 if tones[2] else 1
     picture = np.clip(np.round(picture), 0, 255).astype(np.uint8)
-    picture[v < surface] = key
+    if kind in (1, 2, 3):
+        picture[v < surface] = key
     return picture
 
 
 def sky_tile(row):
     v, u = np.mgrid[0:TILE, 0:TILE]
-    height = ((row * TILE + v) / (15 * TILE))[..., None]
-    haze = 0.02 * np.sin(u * 2 * math.pi / TILE)[..., None] * np.sin(v * 2 * math.pi / TILE)[..., None]
-    return np.clip(np.round(mix((84, 152, 222), (252, 232, 196), np.clip(height * 1.25 + haze, 0, 1) ** 1.1)), 0, 255).astype(np.uint8)
+    height = np.clip((row * TILE + v + 0 * u) / (12 * TILE), 0, 1)[..., None]
+    return np.round(mix((84, 152, 222), (252, 232, 196), height ** 1.1)).astype(np.uint8)
 
 
 def hill_tiles():
     """Three strips: the sky from its top row down, hills far away, and the near ground."""
-    far = ((132, 170, 164), (142, 180, 170), None)
-    near = ((126, 88, 58), (150, 106, 70), (176, 138, 100))
+    far = ((136, 174, 168), (140, 178, 170), None)
+    near = ((130, 92, 60), (144, 102, 68), (170, 130, 92))
     rows = [[sky_tile(row) for row in range(15)]]
-    rows.append([ground_tile(kind, far, (158, 196, 174), (255, 0, 255)) for kind in range(4)])
-    rows.append([ground_tile(kind, near, (110, 178, 70), (255, 0, 255)) for kind in range(4)])
+    rows.append([ground_tile(kind, far, (158, 196, 174), (255, 0, 255)) for kind in range(6)])
+    rows.append([ground_tile(kind, near, (110, 178, 70), (255, 0, 255)) for kind in range(6)])
     blank = np.zeros((TILE, TILE, 3), np.uint8)
     return np.vstack([np.hstack(row + [blank] * (15 - len(row))) for row in rows])
 
