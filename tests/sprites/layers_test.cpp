@@ -2,7 +2,6 @@
 // The order of the list, marks, bulk deletion and fix mode; frames are stepped without the thread.
 #include <gtest/gtest.h>
 
-#include <numeric>
 #include <string>
 
 #include "fenlight/sprite_animation.h"
@@ -194,27 +193,30 @@ TEST(Layers, ChangeNothingInAFrameThatRuns) {
         }
 }
 
-// Two callers fill, the sprite thread empties: every pair comes through, once and whole.
+// One caller fills, the other fills and empties: every pair comes through, once and whole.
 TEST(LayerRequests, ComeThroughFromTwoCallersAtOnce) {
-    constexpr int32_t kEach = 4000;
-    const auto fill = [](int32_t start) {
-        for (int32_t i = start; i < start + kEach; ++i)
-            while (!FillLayerRequest(static_cast<uintptr_t>(i) * 16, i)) std::this_thread::yield();
+    constexpr int32_t kEach = 500000;
+    Numbers times(2 * kEach);
+    const auto fill = [](int32_t number) {
+        return FillLayerRequest(16 * static_cast<uintptr_t>(number + 1), number);
     };
-    std::thread one(fill, 1), other(fill, 1 + kEach);
-    Numbers times(1 + 2 * kEach);
     const auto empty = [&] {
         for (LayerRequest &pair : LayerRequests)
             if (const LayerChange change = TakeLayerRequest(pair); change.sprite != 0) {
-                EXPECT_EQ(change.sprite, static_cast<uintptr_t>(change.layer) * 16);
-                ++times[change.sprite / 16];
+                ASSERT_EQ(change.sprite, 16 * static_cast<uintptr_t>(change.layer + 1));
+                ++times[static_cast<size_t>(change.layer)];
             }
-        return std::accumulate(times.begin(), times.end(), 0) >= 2 * kEach;
     };
-    EXPECT_TRUE(WaitUntil(empty));
-    one.join();
+    std::atomic<bool> isDone{false};
+    std::thread other([&] {
+        for (int32_t i = 0; i < kEach; ++i)
+            while (!fill(kEach + i)) std::this_thread::yield();
+        isDone = true;
+    });
+    for (int32_t i = 0; i < kEach || !isDone; empty())
+        if (i < kEach && fill(i)) ++i;
     other.join();
-    EXPECT_EQ(times[0], 0);
+    empty();
     EXPECT_EQ(std::count(times.begin(), times.end(), 1), 2 * kEach);
 }
 
@@ -288,14 +290,19 @@ TEST(FixMode, ChangesInTheNextPassOfALivingSprite) {
     EXPECT_EQ(GetSpriteFixMode(sprites[0]), INT32_MIN);
     EXPECT_EQ(GetSpriteFixMode(sprites[1]), INT32_MIN);
     EXPECT_EQ(GetSpriteFixMode(sprites[2]), 0) << "a dying sprite is not served";
-    // The last call counts, whenever the pass looks.
+}
+
+// Of two calls in a row the later one takes effect, wherever a pass gets between them.
+TEST(FixMode, IsThatOfTheLastCallBesideARunningThread) {
     LooseSprite sprite;
-    CountBeside(
-        20000, [&](int32_t round) { SetSpriteFixMode(sprite.Handle(), round); },
-        [&] { return FixStage(sprite), true; });
-    FixStage(sprite);
-    EXPECT_EQ(sprite.FixMode, sprite.FixRequestMode);
-    EXPECT_EQ(sprite.FixRequest, 0);
+    std::atomic<bool> isLost{false};
+    const auto setTwice = [&](int32_t round) {
+        SetSpriteFixMode(sprite.Handle(), -round);
+        SetSpriteFixMode(sprite.Handle(), round);
+        isLost = isLost || !WaitUntil([&] { return sprite.FixMode == round; });
+    };
+    CountBeside(20000, setTwice, [&] { return FixStage(sprite), true; });
+    EXPECT_FALSE(isLost);
 }
 
 TEST(VisualTableFix, FixesSpritesWhoseCornerLiesOutsideTheRectangle) {
