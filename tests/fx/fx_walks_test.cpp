@@ -89,15 +89,12 @@ TEST(PixelWalks, AnEffectChangesTheBufferAndThenPaintsIt) {
     const auto handle = reinterpret_cast<uintptr_t>(&buffer.header);
     const Canvas canvas(4, 2);
     const auto colour = [](const FXHeader &fx) {
-        ForEachRow(WalkRows(fx), [](uint8_t *row, int64_t count) {
-            for (int64_t i = 0; i < 3 * count; ++i) row[i] = static_cast<uint8_t>(0x11 * (i % 3 + 1));
-        });
+        for (int i = 0; i < 24; ++i) fx.Pixels[i] = static_cast<uint8_t>(0x11 * (i % 3 + 1));
     };
     EXPECT_EQ(ChangeAndPaint(canvas.context, 0, 0, 0, colour), 0);
     EXPECT_EQ(ChangeAndPaint(0, 0, 0, handle, colour), 0);
     EXPECT_TRUE(SamePicture("before", PictureOf(canvas.context, 4, 2), Picture(4, 2)));
     EXPECT_EQ(ColourOfPixel(buffer.bytes.data()), 0x112233u);
-    std::fill(buffer.bytes.begin(), buffer.bytes.end(), uint8_t{0});
     EXPECT_EQ(ChangeAndPaint(canvas.context, 0, 0, handle, colour), 0);
     EXPECT_TRUE(SamePicture("after", PictureOf(canvas.context, 4, 2), Picture(4, 2, 0x332211)));
 }
