@@ -128,7 +128,11 @@ void MaskOpenCv(benchmark::State &state) {
 #endif
 
 void Sizes(benchmark::internal::Benchmark *bench) {
-    bench->Args({32, 32})->Args({256, 256})->Args({1920, 1080})->Args({5120, 2880})->Unit(benchmark::kMicrosecond);
+    bench->Args({32, 32})
+        ->Args({256, 256})
+        ->Args({1920, 1080})
+        ->Args({5120, 2880})
+        ->Unit(benchmark::kMicrosecond);
 }
 
 BENCHMARK(Ours<0>)->Name("Copy")->Apply(Sizes);
