@@ -38,6 +38,14 @@ struct alignas(64) Places {
 // Bytes 3i, 3i + 1, 3i + 2 and an empty one for each pixel, and back again.
 constexpr Places kSpread{[](int i) { return i / 4 * 3 + i % 4; }};
 constexpr Places kClose{[](int i) { return (i / 3 * 4 + i % 3) % 64; }};
+// The same for 64 pixels at once, in three vectors of packed bytes and four of words: places count from the
+// first of the two vectors that a result takes its bytes from.
+constexpr Places kSpreadSecond{[](int i) { return 48 + i / 4 * 3 + i % 4; }};
+constexpr Places kSpreadThird{[](int i) { return 32 + i / 4 * 3 + i % 4; }};
+constexpr Places kSpreadFourth{[](int i) { return 16 + (i / 4 * 3 + i % 4) % 48; }};
+constexpr Places kCloseFirst{[](int i) { return i / 3 * 4 + i % 3; }};
+constexpr Places kCloseSecond{[](int i) { return (i + 64) / 3 * 4 + (i + 64) % 3 - 64; }};
+constexpr Places kCloseThird{[](int i) { return (i + 128) / 3 * 4 + (i + 128) % 3 - 128; }};
 constexpr Places kEveryFourth{[](int i) { return 4 * i % 128; }};
 constexpr __mmask64 kColourBytes = 0x7777777777777777;
 
@@ -116,7 +124,30 @@ void KeyFrom32(const RowBlock &block, uint32_t key) {
     });
 }
 
-void KeyFrom24(const RowBlock &block, uint32_t key) {
+// All pixels of 24-bit rows, 64 at a time and without masks; gives the columns that are left over.
+RowBlock SpreadRows(const RowBlock &block) {
+    const __m512i first = kSpread.Load(), second = kSpreadSecond.Load();
+    const __m512i third = kSpreadThird.Load(), fourth = kSpreadFourth.Load();
+    const int64_t whole = block.width / 64 * 64;
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        for (int64_t i = 0; i < whole; i += 64, target += 256, source += 192) {
+            const __m512i a = Load(source), b = Load(source + 64), c = Load(source + 128);
+            Store(target, _mm512_maskz_permutexvar_epi8(kColourBytes, first, a));
+            Store(target + 64, _mm512_maskz_permutex2var_epi8(kColourBytes, a, second, b));
+            Store(target + 128, _mm512_maskz_permutex2var_epi8(kColourBytes, b, third, c));
+            Store(target + 192, _mm512_maskz_permutexvar_epi8(kColourBytes, fourth, c));
+        }
+    }
+    return {block.target + 4 * whole, block.targetPitch,   block.source + 3 * whole,
+            block.sourcePitch,        block.width - whole, block.rows};
+}
+
+void KeyFrom24(const RowBlock &whole, uint32_t key) {
+    const bool isNobodysColour = key > 0xFFFFFF;
+    const RowBlock block = isNobodysColour ? SpreadRows(whole) : whole;
+    if (block.width == 0) return;
     const __m512i spread = kSpread.Load();
     KeyRows<3>(block, key, [spread](const uint8_t *source, int64_t count) {
         const __m512i packed = _mm512_maskz_loadu_epi8(FirstBytes(3 * count), source);
@@ -214,7 +245,27 @@ void KeyFrom8(const RowBlock &block, const uint32_t *palette, uint32_t key) {
     }
 }
 
-void PackTo24(const RowBlock &block) {
+// As SpreadRows, the other way.
+RowBlock CloseRows(const RowBlock &block) {
+    const __m512i first = kCloseFirst.Load(), second = kCloseSecond.Load(), third = kCloseThird.Load();
+    const int64_t whole = block.width / 64 * 64;
+    for (int64_t row = 0; row < block.rows; ++row) {
+        uint8_t *target = block.target + row * block.targetPitch;
+        const uint8_t *source = block.source + row * block.sourcePitch;
+        for (int64_t i = 0; i < whole; i += 64, target += 192, source += 256) {
+            const __m512i a = Load(source), b = Load(source + 64), c = Load(source + 128);
+            Store(target, _mm512_permutex2var_epi8(a, first, b));
+            Store(target + 64, _mm512_permutex2var_epi8(b, second, c));
+            Store(target + 128, _mm512_permutex2var_epi8(c, third, Load(source + 192)));
+        }
+    }
+    return {block.target + 3 * whole, block.targetPitch,   block.source + 4 * whole,
+            block.sourcePitch,        block.width - whole, block.rows};
+}
+
+void PackTo24(const RowBlock &whole) {
+    const RowBlock block = CloseRows(whole);
+    if (block.width == 0) return;
     const __m512i close = kClose.Load();
     for (int64_t row = 0; row < block.rows; ++row) {
         uint8_t *target = block.target + row * block.targetPitch;
