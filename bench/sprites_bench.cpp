@@ -4,12 +4,17 @@
 // of them moving. The rate counts drawn sprite pixels.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <random>
 #include <vector>
 
 #include "fenlight/platform/graphics.h"
 #include "fenlight/platform/windows.h"
+#include "fenlight/sprite_movement.h"
+#include "fenlight/sprite_worlds.h"
 #include "sprites/sprite_list.h"
+#include "sprites/sprite_thread.h"
 #include "sprites/stages.h"
 
 #if BENCH_SDL2
@@ -20,6 +25,7 @@ namespace fenlight {
 namespace {
 
 constexpr int kWidth = 1024, kHeight = 768, kSize = 32, kFrames = 8;
+constexpr int kWorldWidth = 1600, kWorldHeight = 1200;
 constexpr uint32_t kKey = 0xFF00FF;
 
 // The pictures: round shapes, so that runs of keyed and of shown pixels are as long as in real ones.
@@ -32,25 +38,27 @@ uint32_t StripPixel(int x, int y) {
 uint32_t BackgroundPixel(int x, int y) { return static_cast<uint32_t>(x * 64 + y * 8192) & 0xFFFFFF; }
 
 struct Mover {
-    int x, y, stepX, stepY, previousX, previousY, frame;
+    int x, y, stepX, stepY, previousX, previousY, frame, right, bottom;
 
     void Step() {
         previousX = x;
         previousY = y;
-        if (x + stepX < 0 || x + stepX > kWidth - kSize) stepX = -stepX;
-        if (y + stepY < 0 || y + stepY > kHeight - kSize) stepY = -stepY;
+        if (x + stepX < 0 || x + stepX > right) stepX = -stepX;
+        if (y + stepY < 0 || y + stepY > bottom) stepY = -stepY;
         x += stepX;
         y += stepY;
     }
 };
 
-std::vector<Mover> MakeMovers(int64_t count) {
+// To and fro between the edges of a picture.
+std::vector<Mover> MakeMovers(int64_t count, int width = kWidth, int height = kHeight) {
     std::mt19937 random(4);
-    const auto below = [&](unsigned end) { return static_cast<int>(random() % end); };
+    const auto below = [&](int end) { return static_cast<int>(random() % static_cast<unsigned>(end)); };
+    const int right = width - kSize, bottom = height - kSize;
     std::vector<Mover> movers;
     for (int64_t i = 0; i < count; ++i) {
-        const int x = below(kWidth - kSize), y = below(kHeight - kSize);
-        movers.push_back({x, y, 1 + below(3), 1 + below(3), x, y, below(kFrames)});
+        const int x = below(right), y = below(bottom);
+        movers.push_back({x, y, 1 + below(3), 1 + below(3), x, y, below(kFrames), right, bottom});
     }
     return movers;
 }
@@ -112,6 +120,80 @@ void Fenlight(benchmark::State &state) {
     ReleaseFrameBuffers();
 }
 BENCHMARK(Fenlight)->Arg(100)->Arg(1000)->Arg(5000)->Unit(benchmark::kMicrosecond);
+
+// Movers as sprites of the list, without the thread: frames are run by hand. The records come from the heap
+// in one order and are linked in another, as in a game that has run for a while.
+class List {
+  public:
+    List(const std::vector<Mover> &movers, HDC image, HDC screen, HDC back, HDC clean) {
+        for (const Mover &mover : movers)
+            records_.push_back(MakeRecord({image, screen, back, clean, 0, 0, kSize, kSize, kFrames,
+                                           mover.frame + 1, 4, mover.x, mover.y, mover.stepX, mover.stepY}));
+        std::shuffle(records_.begin(), records_.end(), std::mt19937(1));
+        StartList(*records_.front());
+        for (size_t i = 1; i < records_.size(); ++i)
+            if (!LinkRecord(*records_[i])) std::abort();
+        for (size_t i = 0; i < records_.size(); ++i) SendOff(*records_[i], movers[0].right, movers[0].bottom);
+    }
+    List(const List &) = delete;
+    List &operator=(const List &) = delete;
+    ~List() {
+        FreeRecords(SpriteList.exchange(nullptr));
+        ReleaseFrameBuffers();
+    }
+    const std::vector<SpriteRecord *> &Records() const { return records_; }
+
+  private:
+    // In all diagonal directions.
+    static void SendOff(SpriteRecord &record, int32_t right, int32_t bottom) {
+        SpriteMovingRect(HandleOf(&record), 0, 0, right, bottom);
+        MoveSprite(HandleOf(&record), record.X % 2 == 0 ? right : 0, record.Y % 2 == 0 ? bottom : 0);
+    }
+
+    std::vector<SpriteRecord *> records_;
+};
+
+// Whole frames of sprites that nobody sees. The rate counts sprites.
+void FixedSprites(benchmark::State &state) {
+    const List list(MakeMovers(state.range(0)), 0, 0, 0, 0);
+    for (SpriteRecord *record : list.Records()) record->FixMode = 1;
+    for (auto _ : state) RunFrame();
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(FixedSprites)->Arg(1000)->Arg(10000)->Unit(benchmark::kMicrosecond);
+
+// A world larger than the screen: whole frames, and the drawing, presenting and restoring in them alone. The
+// difference is what moving and animating costs.
+void World(benchmark::State &state, bool isView, bool isWhole) {
+    const Surface image(kSize * kFrames, kSize, StripPixel), back(kWorldWidth, kWorldHeight, BackgroundPixel),
+        clean(kWorldWidth, kWorldHeight, BackgroundPixel),
+        screen(isView ? 640 : kWorldWidth, isView ? 480 : kWorldHeight, BackgroundPixel);
+    InitSpriteBackground(isView, 640, 480, 300, 200, 0, 0);
+    auto movers = MakeMovers(state.range(0), kWorldWidth, kWorldHeight);
+    const List list(movers, image, screen, back, clean);
+    RunFrame();
+    for (auto _ : state) {
+        if (isWhole) {
+            RunFrame();
+            continue;
+        }
+        for (size_t i = 0; i < movers.size(); ++i) {
+            SpriteRecord &record = *list.Records()[i];
+            movers[i].Step();
+            record.X = movers[i].x;
+            record.Y = movers[i].y;
+            DrawStage(record);
+        }
+        PresentStage(*SpriteList.load());
+        RestoreStage(*SpriteList.load());
+    }
+    CountPixels(state);
+    InitSpriteBackground(0, 0, 0, 0, 0, 0, 0);
+}
+BENCHMARK_CAPTURE(World, rectangles, false, true)->Arg(1000)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(World, rectanglesDrawnOnly, false, false)->Arg(1000)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(World, view, true, true)->Arg(1000)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(World, viewDrawnOnly, true, false)->Arg(1000)->Unit(benchmark::kMicrosecond);
 
 #if BENCH_SDL2
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Zlib
 // The stages that carry sprites to their targets, in the order of the pass.
 #include <algorithm>
+#include <cstdlib>
 #include <mutex>
 
 #include "sprites/line_path.h"
@@ -12,12 +13,11 @@
 namespace fenlight {
 
 int32_t StepOnAxis(const AxisMotion &motion) noexcept {
-    const int64_t step = motion.slowCount == 0 ? motion.speed : 0;
-    const int64_t position = motion.position;
-    const int64_t target = motion.target;
-    if (target > position) return static_cast<int32_t>(std::min(position + step, target));
-    if (target < position) return static_cast<int32_t>(std::max(position - step, target));
-    return motion.position;
+    // Without branches: headings change from sprite to sprite, and cannot be foretold.
+    const int64_t speed = motion.slowCount == 0 ? motion.speed : 0;
+    const int64_t distance = std::abs(int64_t{motion.target} - motion.position);
+    const int64_t step = std::min(speed, distance) * HeadingOnAxis(motion.position, motion.target);
+    return static_cast<int32_t>(motion.position + step);
 }
 
 int32_t DirectionOf(const SpriteRecord &record) noexcept {

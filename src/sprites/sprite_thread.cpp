@@ -56,18 +56,19 @@ void RunLivingStages(SpriteRecord &record) noexcept {
     DrawStage(record);
 }
 
+template <class First, class Last>
+void FetchRange(const First &first, const Last &last) noexcept {
+    for (auto *byte = reinterpret_cast<const char *>(&first); byte < reinterpret_cast<const char *>(&last);
+         byte += 64)
+        __builtin_prefetch(byte);
+    __builtin_prefetch(&last);
+}
+
 // What a pass reads even where there is nothing to do.
 void PrefetchPass(const SpriteRecord &record) noexcept {
+    FetchRange(record.ImageDC, record.MovingMode);
+    FetchRange(record.AttachedTo, record.FixRequestMode);
     __builtin_prefetch(&record.FrameNext);
-    __builtin_prefetch(&record.X);
-    __builtin_prefetch(&record.State);
-    __builtin_prefetch(&record.FixMode);
-    __builtin_prefetch(&record.MoveSource[8]);
-    __builtin_prefetch(&record.RectLeft);
-    __builtin_prefetch(&record.NextX);
-    __builtin_prefetch(&record.Table);
-    __builtin_prefetch(&record.CageLeft);
-    __builtin_prefetch(&record.SlowCountX);
 }
 
 void TakeListOrder(SpriteRecord &first) noexcept {
