@@ -51,7 +51,7 @@ TileBatch::TileBatch(const platform::PixelView &target, const TileSheet &sheet, 
       copy_(isKeyed ? ChooseTileKernels().copyKeyed : ChooseTileKernels().copy),
       isKeyed_(isKeyed) {}
 
-void TileBatch::PaintPart(int64_t x, int64_t y, const TilePlace &whole) const noexcept {
+void TileBatch::PaintPart(int64_t x, int64_t y, uint8_t tile) const noexcept {
     const int64_t left = std::max<int64_t>(-x, 0), right = std::min<int64_t>(shape_.width, target_.width - x);
     const int64_t top = std::max<int64_t>(-y, 0),
                   bottom = std::min<int64_t>(shape_.height, target_.height - y);
@@ -59,8 +59,8 @@ void TileBatch::PaintPart(int64_t x, int64_t y, const TilePlace &whole) const no
     TileShape shape = shape_;
     shape.width = static_cast<int32_t>(right - left);
     shape.height = static_cast<int32_t>(bottom - top);
-    const TilePlace part{PixelAt(x + left, y + top), whole.source + top * shape.sourcePitch + left * 4,
-                         whole.key};
+    const TilePlace part{PixelAt(x + left, y + top), sheet_.TileAt(tile) + top * shape.sourcePitch + left * 4,
+                         KeyOf(tile)};
     copy_(shape, {&part, 1});
 }
 

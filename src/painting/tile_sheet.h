@@ -59,18 +59,20 @@ class TileBatch {
 
     // With its corner at x, y.
     void Add(int64_t x, int64_t y, uint8_t tile) noexcept {
-        const TilePlace place{nullptr, sheet_.TileAt(tile), isKeyed_ ? sheet_.KeyOf(tile) : 0};
-        if (!IsInside(x, y)) return PaintPart(x, y, place);
+        if (!IsInside(x, y)) return PaintPart(x, y, tile);
         if (count_ == places_.size()) Flush();
-        places_[count_] = place;
-        places_[count_++].target = PixelAt(x, y);
+        TilePlace &place = places_[count_++];
+        place.target = PixelAt(x, y);
+        place.source = sheet_.TileAt(tile);
+        place.key = KeyOf(tile);
     }
 
   private:
     bool IsInside(int64_t x, int64_t y) const noexcept {
         return x >= 0 && y >= 0 && x + shape_.width <= target_.width && y + shape_.height <= target_.height;
     }
-    void PaintPart(int64_t x, int64_t y, const TilePlace &whole) const noexcept;
+    uint32_t KeyOf(uint8_t tile) const noexcept { return isKeyed_ ? sheet_.KeyOf(tile) : 0; }
+    void PaintPart(int64_t x, int64_t y, uint8_t tile) const noexcept;
     uint8_t *PixelAt(int64_t x, int64_t y) const noexcept {
         return target_.Row(static_cast<int32_t>(y)) + 4 * x;
     }
