@@ -17,6 +17,5 @@ struct ChecksumKernels {
 };
 
 extern const ChecksumKernels kAvx2Checksum;
-extern const ChecksumKernels kAvx512Checksum;
 
 }  // namespace fenlight

@@ -20,7 +20,7 @@ void XorBytesPlain(uint8_t *__restrict bytes, const uint8_t *__restrict mask, in
 constexpr CipherKernels kPlainCipher{XorBytesPlain};
 
 #if defined(__x86_64__)
-constexpr KernelVersions<CipherKernels> kCiphers{&kPlainCipher, nullptr, &kAvx2Cipher, &kAvx512Cipher};
+constexpr KernelVersions<CipherKernels> kCiphers{&kPlainCipher, nullptr, &kAvx2Cipher};
 #else
 constexpr KernelVersions<CipherKernels> kCiphers{&kPlainCipher};
 #endif

@@ -18,6 +18,5 @@ struct CipherKernels {
 };
 
 extern const CipherKernels kAvx2Cipher;
-extern const CipherKernels kAvx512Cipher;
 
 }  // namespace fenlight

@@ -13,7 +13,10 @@ namespace fenlight {
 namespace {
 
 constexpr size_t kBatch = 128;
-constexpr int64_t kChunk = 32;
+// Most runs of a text are no longer than this, and copying it whole costs less than a loop whose end cannot
+// be foretold.
+constexpr int64_t kRunChunk = 128;
+constexpr int64_t kReplacementChunk = 32;
 
 // Where a careless copy may read and write.
 struct Bounds {
@@ -22,12 +25,13 @@ struct Bounds {
 };
 
 // Copies in whole chunks where both sides have room for one more than needed.
+template <int64_t chunk>
 void CopyRun(uint8_t *destination, const uint8_t *source, int64_t count, const Bounds &bounds) {
-    if (count + kChunk > bounds.sourceEnd - source || count + kChunk > bounds.outputEnd - destination) {
+    if (count + chunk > bounds.sourceEnd - source || count + chunk > bounds.outputEnd - destination) {
         std::memcpy(destination, source, static_cast<size_t>(count));
         return;
     }
-    for (int64_t i = 0; i < count; i += kChunk) std::memcpy(destination + i, source + i, kChunk);
+    for (int64_t i = 0; i < count; i += chunk) std::memcpy(destination + i, source + i, chunk);
 }
 
 // Writes the output run by run: the text before a match, the replacement, and so on.
@@ -50,8 +54,8 @@ class RunWriter {
         for (const int64_t match : matches) {
             WriteUpTo(match, outputEnd);
             from_ += Length(search_);
-            CopyRun(end_, replacementBytes_.data(), Length(replacement_),
-                    {replacementBytes_.data() + replacementBytes_.size(), outputEnd});
+            CopyRun<kReplacementChunk>(end_, replacementBytes_.data(), Length(replacement_),
+                                       {replacementBytes_.data() + replacementBytes_.size(), outputEnd});
             end_ += Length(replacement_);
         }
     }
@@ -66,7 +70,7 @@ class RunWriter {
 
     void WriteUpTo(int64_t position, const uint8_t *outputEnd) {
         const int64_t count = position - from_;
-        CopyRun(end_, source_.data() + from_, count, {source_.data() + source_.size(), outputEnd});
+        CopyRun<kRunChunk>(end_, source_.data() + from_, count, {source_.data() + source_.size(), outputEnd});
         from_ = position;
         end_ += count;
     }
@@ -76,7 +80,7 @@ class RunWriter {
     int64_t from_ = 0;
     uint8_t *end_;
     TextSpan replacement_;
-    std::array<uint8_t, 2 * kChunk> padded_{};
+    std::array<uint8_t, 2 * kReplacementChunk> padded_{};
     TextSpan replacementBytes_ = replacement_;
 };
 

@@ -22,7 +22,7 @@ int64_t ExpandTabsPlain(const uint8_t *source, int64_t length, uint8_t *destinat
 }
 
 #if defined(__x86_64__)
-constexpr KernelVersions<TabKernels> kTabs{&kPlainTabs, nullptr, &kAvx2Tabs, &kAvx512Tabs};
+constexpr KernelVersions<TabKernels> kTabs{&kPlainTabs, nullptr, &kAvx2Tabs};
 #else
 constexpr KernelVersions<TabKernels> kTabs{&kPlainTabs};
 #endif

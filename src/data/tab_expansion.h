@@ -20,6 +20,5 @@ struct TabKernels {
 
 extern const TabKernels kPlainTabs;
 extern const TabKernels kAvx2Tabs;
-extern const TabKernels kAvx512Tabs;
 
 }  // namespace fenlight

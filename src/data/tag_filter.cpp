@@ -8,26 +8,15 @@
 namespace fenlight {
 namespace {
 
-struct DirectOutput {
-    uint8_t *const start;
-    uint8_t *end;
-
-    void Write(uint8_t byte) { *end++ = byte; }
-    void TakeBack() {
-        if (end != start) --end;
-    }
-};
-
 int64_t FilterTagsPlain(const uint8_t *source, int64_t length, uint8_t *destination,
                         const TagRule &rule) noexcept {
-    DirectOutput output{destination, destination};
-    bool isInTag = false;
-    for (int64_t i = 0; i < length; ++i) FilterByte(source[i], rule, isInTag, output);
-    return output.end - output.start;
+    TagBytes output{destination, destination, 0};
+    FilterByteByByte(source, length, rule, false, output);
+    return output.end - destination;
 }
 
 #if defined(__x86_64__)
-constexpr KernelVersions<TagKernels> kTags{&kPlainTags, nullptr, &kAvx2Tags, &kAvx512Tags};
+constexpr KernelVersions<TagKernels> kTags{&kPlainTags, nullptr, &kAvx2Tags};
 #else
 constexpr KernelVersions<TagKernels> kTags{&kPlainTags};
 #endif

@@ -32,6 +32,5 @@ struct TagKernels {
 
 extern const TagKernels kPlainTags;
 extern const TagKernels kAvx2Tags;
-extern const TagKernels kAvx512Tags;
 
 }  // namespace fenlight
