@@ -1,8 +1,10 @@
 /* SPDX-License-Identifier: Zlib */
-/* A summer meadow full of sprites: wanderers that face the way they go, fish on patrol in the pond, ladybirds
- * in a cage, butterflies that follow the wanderers, balloons on waypoints, birds on line paths, fireworks
- * that run once, and flowers that are stamped into the ground. With a display it runs until the window is
- * closed, without one for five seconds.
+/* A country of tiles, 1600 x 1200, that scrolls under a view of 640 x 480 after a wanderer in red. Wanderers
+ * on the road and in the village (who stands further down is in front), fish on patrol, ladybirds in a cage,
+ * butterflies that follow wanderers, balloons on waypoints, birds on line paths, fireworks that run once,
+ * flowers that are stamped into the ground, coins to collect. Compass, purse and lanterns are fixed to the
+ * view; what is far outside the view is switched off. With a display it runs until the window is closed,
+ * without one for five seconds.
  *
  *   showcase [--picture FILE] [--seconds N] [--assets FOLDER/]
  */
@@ -13,23 +15,39 @@
 #include <string.h>
 
 #include "picture_file.h"
+#include "showcase_world.h"
 
 #ifndef FENLIGHT_ASSETS
 #define FENLIGHT_ASSETS "assets/"
 #endif
 
-enum { kWidth = 800, kHeight = 600, kGround = 345, kLowest = 500 }; /* walkers keep above the flower bed */
-enum { kWalkers = 24, kFish = 4, kLadybirds = 5, kButterflies = 6, kBirds = 8, kCoins = 12, kLanterns = 4 };
+enum { kWidth = 640, kHeight = 480, kStays = 888888 /* a setting that InitSpriteBackground leaves alone */ };
+enum {
+    kWalkers = 40,
+    kOnRoad = 26,
+    kFish = 6,
+    kLadybirds = 5,
+    kButterflies = 10,
+    kBirds = 14,
+    kBalloons = 3
+};
+enum { kCoins = 24, kPurse = 8, kLanterns = 4, kMostSprites = 128 };
+enum { kCageLeft = 590, kCageTop = 580, kCageRight = 700, kCageBottom = 670 };
 enum { kPollMs = 20, kHeadlessSeconds = 5 };
 
 static struct {
-    uintptr_t walkers[3], fish, bird, butterfly, ladybird, balloon, coin, burst, flower, lantern, clean, back;
+    uintptr_t walkers[3], fish, bird, butterfly, ladybird, balloon, coin, burst, flower, lantern, compass,
+        ground, things, clean, back;
     HDC screen;
 } stage;
 
-static uintptr_t walkers[kWalkers], birds[kBirds], ladybirds[kLadybirds], coins[kCoins], burst, flower,
-    tracer;
-static int created, deleted;
+/* Sprites of the world that live as long as the showcase, and can be switched off by their table. */
+static uintptr_t residents[kMostSprites];
+static int residentCount;
+
+static uintptr_t hero, byDepth[kWalkers], strollers[kWalkers - kOnRoad], birds[kBirds], ladybirds[kLadybirds];
+static uintptr_t coins[kCoins], purse[kPurse], compass, burst, flower, tracer;
+static int purseCount, created, deleted;
 
 static int32_t Between(int32_t lowest, int32_t highest) {
     int32_t number;
@@ -46,24 +64,30 @@ static uintptr_t Load(const char *folder, const char *name) {
 }
 
 static int LoadStage(const char *folder, HWND window) {
+    const struct {
+        uintptr_t *image;
+        const char *name;
+    } pictures[] = {{&stage.walkers[0], "walker_red.png"},
+                    {&stage.walkers[1], "walker_blue.png"},
+                    {&stage.walkers[2], "walker_green.png"},
+                    {&stage.fish, "fish.png"},
+                    {&stage.bird, "bird.png"},
+                    {&stage.butterfly, "butterfly.png"},
+                    {&stage.ladybird, "ladybird.png"},
+                    {&stage.balloon, "balloon.png"},
+                    {&stage.coin, "coin.png"},
+                    {&stage.burst, "burst.png"},
+                    {&stage.flower, "flower.png"},
+                    {&stage.lantern, "lantern.png"},
+                    {&stage.compass, "compass.png"},
+                    {&stage.ground, "meadow_tiles.png"},
+                    {&stage.things, "meadow_things.png"}};
+    for (size_t i = 0; i < sizeof pictures / sizeof *pictures; ++i)
+        if ((*pictures[i].image = Load(folder, pictures[i].name)) == 0) return 0;
     stage.screen = GetDC(window);
-    stage.clean = Load(folder, "meadow.jpg");
-    stage.walkers[0] = Load(folder, "walker_red.png");
-    stage.walkers[1] = Load(folder, "walker_blue.png");
-    stage.walkers[2] = Load(folder, "walker_green.png");
-    stage.fish = Load(folder, "fish.png");
-    stage.bird = Load(folder, "bird.png");
-    stage.butterfly = Load(folder, "butterfly.png");
-    stage.ladybird = Load(folder, "ladybird.png");
-    stage.balloon = Load(folder, "balloon.png");
-    stage.coin = Load(folder, "coin.png");
-    stage.burst = Load(folder, "burst.png");
-    stage.flower = Load(folder, "flower.png");
-    stage.lantern = Load(folder, "lantern.png");
-    stage.back = CreateImage(stage.screen, kWidth, kHeight);
-    return stage.clean && stage.walkers[0] && stage.walkers[1] && stage.walkers[2] && stage.fish &&
-           stage.bird && stage.butterfly && stage.ladybird && stage.balloon && stage.coin && stage.burst &&
-           stage.flower && stage.lantern && stage.back;
+    stage.clean = CreateImage(stage.screen, kWorldWidth, kWorldHeight);
+    stage.back = CreateImage(stage.screen, kWorldWidth, kWorldHeight);
+    return stage.clean != 0 && stage.back != 0;
 }
 
 /* A rail round the ladybirds' cage, drawn into the background. */
@@ -82,15 +106,30 @@ static void DrawCage(int32_t left, int32_t top, int32_t right, int32_t bottom) {
     DeleteObject(pens[1]);
 }
 
-/* Even walkers keep to the meadow's far edge, odd ones to its left part: none walks into the pond. */
-static int32_t WalkerX(int walker) { return walker % 2 ? Between(150, 330) : Between(10, 750); }
-static int32_t WalkerY(int walker) { return walker % 2 ? Between(kGround, kLowest) : Between(kGround, 380); }
+/* In a view both, the clean background and the back buffer, hold the whole world. */
+static void PaintBackground(void) {
+    PaintWorld(stage.clean, stage.ground, stage.things);
+    DrawCage(kCageLeft, kCageTop, kCageRight, kCageBottom);
+    BitBlt(stage.back, 0, 0, kWorldWidth, kWorldHeight, stage.clean, 0, 0, SRCCOPY);
+    InitSpriteBackground(1, kWidth, kHeight, 0, 0, 0, 0);
+}
 
 static uintptr_t Put(uintptr_t strips, int32_t row, int32_t width, int32_t height, int32_t frames,
                      int32_t delay, int32_t x, int32_t y, int32_t speed) {
     ++created;
     return InitSprite(strips, stage.screen, stage.back, stage.clean, 0, row * height, width, height, frames,
                       Between(1, frames), delay, x, y, speed, speed);
+}
+
+static uintptr_t Settle(uintptr_t sprite) {
+    if (residentCount < kMostSprites) residents[residentCount++] = sprite;
+    return sprite;
+}
+
+/* Its place is one on the screen from now on, wherever the view goes. */
+static uintptr_t FixToView(uintptr_t sprite) {
+    SpriteScrollMode(sprite, 1);
+    return sprite;
 }
 
 /* One strip a facing, from top to bottom: standing, then up and right and on clockwise. */
@@ -103,112 +142,197 @@ static void FaceRightOrLeft(uintptr_t sprite, int32_t height) {
     for (int32_t facing = 5; facing <= 7; ++facing) SetSpriteAnimMove(sprite, facing, 0, height);
 }
 
-static void PutWalkers(void) {
-    for (int i = 0; i < kWalkers; ++i) {
-        walkers[i] = Put(stage.walkers[i % 3], 0, 32, 40, 4, 7, WalkerX(i), WalkerY(i), 1 + i % 2);
-        FaceAllWays(walkers[i], 40);
-        SlowDownSprite(walkers[i], i % 3 == 0, i % 3 == 0);
-    }
+/* Half of those on the road go round it one way, the others the other way, each on his side. */
+static void SendAlongRoad(uintptr_t walker, int number) {
+    static int16_t wayBack[2 * kRoadPoints];
+    const int start = number == 0 ? 0 : Between(0, kRoadPoints - 1), isBack = number % 2;
+    for (int i = 0; i < kRoadPoints; ++i)
+        memcpy(wayBack + 2 * i, Road + 2 * (kRoadPoints - 1 - i), 2 * sizeof *wayBack);
+    const int16_t *way = isBack ? wayBack : Road;
+    const int32_t baseX = isBack ? -8 : -24, baseY = isBack ? -30 : -40;
+    const int32_t x = way[2 * start] + baseX, y = way[2 * start + 1] + baseY;
+    SetSpritePos(walker, x, y, x, y);
+    MoveSpriteWithTable(walker, way, kRoadPoints, baseX, baseY, start);
 }
 
-static void PutPondAndCage(void) {
+static int32_t VillageX(void) { return Between(240, 700); }
+static int32_t VillageY(void) { return Between(430, 480); }
+
+static void PutWalkers(void) {
+    for (int i = 0; i < kWalkers; ++i) {
+        const int32_t speed = i == 0 ? 2 : 1;
+        byDepth[i] = Settle(
+            Put(stage.walkers[i == 0 ? 0 : 1 + i % 2], 0, 32, 40, 4, 7, VillageX(), VillageY(), speed));
+        FaceAllWays(byDepth[i], 40);
+        if (i < kOnRoad)
+            SendAlongRoad(byDepth[i], i);
+        else
+            strollers[i - kOnRoad] = byDepth[i];
+    }
+    hero = byDepth[0];
+}
+
+static void PutLakeAndCage(void) {
     for (int i = 0; i < kFish; ++i) {
-        const uintptr_t fish = Put(stage.fish, 0, 28, 18, 4, 6, 440 + 60 * i, 456 + 21 * i, 1);
+        const int32_t left = i < 4 ? 980 + 10 * i : 260, right = i < 4 ? 1340 - 10 * i : 460;
+        const int32_t y = i < 4 ? 310 + 40 * i : 700 + 30 * i;
+        const uintptr_t fish = Settle(Put(stage.fish, 0, 28, 18, 4, 6, left + 50 * (i % 4), y, 1));
         FaceRightOrLeft(fish, 18);
-        SpriteMovingRect(fish, 425 + 8 * i, -1, 690 - 6 * i, -1);
-        MoveSprite(fish, i % 2 ? 425 + 8 * i : 690 - 6 * i, 456 + 21 * i);
+        SpriteMovingRect(fish, left, -1, right, -1);
+        MoveSprite(fish, i % 2 ? left : right, y);
     }
     for (int i = 0; i < kLadybirds; ++i) {
-        ladybirds[i] = Put(stage.ladybird, 0, 20, 20, 4, 4, 34 + 16 * i, 440 + 13 * i, 1);
+        const int32_t x = kCageLeft + 10 + 16 * i, y = kCageTop + 10 + 13 * i;
+        ladybirds[i] = Settle(Put(stage.ladybird, 0, 20, 20, 4, 4, x, y, 1));
         FaceAllWays(ladybirds[i], 20);
-        SetSpriteCage(ladybirds[i], 20, 430, 112, 502, 30 + 16 * i, 466); /* at the rail they are back home */
+        SetSpriteCage(ladybirds[i], kCageLeft, kCageTop, kCageRight - 20, kCageBottom - 20, x, kCageTop + 40);
     }
 }
 
 static void PutFliers(void) {
-    static const int16_t route[] = {60, 60, 420, 30, 700, 110, 480, 180, 200, 150};
-    for (int i = 0; i < 2; ++i) {
-        const uintptr_t balloon = Put(stage.balloon, i, 34, 52, 6, 10, 60 + 500 * i, 60 + 40 * i, 1);
-        MoveSpriteWithTable(balloon, route, 5, 10 * i, 14 * i, i * 2);
+    static const int16_t route[] = {200, 160, 820, 60, 1400, 210, 1380, 900, 900, 640, 420, 980, 120, 620};
+    for (int i = 0; i < kButterflies; ++i) {
+        const uintptr_t butterfly =
+            Settle(Put(stage.butterfly, i % 3, 22, 20, 4, 5, VillageX(), VillageY(), 2));
+        AttachSprite(butterfly, byDepth[i * 4], i % 2 ? 26 : -18, -14);
     }
     for (int i = 0; i < kBirds; ++i) {
-        birds[i] = Put(stage.bird, 0, 36, 28, 4, 5, Between(0, 760), Between(20, 220), 2 + i % 3);
+        birds[i] = Settle(
+            Put(stage.bird, 0, 36, 28, 4, 5, Between(0, kWorldWidth), Between(0, kWorldHeight), 2 + i % 3));
         FaceRightOrLeft(birds[i], 28);
         SetSpriteMovingMode(birds[i], 1);
     }
-    for (int i = 0; i < kButterflies; ++i) {
-        const uintptr_t butterfly = Put(stage.butterfly, i % 3, 22, 20, 4, 5, Between(0, 780), 360, 2);
-        AttachSprite(butterfly, walkers[i * 4], i % 2 ? 26 : -18, -14);
+    for (int i = 0; i < kBalloons; ++i) {
+        const int32_t start = 2 * i;
+        const uintptr_t balloon = Settle(
+            Put(stage.balloon, i % 2, 34, 52, 6, 10, route[2 * start] + 60 * i, route[2 * start + 1], 1));
+        MoveSpriteWithTable(balloon, route, 7, 60 * i, 14 * i, start + 1);
     }
 }
 
-static void PutStillLife(void) {
-    coins[0] = Put(stage.coin, 0, 18, 18, 6, 6, 250, 400, 2);
-    for (int i = 1; i < kCoins; ++i) {
-        coins[i] = CopySprite(coins[0]);
-        ++created;
-        SetSpritePos(coins[i], 250 + 16 * i, 400 + (i % 4) * 3, 250 + 16 * i, 400);
-    }
-    const uintptr_t first = Put(stage.lantern, 0, 16, 16, 6, 8, 410, 300, 1);
+static void PutInstruments(void) {
+    compass = FixToView(Put(stage.compass, 0, 48, 48, 1, 0, kWidth - 60, 12, 0));
+    const uintptr_t first = FixToView(Put(stage.lantern, 0, 16, 16, 6, 8, 10, kHeight - 26, 0));
     for (int i = 1; i < kLanterns; ++i) {
-        AttachSpriteAnim(Put(stage.lantern, 0, 16, 16, 6, 8, 410 + (i % 2 ? -1 : 1) * 14 * i, 304, 1), first);
+        const uintptr_t lantern = Put(stage.lantern, 0, 16, 16, 6, 8, 10 + 201 * i, kHeight - 26, 0);
+        AttachSpriteAnim(FixToView(lantern), first);
     }
-    /* Never seen, one pixel further in each frame: its X counts the frames. */
-    tracer = Put(stage.lantern, 0, 1, 1, 1, 0, 0, -100, 1);
-    MoveSprite(tracer, 1000000000, -100);
 }
 
-/* A bang somewhere over the meadow; the sprite goes when its one run is over. */
+/* Coins lie on the road, under the feet of those who walk there. */
+static void PutCoin(int coin) {
+    const int point = Between(0, kRoadPoints - 1);
+    coins[coin] = Put(stage.coin, 0, 18, 18, 6, 6, Road[2 * point] - 9, Road[2 * point + 1] - 9, 0);
+    SetSpriteLayer(coins[coin], 2);
+}
+
+static void Remove(uintptr_t sprite) {
+    DeleteSprite(sprite);
+    ++deleted;
+}
+
+/* What the hero walks over goes into the purse, which is emptied when it is full. */
+static void CollectCoins(void) {
+    const int32_t x = GetSpriteX(hero) + 16, y = GetSpriteY(hero) + 36;
+    for (int i = 0; i < kCoins; ++i) {
+        if (abs(GetSpriteX(coins[i]) + 9 - x) > 18 || abs(GetSpriteY(coins[i]) + 9 - y) > 18) continue;
+        Remove(coins[i]);
+        PutCoin(i);
+        if (purseCount == kPurse)
+            while (purseCount > 0) Remove(purse[--purseCount]);
+        purse[purseCount] = FixToView(Put(stage.coin, 0, 18, 18, 6, 6, 14 + 22 * purseCount, 14, 0));
+        ++purseCount;
+    }
+}
+
+/* Neighbours in the order of drawing change places when the one behind stands further down. */
+static void SortByDepth(void) {
+    for (int i = 0; i + 1 < kWalkers; ++i) {
+        if (GetSpriteY(byDepth[i]) <= GetSpriteY(byDepth[i + 1])) continue;
+        SwapSpriteLayers(byDepth[i], byDepth[i + 1]);
+        const uintptr_t sprite = byDepth[i];
+        byDepth[i] = byDepth[i + 1];
+        byDepth[i + 1] = sprite;
+    }
+}
+
+static int32_t Clamp(int32_t number, int32_t lowest, int32_t highest) {
+    return number < lowest ? lowest : number > highest ? highest : number;
+}
+
+/* The view follows the hero, the sooner the further he is from its middle, and never leaves the world. */
+static void FollowHero(void) {
+    int32_t infos[7];
+    GetBackgroundInfos(infos);
+    const int32_t goalX = Clamp(GetSpriteX(hero) + 16 - kWidth / 2, 0, kWorldWidth - kWidth);
+    const int32_t goalY = Clamp(GetSpriteY(hero) + 20 - kHeight / 2, 0, kWorldHeight - kHeight);
+    const int32_t stepX = Clamp((goalX - infos[3]) / 16, -4, 4),
+                  stepY = Clamp((goalY - infos[4]) / 16, -4, 4);
+    InitSpriteBackground(kStays, kStays, kStays, kStays, kStays, stepX, stepY);
+
+    /* Only corners count: half a balloon may still be seen where its corner is outside. */
+    const int32_t left = infos[3] - 64, top = infos[4] - 64;
+    const int32_t right = infos[3] + kWidth + 16, bottom = infos[4] + kHeight + 16;
+    VisualTableFix(residents, residentCount * (int)sizeof *residents, left, top, right, bottom);
+    SetSpriteAnim(compass, 48 * GetSpriteMoveXY(hero), 0, 48, 48, 1, 1, 0);
+}
+
+/* A bang over the land that is seen; the sprite goes when its one run is over. */
 static void KeepBursting(void) {
     if (burst != 0 && GetSpriteAnimModeStatus(burst) == 0) return;
-    if (burst != 0) {
-        DeleteSprite(burst);
-        ++deleted;
-    }
-    burst = Put(stage.burst, 0, 48, 48, 10, 4, Between(60, 700), Between(40, 240), 0);
+    if (burst != 0) Remove(burst);
+    int32_t infos[7];
+    GetBackgroundInfos(infos);
+    burst = Put(stage.burst, 0, 48, 48, 10, 4, infos[3] + Between(60, 540), infos[4] + Between(40, 240), 0);
     SetSpriteAnim(burst, 0, 0, 48, 48, 10, 1, 4);
     SetSpriteAnimMode(burst, 1);
+    BringSpriteToTop(compass); /* whatever bangs there */
 }
 
-/* A flower is stamped into the background, and its sprite is no longer needed. */
+/* A flower is stamped into the background, and its sprite is no longer needed. It lies behind all others
+ * first: whoever stands behind it would be stamped too. */
 static void KeepPlanting(int poll) {
     if (poll % 15 == 0) {
-        flower = Put(stage.flower, 0, 20, 28, 1, 0, Between(150, 760), Between(546, 572), 0);
+        const int point = Between(0, kRoadPoints - 1);
+        flower = Put(stage.flower, 0, 20, 28, 1, 0, Road[2 * point] + (point % 2 ? 32 : -52),
+                     Road[2 * point + 1] - 20, 0);
         SetSpriteAnim(flower, 20 * Between(0, 3), 0, 20, 28, 1, 1, 0);
+        SetSpriteLayer(flower, 2);
+    } else if (poll % 15 == 5) {
         SpriteToHDC(flower);
     } else if (poll % 15 == 10) {
-        DeleteSprite(flower);
-        ++deleted;
+        Remove(flower);
     }
 }
 
 static void Direct(int poll) {
-    for (int i = 0; i < kWalkers; ++i) {
-        if (HasSpriteArrived(walkers[i]) && Between(1, 12) == 1)
-            MoveSprite(walkers[i], WalkerX(i), WalkerY(i));
-    }
-    for (int i = 0; i < kBirds; ++i) {
-        if (HasSpriteArrived(birds[i])) MoveSprite(birds[i], Between(-30, 790), Between(10, 240));
-    }
-    for (int i = 0; i < kLadybirds; ++i) {
-        if (HasSpriteArrived(ladybirds[i])) MoveSprite(ladybirds[i], Between(10, 120), Between(420, 510));
-    }
-    if (poll % 40 == 20) { /* a coin vanishes, another one falls */
-        const int i = (poll / 40) % kCoins;
-        DeleteSprite(coins[i]);
-        ++deleted;
-        coins[i] = Put(stage.coin, 0, 18, 18, 6, 6, 250 + 16 * i, 300, 2);
-        MoveSprite(coins[i], 250 + 16 * i, 400);
-    }
+    for (int i = 0; i < kWalkers - kOnRoad; ++i)
+        if (HasSpriteArrived(strollers[i]) && Between(1, 12) == 1)
+            MoveSprite(strollers[i], VillageX(), VillageY());
+    for (int i = 0; i < kBirds; ++i)
+        if (HasSpriteArrived(birds[i]))
+            MoveSprite(birds[i], Between(-30, kWorldWidth), Between(-20, kWorldHeight));
+    for (int i = 0; i < kLadybirds; ++i)
+        if (HasSpriteArrived(ladybirds[i]))
+            MoveSprite(ladybirds[i], Between(kCageLeft - 10, kCageRight),
+                       Between(kCageTop - 10, kCageBottom));
+    FollowHero();
+    SortByDepth();
+    CollectCoins();
     KeepBursting();
     KeepPlanting(poll);
     if (poll % 200 == 199) CleanUp(0);
 }
 
-static void PaintBackground(void) {
-    DrawCage(20, 430, 130, 520);
-    BitBlt(stage.back, 0, 0, kWidth, kHeight, stage.clean, 0, 0, SRCCOPY);
-    BitBlt(stage.screen, 0, 0, kWidth, kHeight, stage.clean, 0, 0, SRCCOPY);
+static void PutAll(void) {
+    /* Never seen, one pixel further in each frame: its X counts the frames. */
+    tracer = Put(stage.lantern, 0, 1, 1, 1, 0, 0, -100, 1);
+    MoveSprite(tracer, 1000000000, -100);
+    PutLakeAndCage();
+    PutWalkers();
+    PutFliers();
+    PutInstruments();
+    for (int i = 0; i < kCoins; ++i) PutCoin(i);
 }
 
 /* Until the window is closed, or for some seconds where nobody can close it. */
@@ -247,10 +371,7 @@ int main(int argumentCount, char **arguments) {
     const HWND window = OpenWindow("Fenlight showcase", kWidth, kHeight);
     if (window == 0 || !LoadStage(assets, window)) return 1;
     PaintBackground();
-    PutWalkers();
-    PutPondAndCage();
-    PutFliers();
-    PutStillLife();
+    PutAll();
     Run(window, seconds);
 
     StopAllSprites(1); /* a picture of one moment */

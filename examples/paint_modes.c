@@ -1,0 +1,131 @@
+/* SPDX-License-Identifier: Zlib */
+/* A balloon painted over a landscape in every mode of PaintImage, side by side, with borders and curves
+ * below. The landscape is a tile map, and so is all text: a line is a map of characters, the font a strip of
+ * tiles.
+ *
+ *   paint_modes [FILE.png]
+ */
+#include <fenlight/fenlight.h>
+#include <fenlight/platform.h>
+#include <stdio.h>
+
+#include "picture_file.h"
+
+#ifndef FENLIGHT_ASSETS
+#define FENLIGHT_ASSETS "assets/"
+#endif
+
+enum { kColumns = 6, kCellWidth = 116, kCellHeight = 142, kWidth = kColumns * kCellWidth, kHeight = 504 };
+enum { kLandWidth = 80, kLandHeight = 112, kBalloonWidth = 68, kBalloonHeight = 104, kTile = 16 };
+enum { kLetterWidth = 8, kLetterHeight = 10, kLetters = 128, kTransparent = -1 };
+
+static const char *const kNames[] = {"SRCCOPY",    "SRCAND",      "SRCPAINT",  "SRCINVERT",  "DSTINVERT",
+                                     "NOTSRCCOPY", "NOTSRCERASE", "MERGECOPY", "MERGEPAINT", "PATCOPY",
+                                     "PATPAINT",   "PATINVERT",   "SRCERASE",  "BLACKNESS",  "WHITENESS"};
+
+static HDC picture, land, balloon, font;
+
+static void FillArea(HDC dc, COLORREF colour, int x, int y, int width, int height) {
+    ColorFillImage(dc, colour, x, y, x + width, y + height);
+}
+
+/* Letters of 3 x 5 points, a row to an octal digit from the top, drawn with points of 2 x 2 pixels. The rest
+ * of each tile, its top right pixel too, is white and becomes transparent. */
+static void DrawFont(void) {
+    static const struct {
+        char letter;
+        int rows;
+    } kGlyphs[] = {{'-', 000700}, {'0', 075557}, {'1', 026227}, {'2', 071747}, {'3', 071717}, {'4', 055711},
+                   {'5', 074717}, {'6', 074757}, {'7', 071222}, {'8', 075757}, {'9', 075717}, {'A', 025755},
+                   {'B', 065656}, {'C', 034443}, {'D', 065556}, {'E', 074647}, {'F', 074644}, {'G', 034553},
+                   {'H', 055755}, {'I', 072227}, {'K', 055655}, {'L', 044447}, {'M', 057755}, {'N', 065555},
+                   {'O', 025552}, {'P', 065644}, {'R', 065655}, {'S', 034216}, {'T', 072222}, {'U', 055557},
+                   {'V', 055522}, {'W', 055775}, {'Y', 055222}};
+    FillArea(font, 0xFFFFFF, 0, 0, kLetters * kLetterWidth, kLetterHeight);
+    for (size_t i = 0; i < sizeof kGlyphs / sizeof *kGlyphs; ++i)
+        for (int point = 0; point < 15; ++point)
+            if (kGlyphs[i].rows >> (14 - point) & 1)
+                FillArea(font, 0x402000, kGlyphs[i].letter * kLetterWidth + point % 3 * 2, point / 3 * 2, 2,
+                         2);
+}
+
+static void Write(const char *text, int x, int y) {
+    SetTiles(font, 0, (int)strlen(text), 1, kLetterWidth, kLetterHeight, (const uint8_t *)text, 0, 0, 0,
+             picture, x, y, kTransparent, 0);
+}
+
+/* Sky, a hill's left and right side, its inside, meadow. */
+static int DrawLand(void) {
+    static const uint8_t kMap[7 * 5] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 0, 0, 1, 3,
+                                        3, 2, 1, 3, 3, 3, 3, 4, 4, 4, 4, 4, 4, 4, 4, 4, 4};
+    HDC tiles = CreateImage(GetDC(0), 5 * kTile, kTile);
+    if (!tiles) return 0;
+    FillArea(tiles, 0xF0C890, 0, 0, 3 * kTile, kTile);
+    FillArea(tiles, 0x60A070, 3 * kTile, 0, kTile, kTile);
+    FillArea(tiles, 0x40B860, 4 * kTile, 0, kTile, kTile);
+    for (int i = 0; i < kTile; ++i) {
+        FillArea(tiles, 0x60A070, kTile + i, kTile - 1 - i, 1, 1 + i);
+        FillArea(tiles, 0x60A070, 2 * kTile + i, i, 1, kTile - i);
+        FillArea(tiles, 0x308048, 4 * kTile + i * 7 % kTile, i, 2, 1);
+    }
+    SetTiles(tiles, 0, 5, 7, kTile, kTile, kMap, 5, 0, 0, land, 0, 0, 0, 0);
+    return FreeImage(tiles);
+}
+
+static void ShowMode(int cell, const char *name, HDC first, int mode, HDC second) {
+    const int x = cell % kColumns * kCellWidth + 16, y = cell / kColumns * kCellHeight + 10;
+    char label[20];
+    PaintImage(picture, x, y, kLandWidth, kLandHeight, first, 0, 0, 0);
+    if (second) PaintImage(picture, x + 6, y + 4, kBalloonWidth, kBalloonHeight, second, 0, 0, mode);
+    Frame(picture, 0x808080, 0xFFFFFF, x - 1, y - 1, x + kLandWidth, y + kLandHeight, 2); /* sunken */
+    if (second)
+        snprintf(label, sizeof label, "%d %s", mode, name);
+    else
+        snprintf(label, sizeof label, "%s", name);
+    Write(label, x + kLandWidth / 2 - (int)strlen(label) * kLetterWidth / 2, y + kLandHeight + 8);
+}
+
+static void ShowBordersAndCurves(int y) {
+    HPEN pen = CreatePen(PS_SOLID, 1, 0x2020C0);
+    HGDIOBJ before = SelectObject(picture, pen);
+    Frame(picture, 0xFFFFFF, 0x808080, 40, y + 10, 110, y + 40, 3);
+    Write("RAISED", 52, y + 20);
+    Frame(picture, 0x808080, 0xFFFFFF, 150, y + 10, 220, y + 40, 3);
+    Write("SUNKEN", 162, y + 20);
+    Frame(picture, 0xFFFFFF, 0x808080, 262, y + 14, 332, y + 36, 10);
+    Write("THICK", 278, y + 20);
+    for (int i = 0; i < 9; ++i) Curve(picture, 390, y + 48, 470, y - 32 + 20 * i, 560, y + 48);
+    Write("CURVES", 580, y + 20);
+    SelectObject(picture, before);
+    DeleteObject(pen);
+}
+
+int main(int count, char **arguments) {
+    HDC screen = GetDC(0), strip = LoadFileImage(FENLIGHT_ASSETS "balloon.png");
+    picture = CreateImage(screen, kWidth, kHeight);
+    land = CreateImage(screen, kLandWidth, kLandHeight);
+    balloon = CreateImage(screen, kBalloonWidth, kBalloonHeight);
+    font = CreateImage(screen, kLetters * kLetterWidth, kLetterHeight);
+    if (!strip || !picture || !land || !balloon || !font || !DrawLand()) return 1;
+    DrawFont();
+    SizeImage(balloon, 0, 0, kBalloonWidth, kBalloonHeight, strip, 0, 0, kBalloonWidth / 2,
+              kBalloonHeight / 2, 0);
+
+    HBRUSH brush = CreateSolidBrush(0x3090F0); /* the pattern of PATCOPY and its kin: orange */
+    HGDIOBJ before = SelectObject(picture, brush);
+    FillArea(picture, 0xD8DCE0, 0, 0, kWidth, kHeight);
+    ShowMode(0, "TARGET", land, 0, 0);
+    FillArea(picture, 0xC0C0C0, kCellWidth + 16, 10, kLandWidth, kLandHeight);
+    ShowMode(1, "SOURCE", balloon, 0, 0);
+    ShowMode(2, "TRANSPARENT", land, kTransparent, balloon);
+    for (int mode = 0; mode < 15; ++mode) ShowMode(3 + mode, kNames[mode], land, mode, balloon);
+    ShowBordersAndCurves(3 * kCellHeight + 16);
+
+    const char *file = count > 1 ? arguments[1] : "paint_modes.png";
+    const int isWritten = WritePicture(file, picture, kWidth, kHeight);
+    if (!isWritten) fprintf(stderr, "paint_modes: cannot write %s\n", file);
+    SelectObject(picture, before);
+    DeleteObject(brush);
+    FreeAllImages();
+    return isWritten ? 0 : 1;
+}
