@@ -94,7 +94,7 @@ static void ShowBordersAndCurves(int y) {
     Write("SUNKEN", 162, y + 20);
     Frame(picture, 0xFFFFFF, 0x808080, 262, y + 14, 332, y + 36, 10);
     Write("THICK", 278, y + 20);
-    for (int i = 0; i < 9; ++i) Curve(picture, 390, y + 48, 470, y - 32 + 20 * i, 560, y + 48);
+    for (int i = 0; i < 9; ++i) Curve(picture, 390, y + 26, 470, y - 6 + 8 * i, 560, y + 26);
     Write("CURVES", 580, y + 20);
     SelectObject(picture, before);
     DeleteObject(pen);
