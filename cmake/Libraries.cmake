@@ -7,8 +7,10 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-set(FENLIGHT_PLATFORM_ROOMS platform_system platform_raster platform_graphics platform_window platform_pictures)
-set(FENLIGHT_ROOMS frame png images fx painting data packing particles paths sprites)
+set(FENLIGHT_PLATFORM_ROOMS platform_system platform_raster platform_graphics platform_window platform_pictures
+  platform_audio)
+set(FENLIGHT_ROOMS frame png images fx painting data packing sound particles paths
+  sprites)
 
 function(fenlight_shared_library TARGET OUTPUT SCRIPT)
   set(OBJECTS)
