@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <string_view>
 
@@ -36,26 +37,41 @@ constexpr std::array<uint8_t, 256> RankBytes() {
 // All different, so that equal ranks mean equal bytes.
 constexpr std::array<uint8_t, 256> kRanks = RankBytes();
 
-// Three positions with different bytes, if the pattern has so many, the rarest first. The first 64 bytes will
-// do to choose from.
-ProbedPattern ChooseProbes(const Pattern &pattern) noexcept {
-    ProbedPattern probed{pattern.bytes, pattern.length, {0, pattern.length - 1, pattern.length / 2}};
-    // So short a pattern is probed whole.
-    if (pattern.length <= 3) return probed;
+// Three places with different bytes, if the pattern has so many, the rarest first. A short text is not worth
+// a look at all of a long pattern.
+void ChooseProbes(ProbedPattern &pattern, int64_t candidates) noexcept {
     int ranks[3] = {256, 256, 256};
-    const int64_t end = std::min<int64_t>(pattern.length, 64);
+    const int64_t end =
+        std::min<int64_t>(pattern.length, pattern.pairs == nullptr ? 64 + candidates / 64 : 16);
     for (int64_t i = 0; i < end; ++i) {
         const int rank = kRanks[pattern.bytes[i]];
-        int place = 2;
         if (rank >= ranks[2] || rank == ranks[1] || rank == ranks[0]) continue;
+        int place = 2;
         for (; place > 0 && rank < ranks[place - 1]; --place) {
             ranks[place] = ranks[place - 1];
-            if (ranks[place] < 256) probed.probes[place] = probed.probes[place - 1];
+            if (ranks[place] < 256) pattern.probes[place] = pattern.probes[place - 1];
         }
         ranks[place] = rank;
-        probed.probes[place] = i;
+        pattern.probes[place] = i;
     }
-    return probed;
+}
+
+using PairMarks = std::array<uint8_t, 256>;
+
+// A long pattern of few different pairs lets a scan leap over its whole length where a text has none of them.
+// True: that beats looking at 64 places at a time, which needs no leaps.
+bool MarkPairs(const Pattern &pattern, PairMarks &marks) noexcept {
+    constexpr int64_t kMostPairs = 16;
+    if (pattern.length < 16) return false;
+    marks.fill(0);
+    const auto mark = [&](int64_t from, int64_t end) {
+        for (int64_t i = from; i < end; ++i) marks[HashPair(pattern.bytes[i], pattern.bytes[i + 1])] = 1;
+        return ChooseMemoryKernels().countEqual[0](marks.data(), std::ssize(marks), 1);
+    };
+    const int64_t pairs = pattern.length - 1, first = std::min<int64_t>(pairs, 64);
+    int64_t different = mark(0, first);
+    if (different <= kMostPairs && first < pairs) different = mark(first, pairs);
+    return different <= kMostPairs && pattern.length >= 16 * std::min<int64_t>(different, 3);
 }
 
 bool Matches(const uint8_t *text, int64_t at, const Pattern &pattern, int64_t from, int64_t count) noexcept {
@@ -110,47 +126,59 @@ ScanText<Sink> *ChooseScan() noexcept {
 // Gives the matches at the first `candidates` positions to `matches`. All bytes of them may be read.
 template <typename Sink>
 void ScanInside(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
-    int64_t from = 0;
-    if (pattern.length <= kLongestProbed) {
-        from = ChooseScan<Sink>()(ChooseProbes(pattern), text, candidates, matches);
+    ProbedPattern probed{pattern.bytes, pattern.length, {0, pattern.length - 1, pattern.length / 2}, nullptr};
+    PairMarks marks;
+    if (pattern.length > 3) {
+        ChooseProbes(probed, candidates);
+        if (MarkPairs(pattern, marks)) probed.pairs = marks.data();
     }
+    const int64_t from = ChooseScan<Sink>()(probed, text, candidates, matches);
     if (from < candidates && !matches.HasEnough()) {
         ChainMatches(text, from, candidates, pattern, matches);
     }
 }
 
-// For each length of a match that broke off, the longest beginning of the pattern that is also its end.
-struct Borders {
+// For each length of a match that broke off, the longest beginning of the pattern that is also its end. Known
+// as far as it was asked for.
+class Borders {
+  public:
     explicit Borders(const Pattern &pattern) noexcept
-        : lengths(static_cast<int32_t *>(
-              GlobalAlloc(GMEM_FIXED, static_cast<size_t>(pattern.length) * sizeof(int32_t)))) {
-        if (lengths == nullptr) return;
-        lengths[0] = 0;
-        int32_t length = 0;
-        for (int64_t i = 1; i < pattern.length; ++i) {
-            while (length > 0 && pattern.bytes[i] != pattern.bytes[length]) length = lengths[length - 1];
-            if (pattern.bytes[i] == pattern.bytes[length]) ++length;
-            lengths[i] = length;
-        }
-    }
-    ~Borders() { GlobalFree(lengths); }
+        : bytes_(pattern.bytes),
+          lengths_(static_cast<int32_t *>(
+              GlobalAlloc(GMEM_FIXED, static_cast<size_t>(pattern.length) * sizeof(int32_t)))) {}
+    ~Borders() { GlobalFree(lengths_); }
     Borders(const Borders &) = delete;
     Borders &operator=(const Borders &) = delete;
 
-    int32_t *lengths;
+    bool HasMemory() const noexcept { return lengths_ != nullptr; }
+
+    // `matched` is above 0.
+    int32_t Of(int64_t matched) noexcept {
+        for (; known_ < matched; ++known_) {
+            int32_t length = known_ > 0 ? lengths_[known_ - 1] : 0;
+            while (length > 0 && bytes_[known_] != bytes_[length]) length = lengths_[length - 1];
+            if (known_ > 0 && bytes_[known_] == bytes_[length]) ++length;
+            lengths_[known_] = length;
+        }
+        return lengths_[matched - 1];
+    }
+
+  private:
+    const uint8_t *bytes_;
+    int32_t *lengths_;
+    int64_t known_ = 0;
 };
 
 // The scan of Knuth, Morris and Pratt: it too reads no byte unless all before it match.
 void ScanWithBorders(const uint8_t *text, int64_t from, int64_t candidates, const Pattern &pattern,
-                     const Borders &borders, NthMatch &matches) noexcept {
-    int64_t at = from;
+                     Borders &borders, NthMatch &matches) noexcept {
     int64_t matched = 0;
-    while (at < candidates) {
+    for (int64_t at = from; at < candidates;) {
         while (matched < pattern.length && text[at + matched] == pattern.bytes[matched]) ++matched;
         if (matched == pattern.length && matches.Take(at)) return;
-        const int64_t border = matched > 0 ? borders.lengths[matched - 1] : 0;
+        const int64_t border = matched > 0 ? borders.Of(matched) : -1;
         at += matched > 0 ? matched - border : 1;
-        matched = border;
+        matched = matched > 0 ? border : 0;
     }
 }
 
@@ -158,15 +186,18 @@ void ScanWithBorders(const uint8_t *text, int64_t from, int64_t candidates, cons
 // that costs too much.
 void ScanEdge(const uint8_t *text, int64_t from, int64_t candidates, const Pattern &pattern,
               NthMatch &matches) noexcept {
-    int64_t patience = 2 * pattern.length + 256;
+    int64_t patience = pattern.length + 256;
     for (int64_t at = from; at < candidates; ++at) {
-        int64_t matched = 0;
+        const void *start = std::memchr(text + at, pattern.bytes[0], static_cast<size_t>(candidates - at));
+        if (start == nullptr) return;
+        at = static_cast<const uint8_t *>(start) - text;
+        int64_t matched = 1;
         while (matched < pattern.length && text[at + matched] == pattern.bytes[matched]) ++matched;
         if (matched == pattern.length && matches.Take(at)) return;
         patience -= matched;
         if (patience > 0) continue;
-        const Borders borders(pattern);
-        if (borders.lengths != nullptr) {
+        Borders borders(pattern);
+        if (borders.HasMemory()) {
             return ScanWithBorders(text, at + 1, candidates, pattern, borders, matches);
         }
         patience = std::numeric_limits<int64_t>::max();

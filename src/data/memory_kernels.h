@@ -20,15 +20,22 @@ struct Arithmetic {
     uint32_t summand;
 };
 
-// A pattern of 1 to kLongestProbed bytes, and the three of them that rarely occur: a scan looks at those
-// first.
+// A pattern and what a scan looks at first.
 struct ProbedPattern {
     const uint8_t *bytes;
     int64_t length;
+    // Places of bytes that rarely occur; all of a pattern of up to three bytes.
     int64_t probes[3];
+    // Marks the pairs of neighbours that the pattern has, by HashPair. 0: they are not worth a look.
+    const uint8_t *pairs;
 };
 
-inline constexpr int64_t kLongestProbed = 128;
+// A scan is for so many candidates or more.
+inline constexpr int64_t kScanned = 64;
+
+constexpr uint8_t HashPair(uint8_t first, uint8_t second) noexcept {
+    return static_cast<uint8_t>(first * 5 + second);
+}
 
 // Takes matches from the left, counts them, and has enough with number `wanted`.
 class NthMatch {

@@ -222,43 +222,87 @@ struct VectorLoops {
         return bits;
     }
 
+    // Whether 4 bytes or more are the same: both ends at once, and what lies between them if they are.
+    static bool IsEqual(const uint8_t *a, const uint8_t *b, int64_t length) noexcept {
+        if (length < 8) {
+            const int64_t last = length - 4;
+            return LoadElement<uint32_t>(a, 0) == LoadElement<uint32_t>(b, 0) &&
+                   LoadElement<uint32_t>(a + last, 0) == LoadElement<uint32_t>(b + last, 0);
+        }
+        const int64_t last = length - 8;
+        if (LoadElement<uint64_t>(a, 0) != LoadElement<uint64_t>(b, 0)) return false;
+        if (LoadElement<uint64_t>(a + last, 0) != LoadElement<uint64_t>(b + last, 0)) return false;
+        return length <= 16 || std::memcmp(a + 8, b + 8, static_cast<size_t>(length - 16)) == 0;
+    }
+
     // Leaves of the bits those at which the whole pattern stands: byte after byte for all at once, and the
-    // last one that is left by itself. Adds to `work` what that took in vectors, if nothing came of it.
+    // last few one by one. `work` goes up by what that took, counted in vectors.
     static uint64_t Verify(const ProbedPattern &pattern, const uint8_t *text, uint64_t bits,
                            int64_t &work) noexcept {
         int64_t i = 0;
-        for (; i < pattern.length && (bits & (bits - 1)) != 0; ++i) {
+        for (; i < pattern.length && __builtin_popcountll(bits) > 4; ++i) {
             bits &= EqualBits(text + i, Lanes::template Spread<1>(pattern.bytes[i]));
         }
-        work += i + 4;
-        if (bits == 0 || i == pattern.length) return bits;
-        const auto *candidate = text + __builtin_ctzll(bits);
-        return std::memcmp(candidate, pattern.bytes, static_cast<size_t>(pattern.length)) == 0 ? bits : 0;
+        work += i;
+        if (i == pattern.length) return bits;
+        uint64_t verified = 0;
+        for (uint64_t rest = bits; rest != 0; rest &= rest - 1) {
+            const int at = __builtin_ctzll(rest);
+            const bool isEqual = IsEqual(text + at, pattern.bytes, pattern.length);
+            verified |= static_cast<uint64_t>(isEqual) << at;
+            work += 8 + (isEqual ? pattern.length / 32 : 0);
+        }
+        return verified;
+    }
+
+    // Leaps from position to position while the last pair of a match there is one that no match has.
+    static int64_t Leap(const ProbedPattern &pattern, const uint8_t *text, int64_t at,
+                        int64_t candidates) noexcept {
+        const uint8_t *const pair = text + pattern.length - 2;
+        while (at < candidates && pattern.pairs[HashPair(pair[at], pair[at + 1])] == 0) {
+            at += pattern.length - 1;
+        }
+        return at;
+    }
+
+    // Passes the whole blocks from `at` on in which the probes hold nowhere. By itself, for a loop as short
+    // as this one is only made if nothing else wants the registers.
+    [[gnu::noinline]] static int64_t PassBlocks(const Probes &probes, int64_t at,
+                                                int64_t candidates) noexcept {
+        const Probes held = probes;
+        while (at + 64 <= candidates && held(at) == 0) at += 64;
+        return at;
     }
 
     template <typename Matches>
     static int64_t Scan(const ProbedPattern &pattern, const uint8_t *text, int64_t candidates,
                         Matches &matches) noexcept {
         const Probes probes(pattern, text);
-        const bool isExact = pattern.length <= 3;
         int64_t work = 0;
-        if (candidates < 64) return 0;
         for (int64_t at = 0; at < candidates; at += 64) {
+            if (pattern.pairs != nullptr) {
+                at = Leap(pattern, text, at, candidates);
+            } else {
+                at = PassBlocks(probes, at, candidates);
+            }
+            if (at >= candidates) break;
             // The last block lies over the one before; what that has had is cut off.
             const int64_t base = at <= candidates - 64 ? at : candidates - 64;
             uint64_t bits = probes(base) >> (at - base) << (at - base);
             if (bits == 0) continue;
-            int64_t effort = 0;
-            if (!isExact) bits = Verify(pattern, text + base, bits, effort);
-            if (bits != 0) {
-                if (matches.TakeBits(base, bits)) return candidates;
-                continue;
-            }
-            work += effort;
-            if (work > 256 + at / 128) return base + 64;
+            if (pattern.length > 3) bits = Verify(pattern, text + base, bits, work);
+            if (bits != 0 && matches.TakeBits(base, bits)) return candidates;
+            // A match is worth the work of finding it in another way.
+            work -= kMatchWork * __builtin_popcountll(bits);
+            if (work > kPatience + at / 128) return base + 64;
+            if (work < 0) work = 0;
         }
         return candidates;
     }
+
+    // In vectors looked at: a match may take so many, and what may be looked at in vain beside a 128th of the
+    // text.
+    static constexpr int64_t kMatchWork = 16, kPatience = 256;
 };
 
 template <typename Lanes>
