@@ -20,12 +20,12 @@ using platform::SurfaceAccess;
 
 constexpr uint16_t kTileListEnd = 1111;
 constexpr DWORD kTruthTable = 0xFF0000;  // the bits of a raster code that count
-// The pixels of larger tiles take so long that the locks do not count.
-constexpr int32_t kLargestSheetTile = 64;  // pixels, each way
+// The pixels of larger tiles take so long that the locks do not count: at 64 x 64 both ways are level.
+constexpr int32_t kLargestSheetTile = 32;  // pixels, each way
 // A sheet must be painted from that often, on average, to be worth its copy.
 constexpr int64_t kUsesPerSheetTile = 2;
 // What it costs to make any sheet, in tiles painted one by one.
-constexpr int64_t kFewestSheetCells = 64;
+constexpr int64_t kFewestSheetCells = 32;
 
 using TileSet = std::bitset<256>;
 

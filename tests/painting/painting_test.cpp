@@ -139,7 +139,8 @@ TEST(PaintImage, TakesTheKeyFromTheTopRightOfTheRectangle) {
                            // It begins later: the key lies inside.
                            {{0, 0, 4, 2, -1, 0}, {1, 2, 8, 1, 1, 1, 1, 1, 8, 1, 1, 1}},
                            {{0, 0, 0, 2, 1, 0}, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
-                           {{4, 1, -3, -2, 4, 1}, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
+                           {{4, 1, -3, 2, 4, 0}, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
+                           {{3, 1, 2, -2, 4, 1}, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}},
                            {{0, 0, INT_MAX, INT_MAX, INT_MAX, 0}, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}}}) {
         for (int i = 0; i < 12; ++i) SetPixel(target.context, i % 6, i / 6, 1);
         EXPECT_NE(PaintImage(target.context, c.r.targetX, c.r.targetY, c.r.width, c.r.height, strip.context,
