@@ -126,13 +126,15 @@ ScanText<Sink> *ChooseScan() noexcept {
 // Gives the matches at the first `candidates` positions to `matches`. All bytes of them may be read.
 template <typename Sink>
 void ScanInside(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
-    ProbedPattern probed{pattern.bytes, pattern.length, {0, pattern.length - 1, pattern.length / 2}, nullptr};
-    PairMarks marks;
-    if (pattern.length > 3) {
-        ChooseProbes(probed, candidates);
+    int64_t from = 0;
+    if (candidates >= kScanned) {
+        ProbedPattern probed{
+            pattern.bytes, pattern.length, {0, pattern.length - 1, pattern.length / 2}, nullptr};
+        PairMarks marks;
         if (MarkPairs(pattern, marks)) probed.pairs = marks.data();
+        if (pattern.length > 3) ChooseProbes(probed, candidates);
+        from = ChooseScan<Sink>()(probed, text, candidates, matches);
     }
-    const int64_t from = ChooseScan<Sink>()(probed, text, candidates, matches);
     if (from < candidates && !matches.HasEnough()) {
         ChainMatches(text, from, candidates, pattern, matches);
     }

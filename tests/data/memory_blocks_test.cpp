@@ -58,7 +58,7 @@ TEST_P(MemoryBlocks, CountWhatALoopCounts) {
         const size_t index = Below(3), width = size_t{1} << index;
         const size_t count = Below(turn % 8 == 0 ? 1500 : 150);
         const Bytes bytes = AnyBytes(count * width);
-        const GuardedMemory memory(bytes);
+        const GuardedMemory memory(bytes, turn % 2 == 0);
         const size_t place = count == 0 ? 0 : width * Below(static_cast<uint32_t>(count));
         const auto value = static_cast<int32_t>(count == 0 ? 0 : ReadElement(bytes, place, width));
         int32_t hits = 0;
@@ -84,7 +84,7 @@ TEST_P(MemoryBlocks, CompareWhatALoopCompares) {
         const Bytes a = AnyBytes(count);
         Bytes b = a;
         for (auto &byte : b) byte = static_cast<uint8_t>(byte + (Below(3) == 0 ? Below(256) : 0));
-        const GuardedMemory first(a), second(b);
+        const GuardedMemory first(a, turn % 2 == 0), second(b, turn % 2 == 0);
         const int32_t tolerances[] = {0, static_cast<int32_t>(Below(256)), 254, 255, 300, -1, INT32_MIN};
         for (const int32_t tolerance : tolerances) {
             int32_t different = 0;
@@ -146,7 +146,7 @@ void ComputePlainly(Bytes &bytes, int64_t length, size_t width, int64_t step, co
 void ExpectPlainCompute(const Bytes &bytes, int32_t length, int32_t width, int32_t gap, const Sums &sums) {
     Bytes expected = bytes;
     ComputePlainly(expected, length, static_cast<size_t>(width), width + gap, sums);
-    const GuardedMemory memory(bytes);
+    const GuardedMemory memory(bytes, length % 2 == 0);
     Compute(memory.Data(), length, width, sums.addend, sums.subtrahend, sums.factor, sums.divisor, gap);
     ASSERT_TRUE(memory.Content() == expected)
         << "length " << length << " width " << width << " gap " << gap << " + " << sums.addend << " - "
