@@ -2,8 +2,8 @@
 #include "painting/tile_map.h"
 
 #include <climits>
-#include <cstring>
 #include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -119,10 +119,11 @@ class Scene {
 };
 
 std::string Describe(const TileArguments &a) {
-    return "mode " + std::to_string(a.mode) + ", tiles " + std::to_string(a.tileWidth) + " x " +
-           std::to_string(a.tileHeight) + " at row " + std::to_string(a.tileY) + ", " +
-           std::to_string(a.columns) + " x " + std::to_string(a.rows) + " to " + std::to_string(a.destX) +
-           ", " + std::to_string(a.destY) + (a.tileList != nullptr ? ", list" : "");
+    std::string text;
+    for (const int32_t number :
+         {a.mode, a.tileWidth, a.tileHeight, a.tileY, a.columns, a.rows, a.destX, a.destY})
+        text += std::to_string(number) + ", ";
+    return text + (a.tileList != nullptr ? "list" : "all");
 }
 
 class TileMap : public ::testing::TestWithParam<VectorLevel> {
@@ -165,14 +166,9 @@ TEST_P(TileMap, NeedsNoMemory) {
     std::mt19937 random(6);
     Scene scene(24, 32, random);
     for (const Operation operation : {Operation::Bitmap, Operation::Context, Operation::Memory}) {
-        TileArguments a = scene.MakeArguments(-1);
-        a.columns = a.rows = a.tileWidth = a.tileHeight = 16;
-        a.destX = a.destY = -20;
         const std::vector<uint8_t> map(256, 3);
-        a.map = map.data();
-        a.tileList = nullptr;
-        a.startColumn = a.startRow = a.tileY = 0;
-        a.mapWidth = 16;
+        const TileArguments a{scene.strip.context,  0,   16,  16, 16,     16, map.data(), 16, 0, 0,
+                              scene.target.context, -20, -20, -1, nullptr};
         const Bytes expected = scene.Paint(a, PaintTileByTile);
         const int handles = CountHandles(HandleKind::Context) + CountHandles(HandleKind::Bitmap);
         FailFrom(operation, 1);
@@ -185,45 +181,34 @@ TEST_P(TileMap, NeedsNoMemory) {
     }
 }
 
-// Tiles of one pixel, whose colours are their numbers, on a ground of 999. Map and list hold what must be
+// Tiles of one pixel, whose colours are their numbers. Map and list hold what must be
 // read and not a byte more.
 TEST(SetTiles, ReadsTheMapRowByRowAndTheListToItsEnd) {
-    const Canvas strip(256, 1), target(3, 3);
+    const Canvas strip(256, 1);
     for (int x = 0; x < 256; ++x) SetPixel(strip.context, x, 0, static_cast<COLORREF>(x));
     std::vector<uint8_t> map(25);
     for (size_t i = 0; i < map.size(); ++i) map[i] = static_cast<uint8_t>(i);
     map[14] = 255;
-    map[23] = 0;
-    const std::vector<uint16_t> some{5, 24, 255, 1111}, none{1111}, without{13, 0, 24, 255};
-    struct Case {
-        int32_t columns, rows, startColumn, startRow, destX, destY;
-        const uint16_t *list;
-        std::vector<uint32_t> picture;
+    const std::vector<uint16_t> some{5, 24, 255, 1111}, none{1111}, without{13, 23, 24, 255};
+    const auto paint = [&](int32_t columns, int32_t rows, int32_t startColumn, int32_t startRow, int32_t x,
+                           int32_t y, const uint16_t *list) {
+        const Canvas target(3, 3);
+        SetTiles(strip.context, 0, columns, rows, 1, 1, map.data(), 10, startColumn, startRow, target.context,
+                 x, y, 0, list);
+        std::string shown;
+        for (int i = 0; i < 9; ++i) shown += std::to_string(GetPixel(target.context, i % 3, i / 3)) + " ";
+        return shown;
     };
-    for (const Case &c :
-         std::vector<Case>{{2, 2, 3, 1, 0, 0, nullptr, {13, 255, 999, 0, 24, 999, 999, 999, 999}},
-                           {2, 2, 3, 1, 1, 1, some.data(), {999, 999, 999, 999, 999, 255, 999, 999, 24}},
-                           {2, 2, 3, 1, 0, 0, none.data(), std::vector<uint32_t>(9, 999)},
-                           {2, 2, 3, 1, 0, 0, without.data(), {13, 255, 999, 0, 24, 999, 999, 999, 999}},
-                           {INT_MAX,
-                            INT_MAX,
-                            4 - INT_MAX,
-                            0,
-                            4 - INT_MAX,
-                            2,
-                            nullptr,
-                            {999, 999, 999, 999, 999, 999, 0, 1, 2}},
-                           {0, 2, 3, 1, 0, 0, nullptr, std::vector<uint32_t>(9, 999)},
-                           {2, -1, 3, 1, 0, 0, nullptr, std::vector<uint32_t>(9, 999)},
-                           {2, 2, 3, 1, 3, 0, nullptr, std::vector<uint32_t>(9, 999)},
-                           {2, 2, 3, 1, INT_MIN, INT_MAX, nullptr, std::vector<uint32_t>(9, 999)}}) {
-        for (int i = 0; i < 9; ++i) SetPixel(target.context, i % 3, i / 3, 999);
-        SetTiles(strip.context, 0, c.columns, c.rows, 1, 1, map.data(), 10, c.startColumn, c.startRow,
-                 target.context, c.destX, c.destY, 0, c.list);
-        for (int i = 0; i < 9; ++i)
-            EXPECT_EQ(GetPixel(target.context, i % 3, i / 3), c.picture[static_cast<size_t>(i)])
-                << c.columns << " x " << c.rows << " to " << c.destX << ", pixel " << i;
-    }
+    const std::string nothing = "0 0 0 0 0 0 0 0 0 ";
+    EXPECT_EQ(paint(2, 2, 3, 1, 0, 0, nullptr), "13 255 0 23 24 0 0 0 0 ");
+    EXPECT_EQ(paint(2, 2, 3, 1, 1, 1, some.data()), "0 0 0 0 0 255 0 0 24 ");
+    EXPECT_EQ(paint(2, 2, 3, 1, 0, 0, none.data()), nothing);
+    EXPECT_EQ(paint(2, 2, 3, 1, 0, 0, without.data()), "13 255 0 23 24 0 0 0 0 ");
+    EXPECT_EQ(paint(INT_MAX, INT_MAX, 5 - INT_MAX, 0, 4 - INT_MAX, 2, nullptr), "0 0 0 0 0 0 1 2 3 ");
+    EXPECT_EQ(paint(2, 2, 3, 1, INT_MIN, INT_MAX, nullptr), nothing);
+    EXPECT_EQ(paint(2, 2, 3, 1, 3, 0, nullptr), nothing);
+    EXPECT_EQ(paint(0, 2, 3, 1, 0, 0, nullptr), nothing);
+    EXPECT_EQ(paint(2, -1, 3, 1, 0, 0, nullptr), nothing);
 }
 
 TEST(SetTiles, PaintsNothingWithoutAMapATileOrAContext) {
@@ -249,9 +234,7 @@ TEST(SetTiles, PaintsNothingWithoutAMapATileOrAContext) {
 // Each locks what the other paints on: in the wrong order they would wait for each other for ever.
 TEST(SetTiles, MayPaintBothWaysFromTwoThreads) {
     const Canvas one(128, 128), other(128, 128);
-    const HBRUSH brush = CreateSolidBrush(0x0000FF);
-    const RECT all{0, 0, 128, 128};
-    FillRect(one.context, &all, brush);
+    PaintImage(one.context, 0, 0, 128, 128, 0, 0, 0, 14);
     const std::vector<uint8_t> map(256, 0);
     const auto paint = [&](HDC from, HDC to) {
         for (int round = 0; round < 200; ++round)
@@ -260,9 +243,8 @@ TEST(SetTiles, MayPaintBothWaysFromTwoThreads) {
     std::thread back([&] { paint(other.context, one.context); });
     paint(one.context, other.context);
     back.join();
-    const Picture picture = PictureOf(one.context, 128, 128);
-    for (const uint32_t pixel : picture.pixels) ASSERT_TRUE(pixel == 0 || pixel == 0xFF0000) << pixel;
-    DeleteObject(brush);
+    for (const uint32_t pixel : PictureOf(one.context, 128, 128).pixels)
+        ASSERT_TRUE(pixel == 0 || pixel == 0xFFFFFF) << pixel;
 }
 
 }  // namespace
