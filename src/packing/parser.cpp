@@ -44,7 +44,7 @@ uint32_t BitsOfLiteral(const uint8_t *source, uint32_t position) noexcept {
     const uint8_t byte = source[position];
     if (byte == 0) return kNearByteBits;
     if (position < kNearBytes) return NearDistance(source, position) != 0 ? kNearByteBits : kLiteralBits;
-    const uint64_t same = 0x0101010101010101 * byte;
+    const uint64_t same = uint64_t{byte} * 0x0101010101010101;
     const bool isNear = HasZeroByte(LoadWord(source + position - 15) ^ same) ||
                         HasZeroByte(LoadWord(source + position - 8) ^ same);
     return isNear ? kNearByteBits : kLiteralBits;

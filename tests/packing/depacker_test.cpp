@@ -51,10 +51,12 @@ void ExpectBothWays(StreamBuilder builder, const std::string &expected) {
     const Bytes tail = MakeNoise(100, 1);
     const Bytes alone = StreamBuilder(builder).End().Stream();
     EXPECT_EQ(Text(Depacked(alone, static_cast<uint32_t>(expected.size())).value_or(Bytes{})), expected);
+    const auto tooLittle = static_cast<uint32_t>(expected.size() - 1);
+    EXPECT_EQ(Depacked(alone, tooLittle), std::nullopt) << "one byte too little room";
     const Bytes followed = builder.Literals(tail).End().Stream();
     const auto room = static_cast<uint32_t>(expected.size() + tail.size());
     EXPECT_EQ(Text(Depacked(followed, room).value_or(Bytes{})), expected + Text(tail));
-    EXPECT_EQ(Depacked(followed, room - 1), std::nullopt) << expected << ": one byte too little room";
+    EXPECT_EQ(Depacked(followed, room - 1), std::nullopt) << "one byte too little room";
 }
 
 TEST_P(DepackerTest, OpensEachKindOfItem) {

@@ -105,6 +105,9 @@ TEST(Packer, ASlowReaderOpensLargeBlocks) {
     const Bytes text = MakeText(700000, 3), noise = MakeNoise(300000, 4);
     ExpectRoundTrip(text, "text");
     ExpectRoundTrip(noise, "noise");
+    Bytes few = noise;
+    for (uint8_t &byte : few) byte = static_cast<uint8_t>(byte % 5 * (byte / 5 % 3));
+    ExpectRoundTrip(few, "few values, with as many ways to pack them");
     ExpectRoundTrip(Joined({text, Bytes(300000, 0), noise, Bytes(100, 0), text}), "a mixture");
     const Bytes piece = MakeNoise(400, 5);
     for (const ptrdiff_t distance : {91903, 91904, 91905, 92159, 92160, 92161, 184320})
