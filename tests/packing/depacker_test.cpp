@@ -151,7 +151,7 @@ TEST_P(DepackerTest, AgreesWithASlowReaderOnDamagedStreams) {
     for (size_t cut = 0; cut < whole.size(); ++cut)
         compare(Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(cut)), room);
     int opened = 0;
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 8000; ++i) {
         Bytes changed = whole;
         for (auto changes = 1 + random() % 3; changes > 0; --changes)
             changed[random() % changed.size()] ^= static_cast<uint8_t>(1u << random() % 8);
@@ -159,7 +159,7 @@ TEST_P(DepackerTest, AgreesWithASlowReaderOnDamagedStreams) {
         compare(changed, changedRoom);
         opened += ReadWholeStream(changed, changedRoom).has_value() ? 1 : 0;
     }
-    EXPECT_GT(opened, 1000) << "too few of the damaged streams are still streams";
+    EXPECT_GT(opened, 400) << "too few of the damaged streams are still streams";
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, DepackerTest, testing::Values(VectorLevel::Plain, VectorLevel::Avx2));

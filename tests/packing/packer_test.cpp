@@ -91,7 +91,7 @@ TEST(Packer, ASlowReaderOpensEveryLength) {
     const Bytes text = MakeText(3000, 1), noise = MakeNoise(3000, 2);
     Bytes few = noise;
     for (uint8_t &byte : few) byte %= 3;
-    for (size_t length = 2; length <= 3000; length += length < 600 ? 1 : 7) {
+    for (size_t length = 2; length <= 3000; length += length < 300 ? 1 : 13) {
         const auto end = static_cast<ptrdiff_t>(length);
         ExpectRoundTrip(Bytes(text.begin(), text.begin() + end), "text");
         ExpectRoundTrip(Bytes(noise.begin(), noise.begin() + end), "noise");
@@ -102,7 +102,7 @@ TEST(Packer, ASlowReaderOpensEveryLength) {
 
 // Repeats around every limit of the search: the greatest offset, the ring's size and the greatest match.
 TEST(Packer, ASlowReaderOpensLargeBlocks) {
-    const Bytes text = MakeText(700000, 3), noise = MakeNoise(300000, 4);
+    const Bytes text = MakeText(250000, 3), noise = MakeNoise(200000, 4);
     ExpectRoundTrip(text, "text");
     ExpectRoundTrip(noise, "noise");
     Bytes few = noise;
