@@ -13,20 +13,27 @@ constexpr int64_t kPixels = 64;
 // Where 64 pixels have their first bytes in three words of a bit a byte.
 constexpr uint64_t kFirstBytes[3] = {0x9249249249249249, 0x4924924924924924, 0x2492492492492492};
 
-__mmask64 BytesBefore(int64_t count) noexcept {
-    if (count >= 64) return ~uint64_t{0};
-    return count <= 0 ? 0 : _bzhi_u64(~uint64_t{0}, static_cast<unsigned>(count));
-}
+// Some of 64 bytes.
+struct AllBytes {
+    __m512i Load(const uint8_t *bytes) const noexcept { return _mm512_loadu_si512(bytes); }
+};
+struct FirstBytes {
+    explicit FirstBytes(int64_t count) noexcept
+        : inside(count <= 0 ? 0 : _bzhi_u64(~uint64_t{0}, static_cast<unsigned>(count < 64 ? count : 64))) {}
+    __m512i Load(const uint8_t *bytes) const noexcept {
+        return _mm512_mask_loadu_epi8(_mm512_set1_epi8(-1), inside, bytes);
+    }
+    __mmask64 inside;
+};
 
-// A bit for each byte of 192, set if it is not 255 in one of the rows. Bytes from `count` on are not read.
+// A bit for each byte of 192, set if it is not 255 in one of the rows.
 struct ByteMarks {
-    ByteMarks(const uint8_t *bytes, int64_t count, int64_t pitch, int64_t rows) noexcept {
-        const __mmask64 inside[3] = {BytesBefore(count), BytesBefore(count - 64), BytesBefore(count - 128)};
+    template <typename Bytes>
+    ByteMarks(const uint8_t *bytes, const Bytes (&loaders)[3], int64_t pitch, int64_t rows) noexcept {
         const __m512i white = _mm512_set1_epi8(-1);
         __m512i all[3] = {white, white, white};
         for (; rows > 0; --rows, bytes -= pitch)
-            for (int i = 0; i < 3; ++i)
-                all[i] = _mm512_and_si512(all[i], _mm512_mask_loadu_epi8(white, inside[i], bytes + 64 * i));
+            for (int i = 0; i < 3; ++i) all[i] = _mm512_and_si512(all[i], loaders[i].Load(bytes + 64 * i));
         for (int i = 0; i < 3; ++i) words[i] = _mm512_cmpneq_epi8_mask(all[i], white);
     }
 
@@ -44,8 +51,12 @@ struct ByteMarks {
 };
 
 void MarkPixels(const uint8_t *row, int64_t pitch, int64_t rows, int64_t pixels, uint64_t *marks) noexcept {
-    for (int64_t p = 0; p < pixels; p += kPixels)
-        marks[p / kPixels] |= ByteMarks(row + 3 * p, 3 * (pixels - p), pitch, rows).Pixels();
+    for (; pixels >= kPixels; pixels -= kPixels, row += 3 * kPixels)
+        *marks++ |= ByteMarks(row, {AllBytes{}, AllBytes{}, AllBytes{}}, pitch, rows).Pixels();
+    if (pixels == 0) return;
+    const FirstBytes rest[3] = {FirstBytes(3 * pixels), FirstBytes(3 * pixels - 64),
+                                FirstBytes(3 * pixels - 128)};
+    *marks |= ByteMarks(row, rest, pitch, rows).Pixels();
 }
 
 // The lowest bit of each cell becomes that of any pixel in it.
@@ -55,12 +66,23 @@ uint64_t AnyInCell(uint64_t bits, int64_t cellSize) noexcept {
     return bits | bits >> (cellSize - reach);
 }
 
-void WriteCells(const uint64_t *marks, int64_t cellSize, int64_t count, uint8_t *cells) noexcept {
-    // From any bit of its first byte on, a word holds 57 bits.
-    const int64_t cellsAtOnce = cellSize == 1 ? 64 : 57 / cellSize;
-    if (cellsAtOnce < 2) return kPlainMapKernels.writeCells(marks, cellSize, count, cells);
+// The first bit of each of so many cells.
+uint64_t LowestBits(int64_t cellSize, int64_t cells) noexcept {
     uint64_t lowest = 0;
-    for (int64_t i = 0; i < cellsAtOnce; ++i) lowest |= uint64_t{1} << i * cellSize;
+    for (int64_t i = 0; i < cells; ++i) lowest |= uint64_t{1} << i * cellSize;
+    return lowest;
+}
+
+void WriteSinglePixels(const uint64_t *marks, int64_t count, uint8_t *cells) noexcept {
+    for (int64_t c = 0; c < count; c += 64) _mm512_storeu_si512(cells + c, _mm512_movm_epi8(*marks++));
+}
+
+void WriteCells(const uint64_t *marks, int64_t cellSize, int64_t count, uint8_t *cells) noexcept {
+    if (cellSize == 1) return WriteSinglePixels(marks, count, cells);
+    // From any bit of its first byte on, a word holds 57 bits.
+    const int64_t cellsAtOnce = 57 / cellSize;
+    if (cellsAtOnce < 2) return kPlainMapKernels.writeCells(marks, cellSize, count, cells);
+    const uint64_t lowest = LowestBits(cellSize, cellsAtOnce);
     for (int64_t c = 0; c < count; c += cellsAtOnce) {
         uint64_t bits;
         const int64_t first = c * cellSize;

@@ -1,21 +1,37 @@
 // SPDX-License-Identifier: Zlib
 #include "paths/grid_walk.h"
 
-#include <algorithm>
+#include <initializer_list>
 
 namespace fenlight {
 namespace {
 
-// A neighbour as one number, so that the least of them is the one to take: from the top the count of visits,
-// the turn (the last one examined has the lowest), and the cell. There are no branches to mispredict.
-constexpr int kCountShift = 40;
-constexpr int kTurnShift = 37;
-constexpr uint64_t kCellMask = (uint64_t{1} << kTurnShift) - 1;
-constexpr uint64_t kStayTurn = 4;
-
-// An exit is the step that the cell was left with, and in the lowest bits its turn.
+// An exit is the step that the cell was left with, and in the lowest bits the turn of the neighbour that the
+// walker went to: 3 for the first one examined, 0 for the last.
 constexpr int kExitShift = 2;
 constexpr uint64_t kExitTurn = 3;
+
+struct Neighbour {
+    uint32_t visits;
+    uint32_t turn;
+    int64_t cell;
+};
+
+// `best` becomes `other` where that was left no more often. Which one it is can't be predicted, and a branch
+// that is wrong every other time would cost more than the whole step; compilers tend to make one.
+[[gnu::always_inline]] inline void TakeLessVisited(Neighbour &best, const Neighbour &other) noexcept {
+#if defined(__x86_64__)
+    asm("cmp %[visits], %[otherVisits]\n\t"
+        "cmovbe %[otherVisits], %[visits]\n\t"
+        "cmovbe %[otherCell], %[cell]\n\t"
+        "cmovbe %[otherTurn], %[turn]"
+        : [visits] "+&r"(best.visits), [cell] "+&r"(best.cell), [turn] "+&r"(best.turn)
+        : [otherVisits] "r"(other.visits), [otherCell] "r"(other.cell), [otherTurn] "r"(other.turn)
+        : "cc");
+#else
+    if (other.visits <= best.visits) best = other;
+#endif
+}
 
 class Walker {
   public:
@@ -29,13 +45,17 @@ class Walker {
         const uint8_t count = visits_[cell_];
         if (count >= kMostVisits) [[unlikely]]
             return false;
-        const uint64_t early = std::min(Neighbour<kPhase, 0>(), Neighbour<kPhase, 1>());
-        const uint64_t late = std::min(Neighbour<kPhase, 2>(), Neighbour<kPhase, 3>());
-        const uint64_t stay = uint64_t{count} << kCountShift | kStayTurn << kTurnShift | Cell();
-        const uint64_t chosen = std::min(std::min(early, late), stay);
+        Neighbour best = At<kPhase, 0>(), late = At<kPhase, 2>();
+        TakeLessVisited(best, At<kPhase, 1>());
+        TakeLessVisited(late, At<kPhase, 3>());
+        TakeLessVisited(best, late);
+        // The walker stays where all were left more often; `turn` means nothing then, and the cell is left
+        // once more before anybody asks for it.
+        Neighbour here{count, 0, cell_};
         visits_[cell_] = static_cast<uint8_t>(count + 1);
-        exits_[cell_] = steps_ << kExitShift | (chosen >> kTurnShift & kExitTurn);
-        cell_ = static_cast<int64_t>(chosen & kCellMask);
+        exits_[cell_] = steps_ << kExitShift | best.turn;
+        TakeLessVisited(here, best);
+        cell_ = here.cell;
         return cell_ != end_;
     }
 
@@ -44,8 +64,6 @@ class Walker {
     int64_t Steps() const noexcept { return static_cast<int64_t>(steps_); }
 
   private:
-    uint64_t Cell() const noexcept { return static_cast<uint64_t>(cell_); }
-
     template <int kDirection>
     int64_t Offset() const noexcept {
         if constexpr (kDirection == 0) return 1;
@@ -56,10 +74,9 @@ class Walker {
 
     // The directions are examined from `kPhase` on, going round.
     template <int kPhase, int kPlace>
-    [[gnu::always_inline]] uint64_t Neighbour() const noexcept {
+    [[gnu::always_inline]] Neighbour At() const noexcept {
         const int64_t cell = cell_ + Offset<(kPhase + kPlace) % 4>();
-        constexpr uint64_t kTurn = uint64_t{3 - kPlace} << kTurnShift;
-        return (uint64_t{visits_[cell]} << kCountShift) + (static_cast<uint64_t>(cell) + kTurn);
+        return {visits_[cell], 3 - kPlace, cell};
     }
 
     uint8_t *const visits_;

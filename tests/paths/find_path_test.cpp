@@ -133,7 +133,7 @@ TEST_F(PathSearch, GivesUpWithTheArrayUntouched) {
     const TestMap wall(30, 30, true), white(30, 30, false), grey(30, 30, false);
     for (int32_t row = 0; row < 3; ++row) wall.BlockCell(1, row, 10);
     std::fill_n(grey.header.Pixels, grey.header.biSizeImage, uint8_t{254});
-    FXHeader cutOff = white.header, noRow = white.header, endless = white.header;
+    FXHeader cutOff = white.header, noRow = white.header, endless = white.header, empty{};
     cutOff.biSizeImage -= 1;
     noRow.biHeight = -30;
     endless.biWidth = endless.biHeight = std::numeric_limits<int32_t>::max();
@@ -155,7 +155,7 @@ TEST_F(PathSearch, GivesUpWithTheArrayUntouched) {
         {white.Handle(), {7, 0, 0, kMost, 9, 0}}, {white.Handle(), {7, 0, 0, 9, -1, 0}},
         {handle(cutOff), {10, 0, 0, 9, 9, 0}},    {handle(noRow), {10, 0, 0, 9, 9, 0}},
         {handle(endless), {1, 0, 0, 9, 9, 1}},    {handle(endless), {kMost, 0, 0, 9, 9, 0}},
-        {handle(FXHeader{}), {1, 0, 0, 0, 0, 0}}, {0, {1, 0, 0, 0, 0, 0}},
+        {handle(empty), {1, 0, 0, 0, 0, 0}},      {0, {1, 0, 0, 0, 0, 0}},
     };
     for (const auto &[fx, q] : cases) {
         std::vector<int16_t> path(1024, kUntouched);
