@@ -98,7 +98,7 @@ template <typename Sink>
 bool ChainMatches(const uint8_t *text, int64_t from, int64_t candidates, const Pattern &pattern,
                   Sink &matches) noexcept {
     int64_t period = 0, last = -pattern.length;
-    for (int64_t at = from; at < candidates;) {
+    for (int64_t at = std::max(from, matches.Next()); at < candidates;) {
         const void *found = memmem(text + at, static_cast<size_t>(candidates - at + pattern.length - 1),
                                    pattern.bytes, static_cast<size_t>(pattern.length));
         if (found == nullptr) return false;

@@ -59,6 +59,8 @@ class NthMatch {
         return Take(base + __builtin_ctzll(bits));
     }
     bool HasEnough() const noexcept { return seen_ > wanted_; }
+    // Where the next match may start.
+    static int64_t Next() noexcept { return 0; }
     int64_t Seen() const noexcept { return seen_; }
     int64_t Position() const noexcept { return HasEnough() ? position_ : -1; }
 
@@ -89,7 +91,7 @@ class SeparateList {
     }
     bool HasEnough() const noexcept { return count_ == positions_.size(); }
     size_t Count() const noexcept { return count_; }
-    // Where the match after those may start.
+    // Where the next match may start.
     int64_t Next() const noexcept { return next_; }
 
   private:

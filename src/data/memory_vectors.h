@@ -103,10 +103,11 @@ struct VectorLoops {
         for (; i < count; ++i) StoreElement<Wide>(target, i, LoadElement<Narrow>(source, i));
     }
 
-    // Vectors from both ends change places until they would meet.
+    // Vectors from both ends change places. The last two may overlap: both are read before, and what both
+    // write is the same.
     static void ReverseLongs(uint8_t *memory, int64_t count) noexcept {
         int64_t low = 0, high = count * 4;
-        for (; high - low >= 2 * kBytes; low += kBytes, high -= kBytes) {
+        for (; high - low >= kBytes; low += kBytes, high -= kBytes) {
             const Vector first = Lanes::Load(memory + low), last = Lanes::Load(memory + high - kBytes);
             Lanes::Store(memory + low, Lanes::ReverseLongs(last));
             Lanes::Store(memory + high - kBytes, Lanes::ReverseLongs(first));
@@ -116,7 +117,8 @@ struct VectorLoops {
 
     // Division by a number that is known for the whole loop: a product's upper half, corrected, as published
     // by Granlund and Montgomery, "Division by invariant integers using multiplication" (1994). Exact for
-    // every value of kWidth bytes.
+    // every value of kWidth bytes; a divisor of more bits shifts all of them out, which is the 0 that it
+    // gives.
     template <int kWidth>
     class Divisor {
       public:
@@ -182,12 +184,10 @@ struct VectorLoops {
     template <typename Element>
     static void Compute(uint8_t *memory, int64_t count, const Arithmetic &arithmetic) noexcept {
         constexpr int64_t kWidth = sizeof(Element);
-        Arithmetic same = arithmetic;
-        // No element reaches the divisor: all become 0 before the sum, which a factor of 0 does too.
-        if (same.divisor > static_cast<Element>(~0U)) same = {0, 1, arithmetic.summand};
-        const int64_t done = same.divisor > 1 ? ComputeVectors<Element, true>(memory, count * kWidth, same)
-                                              : ComputeVectors<Element, false>(memory, count * kWidth, same);
-        ComputePlain<Element>(memory + done, count - done / kWidth, same);
+        const int64_t done = arithmetic.divisor > 1
+                                 ? ComputeVectors<Element, true>(memory, count * kWidth, arithmetic)
+                                 : ComputeVectors<Element, false>(memory, count * kWidth, arithmetic);
+        ComputePlain<Element>(memory + done, count - done / kWidth, arithmetic);
     }
 
     // One bit for each of 64 positions at which the probes of the pattern hold.
@@ -282,14 +282,15 @@ struct VectorLoops {
         for (int64_t at = 0; at < candidates; at += 64) {
             if (pattern.pairs != nullptr) {
                 at = Leap(pattern, text, at, candidates);
-            } else {
-                at = PassBlocks(probes, at, candidates);
+                if (at >= candidates) break;
             }
-            if (at >= candidates) break;
             // The last block lies over the one before; what that has had is cut off.
             const int64_t base = at <= candidates - 64 ? at : candidates - 64;
             uint64_t bits = probes(base) >> (at - base) << (at - base);
-            if (bits == 0) continue;
+            if (bits == 0) {
+                if (pattern.pairs == nullptr) at = PassBlocks(probes, at + 64, candidates) - 64;
+                continue;
+            }
             if (pattern.length > 3) bits = Verify(pattern, text + base, bits, work);
             if (bits != 0 && matches.TakeBits(base, bits)) return candidates;
             // A match is worth the work of finding it in another way.

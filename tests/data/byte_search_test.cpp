@@ -96,6 +96,11 @@ TEST_P(ByteSearch, FindsWhatAPlainScanFinds) {
             pattern[i] = cut + i < text.size() ? text[cut + i] : static_cast<uint8_t>('a' + below(letters));
         }
         if (below(3) == 0) pattern[below(pattern.size())] ^= 1;
+        // Matches that overlap each other by whatever the pattern allows.
+        for (size_t copies = below(4) == 0 ? below(20) : 0; copies > 0; --copies) {
+            text.resize(text.size() - below(std::min(text.size(), pattern.size())));
+            text.insert(text.end(), pattern.begin(), pattern.end());
+        }
         // What lies behind the range is there in full, or one byte that stops every match.
         Bytes whole = text;
         if (below(2) == 0) {
