@@ -7,6 +7,7 @@
 
 #include "fenlight/paths.h"
 #include "paths/grid_map.h"
+#include "paths/grid_walk.h"
 #include "paths/path_judge.h"
 #include "platform/system/failure_point.h"
 
@@ -37,11 +38,39 @@ struct Outcome {
     std::vector<int16_t> path;
 };
 
-void ExpectAsDefined(const TestMap &map, const Query &query) {
-    const std::vector<int16_t> expected = PathJudge(map, query.cellSize, query.flags).Find(query);
+// Words that need no start value, as the memory of a search has them.
+std::vector<uint64_t> Noise(int64_t bytes) {
+    return std::vector<uint64_t>(static_cast<size_t>(bytes / 8 + 1), ~uint64_t{0});
+}
+
+std::vector<uint8_t> FilledGrid(const CellMap &cells, bool thickens) {
+    std::vector<uint8_t> grid(static_cast<size_t>(cells.GridCells() + kCellSlack), 77);
+    FillGrid(cells, thickens, grid.data(), Noise(MapScratchBytes(cells)).data());
+    grid.resize(static_cast<size_t>(cells.GridCells()));
+    return grid;
+}
+
+// How often each cell was left, whether the walk arrived or not.
+std::vector<uint8_t> VisitsOfWalk(const TestMap &map, const Query &query) {
+    const CellMap cells = MapOf(map.header, query.cellSize);
+    std::vector<uint8_t> visits = FilledGrid(cells, (query.flags & 1) != 0);
+    std::vector<uint64_t> exits = Noise(8 * cells.GridCells());
+    const auto cellAt = [&](int32_t x, int32_t y) {
+        return (y / query.cellSize + 1) * cells.GridWidth() + x / query.cellSize + 1;
+    };
+    WalkToCell({visits.data(), exits.data(), cells.GridWidth()}, cellAt(query.startX, query.startY),
+               cellAt(query.endX, query.endY));
+    return visits;
+}
+
+int32_t ExpectAsDefined(const TestMap &map, const Query &query) {
+    PathJudge judge(map, query.cellSize, query.flags);
+    const std::vector<int16_t> expected = judge.Find(query);
     const Outcome outcome(map, query);
     EXPECT_EQ(outcome.result, static_cast<int32_t>(2 * expected.size()));
     EXPECT_EQ(outcome.path, expected);
+    EXPECT_EQ(VisitsOfWalk(map, query), judge.visits);
+    return outcome.result;
 }
 
 TEST_F(PathSearch, FollowsItsDefinitionOnRandomMaps) {
@@ -65,8 +94,7 @@ TEST_F(PathSearch, FollowsItsDefinitionOnRandomMaps) {
         ForceVectorLevel(kLevels[turn % 4]);
         SCOPED_TRACE(testing::Message()
                      << "turn " << turn << ", " << columns << " x " << rows << " of " << size);
-        ExpectAsDefined(map, query);
-        const int32_t result = Outcome(map, query).result;
+        const int32_t result = ExpectAsDefined(map, query);
         found += result > 0;
         walked += result > 20;
     }
@@ -90,12 +118,7 @@ TEST_F(PathSearch, ReadsEachCellOfAMapWhateverItsSize) {
                 const PathJudge judge(map, size, flags);
                 for (const VectorLevel level : kLevels) {
                     ForceVectorLevel(level);
-                    const CellMap cells = MapOf(map.header, size);
-                    std::vector<uint8_t> grid(static_cast<size_t>(cells.GridCells() + kCellSlack), 77);
-                    std::vector<uint64_t> scratch(static_cast<size_t>(MapScratchBytes(cells) / 8 + 1),
-                                                  ~uint64_t{0});
-                    FillGrid(cells, flags != 0, grid.data(), scratch.data());
-                    grid.resize(judge.visits.size());
+                    const std::vector<uint8_t> grid = FilledGrid(MapOf(map.header, size), flags != 0);
                     ASSERT_EQ(grid, judge.visits) << size << ' ' << columns << ' ' << flags;
                 }
             }
