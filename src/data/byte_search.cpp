@@ -41,9 +41,9 @@ constexpr std::array<uint8_t, 256> kRanks = RankBytes();
 // a look at all of a long pattern.
 void ChooseProbes(ProbedPattern &pattern, int64_t candidates) noexcept {
     int ranks[3] = {256, 256, 256};
-    const int64_t end =
-        std::min<int64_t>(pattern.length, pattern.pairs == nullptr ? 64 + candidates / 64 : 16);
+    const int64_t end = std::min<int64_t>(pattern.length, 64 + candidates / 64);
     for (int64_t i = 0; i < end; ++i) {
+        if (i > 0 && pattern.bytes[i] == pattern.bytes[i - 1]) continue;
         const int rank = kRanks[pattern.bytes[i]];
         if (rank >= ranks[2] || rank == ranks[1] || rank == ranks[0]) continue;
         int place = 2;

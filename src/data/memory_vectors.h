@@ -255,14 +255,18 @@ struct VectorLoops {
         return verified;
     }
 
+    // This and the next function are kept by themselves, because the compiler only makes such short loops
+    // where nothing else wants the registers.
+
     // Leaps from position to position while the last pair of a match there is one that no match has.
-    static int64_t Leap(const ProbedPattern &pattern, const uint8_t *text, int64_t at,
-                        int64_t candidates) noexcept {
-        const uint8_t *const pair = text + pattern.length - 2;
-        while (at < candidates && pattern.pairs[HashPair(pair[at], pair[at + 1])] == 0) {
-            at += pattern.length - 1;
-        }
-        return at;
+    [[gnu::noinline]] static int64_t Leap(const ProbedPattern &pattern, const uint8_t *text, int64_t at,
+                                          int64_t candidates) noexcept {
+        const uint8_t *const pairs = pattern.pairs;
+        const int64_t leap = pattern.length - 1;
+        const uint8_t *pair = text + at + leap - 1;
+        const uint8_t *const end = text + candidates + leap - 1;
+        while (pair < end && pairs[HashPair(pair[0], pair[1])] == 0) pair += leap;
+        return pair - text - leap + 1;
     }
 
     // Passes the whole blocks from `at` on in which the probes hold nowhere. By itself, for a loop as short
