@@ -14,9 +14,13 @@ constexpr uint32_t kFullWindow = kWindow - kLongMatch - 1;
 constexpr uint32_t kWrittenPart = kFullWindow / 2;
 static_assert(kWrittenPart > kLongMatch && kLongMatch <= kMaxAhead);
 
-// A search looks at all that there is of patience, at a few only, or is left out: by the bits that the next
-// three positions cost more than this one.
-constexpr uint32_t kCandidatesPerByte = 48;
+// A search looks at all candidates that patience is left for, at a few only, or is left out: by the bits that
+// the next three positions cost more than this one. Patience grows by a little with each byte and by more
+// where long matches are found, for in blocks without them, such as recorded sound, searches cost much and
+// bring little.
+constexpr uint32_t kPatiencePerByte = 16;
+constexpr uint32_t kPatiencePerMatchedByte = 24;
+constexpr uint32_t kFirstRewardedByte = 4;
 constexpr uint32_t kFewCandidates = 32;
 constexpr std::array<uint32_t, 3> kPointless{1, 1, 2};
 constexpr std::array<uint32_t, 3> kPoor{4, 6, 6};
@@ -149,6 +153,9 @@ void Parser::AddMatches(uint32_t candidates, LongMatch &longest) noexcept {
     MatchSearch::Effort effort{kLongMatch, candidates};
     const uint32_t count = search_.Find(position_, effort, area_.found);
     patience_ -= candidates - effort.candidates;
+    const uint32_t longestFound = count == 0 ? 0 : area_.found[count - 1].length;
+    if (longestFound > kFirstRewardedByte)
+        patience_ += (longestFound - kFirstRewardedByte) * kPatiencePerMatchedByte;
     const Sources sources(WaysTo(position_));
     uint32_t shortest = 2;
     for (uint32_t i = 0; i < count; ++i) {
@@ -165,9 +172,9 @@ void Parser::AddMatches(uint32_t candidates, LongMatch &longest) noexcept {
 
 // How many candidates are worth looking at. Where the next positions are hardly dearer than this one, a match
 // from here is not much better than its rest from there. What is not used adds up for positions that are
-// worth more, so that no block takes very long, whatever is in it.
+// worth more.
 uint32_t Parser::CandidatesWorthTrying() noexcept {
-    patience_ = std::min(patience_ + kCandidatesPerByte, kMaxCandidates);
+    patience_ = std::min(patience_ + kPatiencePerByte, kMaxCandidates);
     const auto isReachedFor = [this](const std::array<uint32_t, 3> &moreBits) {
         const uint32_t bits = WaysTo(position_)[0].bits;
         return WaysTo(position_ + 1)[0].bits <= bits + moreBits[0] ||
