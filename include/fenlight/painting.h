@@ -31,8 +31,9 @@ FENLIGHT_BEGIN_C
 ///                target as it is, all others are copied; any other number is the code of a raster operation
 /// @return non-zero; 0 for a dead context, and nothing is painted then
 /// @note With -1 the target changes in one step. If the top right pixel lies outside the source, no colour is
-///       transparent. Of a monochrome source the white pixels are, and the black ones are painted black. The
-///       source's background colour stays as it was.
+///       transparent. Of a monochrome source the white pixels are, and the black ones are painted black. On a
+///       monochrome target pixels of the source's background colour become white, all others black. That
+///       colour stays as it was.
 /// @note Any thread.
 FENLIGHT_API int32_t PaintImage(uintptr_t destDC, int32_t destX, int32_t destY, int32_t width, int32_t height,
                                 uintptr_t srcDC, int32_t srcX, int32_t srcY, int32_t mode) FENLIGHT_NOEXCEPT;

@@ -231,15 +231,16 @@ FENLIGHT_API BOOL BitBlt(HDC target, int32_t targetX, int32_t targetY, int32_t w
 
 /// As BitBlt, from a block of one size to a block of another. Pixels are dropped or repeated, never blended.
 /// @param targetWidth  pixels; if the signs of the two widths differ, the block is mirrored left to right,
-/// and so
-///                     for the heights, top to bottom
+///                     and so for the heights, top to bottom
 /// @return 1; 0 as for BitBlt
 FENLIGHT_API BOOL StretchBlt(HDC target, int32_t targetX, int32_t targetY, int32_t targetWidth,
                              int32_t targetHeight, HDC source, int32_t sourceX, int32_t sourceY,
                              int32_t sourceWidth, int32_t sourceHeight, DWORD rasterCode) FENLIGHT_NOEXCEPT;
 
 /// As StretchBlt with SRCCOPY, but pixels of the source that have the key colour leave the target as it is.
-/// The target changes in one step: no other thread sees it half drawn.
+/// The target changes in one step: no other thread sees it half drawn. Of a monochrome source the white
+/// pixels leave the target, whatever the key, and the black ones are painted black. In a monochrome target
+/// pixels of the source's background colour become white, all others black.
 /// @param keyColour  0x00BBGGRR
 /// @return 1; 0 for a dead target or source
 FENLIGHT_API BOOL TransparentBlt(HDC target, int32_t targetX, int32_t targetY, int32_t targetWidth,

@@ -16,8 +16,11 @@ PieceWriter::PieceWriter(const PixelView &source, const PixelView &target, DWORD
       pattern_(NeedsPattern(TruthTable(rasterCode)) ? MatchColour(target, SwapRedBlue(colours.brush)) : 0),
       table_(TruthTable(rasterCode)) {}
 
-PieceWriter PieceWriter::Keyed(const PixelView &source, const PixelView &target, uint32_t key) noexcept {
-    PieceWriter writer(source, target, SRCCOPY, TransferColours{});
+PieceWriter PieceWriter::Keyed(const PixelView &source, const PixelView &target, uint32_t key,
+                               COLORREF sourceBackground) noexcept {
+    TransferColours colours;
+    colours.sourceBackground = sourceBackground;
+    PieceWriter writer(source, target, SRCCOPY, colours);
     writer.isKeyed_ = true;
     writer.key_ = key;
     return writer;

@@ -18,8 +18,10 @@ class PieceWriter {
     // Combines by a raster code.
     PieceWriter(const PixelView &source, const PixelView &target, DWORD rasterCode,
                 const TransferColours &colours) noexcept;
-    // Leaves out the pixels of the key colour (0x00RRGGBB, or kNoColour).
-    static PieceWriter Keyed(const PixelView &source, const PixelView &target, uint32_t key) noexcept;
+    // Leaves out the pixels of the key colour (0x00RRGGBB, or kNoColour). The background is the COLORREF that
+    // becomes 1 in a monochrome target.
+    static PieceWriter Keyed(const PixelView &source, const PixelView &target, uint32_t key,
+                             COLORREF sourceBackground) noexcept;
 
     bool IsPlainCopy() const { return !isKeyed_ && TruthTable(SRCCOPY) == table_; }
     // Takes the source's numbers, at most kPieceWidth of them, and spoils them.

@@ -51,8 +51,9 @@ bool StretchBlock(const PixelView &target, const PixelView *source, const Scaled
 
 // TransparentBlt: pixels of the source whose colour is `key` (a COLORREF) leave the target as it is;
 // CLR_INVALID is nobody's colour. Of a monochrome source 1 leaves the target and 0 paints black, whatever the
-// key. The contexts' colours play no part: this stands for transfers through masks in contexts of their own,
-// and gives what those give. Fails as BlitBlock does.
+// key. This stands for transfers through masks in contexts of their own, and gives what those give: of the
+// colours only the source's background plays a part, which becomes 1 in a monochrome target. Fails as
+// BlitBlock does.
 bool KeyedBlock(const PixelView &target, const PixelView &source, const ScaledBlock &block, COLORREF key,
                 const TransferColours &colours) noexcept;
 

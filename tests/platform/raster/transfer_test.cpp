@@ -54,7 +54,9 @@ void CheckStretch(Bitmap &target, const PixelView &source, const ScaledBlock &bl
 }
 
 void CheckKeyed(Bitmap &target, const PixelView &source, const ScaledBlock &block, COLORREF key) {
-    ExpectLikeModel(target, source, block, SRCCOPY, {}, {true, key},
+    TransferColours own;
+    own.sourceBackground = kColours.sourceBackground;
+    ExpectLikeModel(target, source, block, SRCCOPY, own, {true, key},
                     [&] { return KeyedBlock(target.View(), source, block, key, kColours); });
 }
 
@@ -234,23 +236,26 @@ TEST(Transfers, ReadEverythingBeforeItIsOverwritten) {
     }
 }
 
-// Key-colour painting told by eight plain transfers with two masks, in 32-bit contexts of their own.
+// Key-colour painting told by eight plain transfers with two masks, in contexts of their own: monochrome ones
+// for a monochrome target, 32 bits for all others. Only the source has another background than white.
 void PaintThroughMasks(const PixelView &target, const PixelView &source, const Block &b, COLORREF key,
-                       std::mt19937 &random) {
+                       COLORREF background, std::mt19937 &random) {
+    const PixelFormat format = target.format == PixelFormat::Mono ? PixelFormat::Mono : PixelFormat::Bgrx32;
     Bitmap mask(PixelFormat::Mono, b.width, b.height, random);
     Bitmap inverse(PixelFormat::Mono, b.width, b.height, random);
-    Bitmap compose(PixelFormat::Bgrx32, b.width, b.height, random);
-    Bitmap frame(PixelFormat::Bgrx32, b.width, b.height, random);
+    Bitmap compose(format, b.width, b.height, random);
+    Bitmap frame(format, b.width, b.height, random);
     const Block fromSource{0, 0, b.width, b.height, b.sourceX, b.sourceY};
     const Block fromTarget{0, 0, b.width, b.height, b.targetX, b.targetY};
     const Block whole{0, 0, b.width, b.height, 0, 0};
-    TransferColours keyed;
+    TransferColours keyed, own;
     keyed.sourceBackground = key;
+    own.sourceBackground = background;
     BlitBlock(mask.View(), &source, fromSource, SRCCOPY, keyed);
     BlitBlock(inverse.View(), &mask.View(), whole, NOTSRCCOPY, {});
     BlitBlock(compose.View(), &target, fromTarget, SRCCOPY, {});
     BlitBlock(compose.View(), &mask.View(), whole, SRCAND, {});
-    BlitBlock(frame.View(), &source, fromSource, SRCCOPY, {});
+    BlitBlock(frame.View(), &source, fromSource, SRCCOPY, own);
     BlitBlock(frame.View(), &inverse.View(), whole, SRCAND, {});
     BlitBlock(compose.View(), &frame.View(), whole, SRCINVERT, {});
     BlitBlock(target, &compose.View(), {b.targetX, b.targetY, b.width, b.height, 0, 0}, SRCCOPY, {});
@@ -267,13 +272,15 @@ TEST(KeyedBlock, EqualsEightTransfersThroughMasksForEveryPairOfFormats) {
             block.height = Between(random, 1, 6);
             const int32_t right = block.sourceX + block.width - 1;
             const COLORREF key = round == 0 ? CLR_INVALID : ReadPixel(source.View(), right, block.sourceY);
+            TransferColours colours = kColours;
+            colours.sourceBackground = platform::SwapRedBlue(Bitmap::kColours[random() % 7]);
             const std::vector<uint8_t> before = target.Bytes();
-            PaintThroughMasks(target.View(), source.View(), block, key, random);
+            PaintThroughMasks(target.View(), source.View(), block, key, colours.sourceBackground, random);
             const PixelView &view = target.View();
             std::vector<uint32_t> expected = TakePixels(view);
             for (uint32_t &pixel : expected) pixel = ModelColour(view, pixel);
             target.Bytes() = before;
-            ASSERT_TRUE(KeyedBlock(view, source.View(), Scaled(block), key, kColours));
+            ASSERT_TRUE(KeyedBlock(view, source.View(), Scaled(block), key, colours));
             std::vector<uint32_t> actual = TakePixels(view);
             for (uint32_t &pixel : actual) pixel = ModelColour(view, pixel);
             ASSERT_EQ(actual, expected) << Describe(view, source.View(), Scaled(block), key);
