@@ -41,6 +41,7 @@ TEST(Suspension, StopsAThreadInEveryOperationWithoutItsLocks) {
     const HGDIOBJ oldBrush = SelectObject(context, brush);
     DibHeader dib(8, 8, 24);
     uint8_t bits[24 * 8] = {};
+    const platform::PixelView pixels{bits, 24, 8, 8, platform::PixelFormat::Bgr24, nullptr, 0};
     const std::function<void()> operations[] = {
         [] { DeleteDC(CreateCompatibleDC(0)); },
         [] { DeleteDC(0); },
@@ -68,6 +69,8 @@ TEST(Suspension, StopsAThreadInEveryOperationWithoutItsLocks) {
         [] { GdiFlush(); },
         [] { LoadBitmapA(0, "nobody"); },
         [=] { platform::SurfaceAccess(context).SetPixel(2, 2, 2); },
+        [=] { platform::DrawPixels(context, 0, 0, pixels); },
+        [=] { platform::FetchPixels(context, pixels); },
     };
     int number = 0;
     for (const auto &operation : operations) {
