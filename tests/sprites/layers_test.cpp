@@ -2,6 +2,8 @@
 // The order of the list, marks, bulk deletion and fix mode; frames are stepped without the thread.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <numeric>
 #include <string>
 
 #include "fenlight/sprite_animation.h"
@@ -193,31 +195,48 @@ TEST(Layers, ChangeNothingInAFrameThatRuns) {
         }
 }
 
+// Races get many rounds where the machine has time for both threads, and end soon where it has not.
+class Rounds {
+  public:
+    bool HasNext() { return ++count_ < 50 || std::chrono::steady_clock::now() < end_; }
+
+  private:
+    int32_t count_ = 0;
+    std::chrono::steady_clock::time_point end_ =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(400);
+};
+
 // One caller fills, the other fills and empties: every pair comes through, once and whole.
 TEST(LayerRequests, ComeThroughFromTwoCallersAtOnce) {
-    constexpr int32_t kEach = 500000;
-    Numbers times(2 * kEach);
-    const auto fill = [](int32_t number) {
-        return FillLayerRequest(16 * static_cast<uintptr_t>(number + 1), number);
+    std::array<Numbers, 2> taken;
+    std::array<int32_t, 2> filled{};
+    const auto fill = [&](size_t caller) {
+        const int32_t number = filled[caller];
+        if (!FillLayerRequest(32 * static_cast<uintptr_t>(number + 1) + 16 * caller, number)) return false;
+        return ++filled[caller], true;
     };
     const auto empty = [&] {
         for (LayerRequest &pair : LayerRequests)
             if (const LayerChange change = TakeLayerRequest(pair); change.sprite != 0) {
-                ASSERT_EQ(change.sprite, 16 * static_cast<uintptr_t>(change.layer + 1));
-                ++times[static_cast<size_t>(change.layer)];
+                EXPECT_EQ(change.sprite / 32, static_cast<uintptr_t>(change.layer + 1));
+                taken[change.sprite / 16 % 2].push_back(change.layer);
             }
     };
-    std::atomic<bool> isDone{false};
+    std::atomic<bool> isOver{false};
     std::thread other([&] {
-        for (int32_t i = 0; i < kEach; ++i)
-            while (!fill(kEach + i)) std::this_thread::yield();
-        isDone = true;
+        while (!isOver)
+            if (!fill(0)) std::this_thread::yield();
     });
-    for (int32_t i = 0; i < kEach || !isDone; empty())
-        if (i < kEach && fill(i)) ++i;
+    for (Rounds rounds; rounds.HasNext(); empty()) fill(1);
+    isOver = true;
     other.join();
     empty();
-    EXPECT_EQ(std::count(times.begin(), times.end(), 1), 2 * kEach);
+    for (const size_t caller : {0u, 1u}) {
+        std::sort(taken[caller].begin(), taken[caller].end());
+        Numbers expected(static_cast<size_t>(filled[caller]));
+        std::iota(expected.begin(), expected.end(), 0);
+        EXPECT_TRUE(taken[caller] == expected) << caller << " filled " << filled[caller];
+    }
 }
 
 TEST(Layers, AnswerAnEmptyListAndHandleZeroAsDocumented) {
@@ -295,14 +314,20 @@ TEST(FixMode, ChangesInTheNextPassOfALivingSprite) {
 // Of two calls in a row the later one takes effect, wherever a pass gets between them.
 TEST(FixMode, IsThatOfTheLastCallBesideARunningThread) {
     LooseSprite sprite;
-    std::atomic<bool> isLost{false};
-    const auto setTwice = [&](int32_t round) {
-        SetSpriteFixMode(sprite.Handle(), -round);
-        SetSpriteFixMode(sprite.Handle(), round);
-        isLost = isLost || !WaitUntil([&] { return sprite.FixMode == round; });
-    };
-    CountBeside(20000, setTwice, [&] { return FixStage(sprite), true; });
-    EXPECT_FALSE(isLost);
+    std::atomic<bool> isOver{false};
+    std::thread frames([&] {
+        while (!isOver) FixStage(sprite);
+    });
+    bool isServed = true;
+    int32_t mode = 1;
+    for (Rounds rounds; isServed && rounds.HasNext(); ++mode) {
+        SetSpriteFixMode(sprite.Handle(), -mode);
+        SetSpriteFixMode(sprite.Handle(), mode);
+        isServed = WaitUntil([&] { return sprite.FixMode == mode; });
+    }
+    isOver = true;
+    frames.join();
+    EXPECT_TRUE(isServed) << mode;
 }
 
 TEST(VisualTableFix, FixesSpritesWhoseCornerLiesOutsideTheRectangle) {
