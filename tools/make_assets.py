@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Zlib
-"""Makes the pictures under assets/: sprite strips and tiles as PNG and a landscape as JPEG.
+"""Makes the pictures and sounds under assets/: sprite strips and tiles as PNG, a landscape as JPEG, sounds as WAV.
 
 Needs NumPy and cjpeg (Debian: python3-numpy, libjpeg-turbo-progs). Everything is computed, with fixed seeds, so the
 same script gives the same pictures.
@@ -14,6 +14,7 @@ import pathlib
 import struct
 import subprocess
 import sys
+import wave
 import zlib
 
 import numpy as np
@@ -628,6 +629,55 @@ def compass(heading):
     return cell
 
 
+RATE = 44100
+
+
+def smooth(noise, cutoff):
+    """Takes away what lies above the cut-off frequency (Hz, one for each sample), in two equal steps."""
+    for _ in range(2):
+        held, weights = 0.0, 1 - np.exp(-2 * math.pi * cutoff / RATE)
+        result = np.empty_like(noise)
+        for i, (sample, weight) in enumerate(zip(noise, weights)):
+            held += weight * (sample - held)
+            result[i] = held
+        noise = result
+    return noise
+
+
+def tone(t, frequency):
+    """A sine whose frequency (Hz) may change from sample to sample."""
+    return np.sin(2 * math.pi * np.cumsum(frequency + 0 * t) / RATE)
+
+
+def write_wave(name, samples):
+    fade = np.minimum(1, np.arange(len(samples), 0, -1) / 200)  # to nothing, without a click
+    level = 0.85 * 32767 / np.abs(samples * fade).max()
+    with wave.open(str(ASSETS / name), "wb") as file:
+        file.setparams((1, 2, RATE, 0, "NONE", None))
+        file.writeframes(np.round(samples * fade * level).astype("<i2").tobytes())
+
+
+def sounds():
+    def times(seconds):
+        return np.arange(int(seconds * RATE)) / RATE
+
+    random = np.random.default_rng(44)
+    t = times(0.11)
+    thump = tone(t, 70 + 90 * np.exp(-t / 0.012)) * np.exp(-t / 0.025)
+    write_wave("step.wav", thump + 1.6 * smooth(random.standard_normal(len(t)), 1400 + 0 * t) * np.exp(-t / 0.018))
+    t = times(0.22)
+    boing = tone(t, 190 + 260 * np.exp(-t / 0.05)) + 0.3 * tone(t, 2 * (190 + 260 * np.exp(-t / 0.05)))
+    write_wave("bounce.wav", boing * np.exp(-t / 0.06) * np.minimum(1, t / 0.003))
+    t = times(0.55)
+    first, second = tone(t, 987.77), tone(t, 1318.51)
+    ring = np.where(t < 0.07, first + 0.3 * first ** 3, (second + 0.3 * second ** 3) * np.exp(-(t - 0.07) / 0.14))
+    write_wave("coin.wav", ring * np.minimum(1, t / 0.002))
+    t = times(0.67)
+    rumble = smooth(random.standard_normal(len(t)), 250 + 3200 * np.exp(-t / 0.08))
+    boom = tone(t, 38 + 80 * np.exp(-t / 0.06)) * np.exp(-t / 0.2)
+    write_wave("explosion.wav", (rumble / np.abs(rumble).max() * 1.6 + boom) * np.exp(-t / 0.19))
+
+
 def main():
     ASSETS.mkdir(exist_ok=True)
     for name, coat, hat, key in (("walker_red.png", (206, 66, 58), (126, 44, 48), (255, 0, 255)),
@@ -652,6 +702,7 @@ def main():
     write_png("hill_tiles.png", hill_tiles())
     write_png("cloud.png", sheet([[cloud(0), cloud(1)]], (255, 0, 255)))
     write_png("compass.png", sheet([[compass(heading) for heading in range(9)]], (255, 0, 255)))
+    sounds()
     return 0
 
 

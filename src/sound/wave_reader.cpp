@@ -55,7 +55,7 @@ bool FindWave(WaveSource &source, WaveLayout &layout) noexcept {
     if (!FindChunk(source, kData, format.Next(), riff.End(), data)) return false;
     layout.dataOffset = data.Body();
     layout.dataSize = data.header.size;
-    return layout.dataSize > 0 && data.End() - 1 <= source.Size();
+    return layout.dataSize > 0 && data.End() <= source.Size();
 }
 
 }  // namespace fenlight

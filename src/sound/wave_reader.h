@@ -13,7 +13,7 @@ namespace fenlight {
 struct WaveLayout {
     WAVEFORMATEX format;
     uint64_t dataOffset;
-    uint32_t dataSize;  // 1 or more; the source has all bytes but perhaps the last one
+    uint32_t dataSize;  // 1 or more; the source has all of it
 };
 
 // The first chunk inside the RIFF chunk is taken as the format chunk, whatever its id; the data chunk may
