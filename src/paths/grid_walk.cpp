@@ -90,7 +90,8 @@ class Walker {
 }  // namespace
 
 FinishedWalk WalkToCell(const WalkGrid &grid, int64_t start, int64_t end) noexcept {
-    if (grid.visits[start] >= kMostVisits) return {};
+    // A blocked end can't be entered; the walk would be a long one for nothing.
+    if (grid.visits[start] >= kMostVisits || grid.visits[end] >= kMostVisits) return {};
     Walker walker(grid, start, end);
     bool goesOn = walker.Step<1>();
     const int64_t firstCell = walker.CellNow();

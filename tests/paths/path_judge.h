@@ -87,6 +87,10 @@ class PathJudge {
         return path;
     }
 
+    bool IsBlocked(int column, int row) const {
+        return visits[static_cast<size_t>((row + 1) * width_ + column + 1)] == 255;
+    }
+
     // Column and row of each entry.
     std::vector<std::array<int, 2>> TrailCells() const {
         std::vector<std::array<int, 2>> cells;
