@@ -110,66 +110,82 @@ uint32_t Fade(uint32_t colour) {
     return colour - (highBits >> 7);
 }
 
-// One effect in one frame.
+struct Gravity {
+    int32_t x, y;
+};
+
+Gravity GravityOf(int32_t mode) {
+    switch (mode) {
+        case 1:
+            return {1, 0};
+        case 2:
+            return {0, 1};
+        case 3:
+            return {-1, 0};
+        case 4:
+            return {0, -1};
+        default:
+            return {0, 0};
+    }
+}
+
+// What one effect does in one frame.
 class EffectFrame {
   public:
     explicit EffectFrame(PixelEffectBlock &effect)
         : effect_(effect),
-          batch_({effect.destDC, effect.backgroundDC}),
+          batch_({.dest = effect.destDC, .background = effect.backgroundDC}),
           lifeFrames_(effect.lifeFrames),
           colourMode_(effect.colourMode),
           gravity_(NextGravity()) {}
 
     // False: no particle was shown.
     bool Run() {
-        for (PixelParticle &particle : ParticlesOf(effect_)) RunParticle(particle);
-        return isAnyShown_;
+        bool isAnyShown = false;
+        for (std::span<PixelParticle> rest = ParticlesOf(effect_); !rest.empty();) {
+            const size_t count = std::min(rest.size(), StrokeBatch::kCapacity / 2);
+            isAnyShown |= RunParticles(rest.first(count));
+            rest = rest.subspan(count);
+        }
+        return isAnyShown;
     }
 
   private:
-    struct Gravity {
-        int32_t x, y;
-    };
-
     Gravity NextGravity() {
-        const int32_t phase = LoadWord(effect_.phase) == 1 ? kGravityPeriod : LoadWord(effect_.phase) - 1;
+        const int32_t phase = effect_.phase == 1 ? kGravityPeriod : effect_.phase - 1;
         StoreWord(effect_.phase, phase);
-        if (phase != 1) return {0, 0};
-        switch (effect_.gravityMode) {
-            case 1:
-                return {1, 0};
-            case 2:
-                return {0, 1};
-            case 3:
-                return {-1, 0};
-            case 4:
-                return {0, -1};
-            default:
-                return {0, 0};
+        return phase == 1 ? GravityOf(effect_.gravityMode) : Gravity{0, 0};
+    }
+
+    // At most two strokes for each: one to be shown, one for its end.
+    bool RunParticles(std::span<PixelParticle> particles) {
+        bool isAnyShown = false;
+        size_t strokes = 0;
+        for (PixelParticle &particle : particles) {
+            FetchAhead(particle);
+            const int32_t life = particle.life;
+            if (life == 0) continue;
+            if (life <= lifeFrames_) {
+                Show(particle, strokes++);
+                isAnyShown = true;
+            }
+            StoreWord(particle.life, WrappedDifference(life, 1));
+            if (life == 1) batch_.Put(strokes++, particle.prevX, particle.prevY, kNowhere, kNowhere, 0);
         }
+        batch_.Draw(strokes);
+        return isAnyShown;
     }
 
-    void RunParticle(PixelParticle &particle) {
-        const int32_t life = LoadWord(particle.life);
-        if (life == 0) return;
-        if (life <= lifeFrames_) Show(particle);
-        StoreWord(particle.life, WrappedDifference(life, 1));
-        if (life == 1)
-            batch_.Add({LoadWord(particle.prevX), LoadWord(particle.prevY), kNowhere, kNowhere, 0});
-    }
-
-    void Show(PixelParticle &particle) {
-        isAnyShown_ = true;
-        const int32_t x = LoadWord(particle.x), y = LoadWord(particle.y);
-        const uint32_t colour = LoadWord(particle.particleColour);
-        batch_.Add({LoadWord(particle.prevX), LoadWord(particle.prevY), x, y, colour});
+    void Show(PixelParticle &particle, size_t stroke) {
+        const int32_t x = particle.x, y = particle.y, vx = particle.vx, vy = particle.vy;
+        const uint32_t colour = particle.particleColour;
+        batch_.Put(stroke, particle.prevX, particle.prevY, x, y, colour);
         StoreWord(particle.prevX, x);
         StoreWord(particle.prevY, y);
-        const int32_t vx = LoadWord(particle.vx), vy = LoadWord(particle.vy);
         StoreWord(particle.x, WrappedSum(x, vx));
         StoreWord(particle.y, WrappedSum(y, vy));
-        if (gravity_.x != 0) StoreWord(particle.vx, WrappedSum(vx, gravity_.x));
-        if (gravity_.y != 0) StoreWord(particle.vy, WrappedSum(vy, gravity_.y));
+        StoreWord(particle.vx, WrappedSum(vx, gravity_.x));
+        StoreWord(particle.vy, WrappedSum(vy, gravity_.y));
         StoreWord(particle.particleColour, NextColour(colour));
     }
 
@@ -190,7 +206,6 @@ class EffectFrame {
     StrokeBatch batch_;
     const int32_t lifeFrames_, colourMode_;
     const Gravity gravity_;
-    bool isAnyShown_ = false;
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Zlib
-// How the threads touch the words of their records: whole and relaxed, because the caller may read a record
-// while its thread writes it. Words of one record that belong together may be seen half changed.
+// How the threads write the words of their records: whole and relaxed, because the caller may read a record
+// meanwhile. Words of one record that belong together may be seen half changed. The thread's own reads are
+// plain, for nobody else writes.
 #pragma once
 
 #include <atomic>
@@ -10,13 +11,15 @@
 namespace fenlight {
 
 template <class Number>
-Number LoadWord(const Number &word) noexcept {
-    return std::atomic_ref(const_cast<Number &>(word)).load(std::memory_order_relaxed);
-}
-
-template <class Number>
 void StoreWord(Number &word, std::type_identity_t<Number> value) noexcept {
     std::atomic_ref(word).store(value, std::memory_order_relaxed);
+}
+
+// Has the processor fetch a record that will be worked on soon. May lie behind the last one.
+template <class Record>
+void FetchAhead(const Record &record) noexcept {
+    constexpr uintptr_t kBytes = 1024;  // the time of a few cache misses
+    __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(&record) + kBytes), 1);
 }
 
 // Callers may set any number, so positions and speeds wrap instead of overflowing.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Zlib
 #include "particles/star_field.h"
 
+#include <algorithm>
 #include <span>
 
 #include "fenlight/platform/system.h"
@@ -54,7 +55,11 @@ StrokeSurfaces Surfaces() {
             hasBackground && (settings.flags & 1) != 0};
 }
 
-COLORREF ColourOfAge(int32_t age) { return age < 64 ? 0x808080 : age < 128 ? 0xC0C0C0 : 0xFFFFFF; }
+// A table, for ages are too mixed for a branch to be foretold.
+COLORREF ColourOfAge(int32_t age) {
+    static constexpr COLORREF kColours[] = {0x808080, 0xC0C0C0, 0xFFFFFF};
+    return kColours[std::min(static_cast<uint32_t>(age) / 64, 2u)];
+}
 
 int32_t Middle(int32_t low, int32_t high) {
     const uint32_t half = (static_cast<uint32_t>(high) - static_cast<uint32_t>(low)) >> 1;
@@ -98,23 +103,52 @@ void Launch(StarRecord &star) {
     }
 }
 
-bool IsInside(int32_t x, int32_t y) {
-    return settings.left < x && x < settings.right && settings.top < y && y < settings.bottom;
+bool IsInside(const StarArguments &field, int32_t x, int32_t y) {
+    return field.left < x && x < field.right && field.top < y && y < field.bottom;
 }
 
 // False: the star has left the rectangle or has lived long enough.
-bool Move(StarRecord &star, const Stroke &stroke) {
-    const int32_t x = WrappedSum(stroke.newX, LoadWord(star.vx));
-    const int32_t y = WrappedSum(stroke.newY, LoadWord(star.vy));
-    StoreWord(star.prevX, stroke.newX);
-    StoreWord(star.x, x);
-    StoreWord(star.prevY, stroke.newY);
-    StoreWord(star.y, y);
-    const bool isParked = x == kNowhere && y == kNowhere;
-    if (!isParked && !IsInside(x, y)) return false;
-    const int32_t age = WrappedSum(LoadWord(star.age), 1);
+bool Move(StarRecord &star, const StarArguments &field) {
+    const int32_t x = star.x, y = star.y;
+    const int32_t nextX = WrappedSum(x, star.vx), nextY = WrappedSum(y, star.vy);
+    StoreWord(star.prevX, x);
+    StoreWord(star.x, nextX);
+    StoreWord(star.prevY, y);
+    StoreWord(star.y, nextY);
+    const bool isParked = nextX == kNowhere && nextY == kNowhere;
+    if (!IsInside(field, nextX, nextY) && !isParked) return false;
+    const int32_t age = WrappedSum(star.age, 1);
     StoreWord(star.age, age);
     return age < kLongestAge;
+}
+
+void RunStars(std::span<StarRecord> stars, StrokeBatch &batch) {
+    const StarArguments field = settings;
+    for (size_t i = 0; i < stars.size(); ++i) {
+        StarRecord &star = stars[i];
+        FetchAhead(star);
+        batch.Put(i, star.prevX, star.prevY, star.x, star.y, ColourOfAge(star.age));
+        if (Move(star, field)) continue;
+        ++goneCount;
+        if (Option(StarSettings.stopMode) != kRunOut) Launch(star);
+    }
+    batch.Draw(stars.size());
+}
+
+void EraseEach(std::span<StarRecord> stars, StrokeBatch &batch) {
+    for (size_t i = 0; i < stars.size(); ++i)
+        batch.Put(i, stars[i].prevX, stars[i].prevY, kNowhere, kNowhere, 0);
+    batch.Draw(stars.size());
+}
+
+// In array order, a batch at a time.
+void ForAllStars(void (*work)(std::span<StarRecord> stars, StrokeBatch &batch)) {
+    StrokeBatch batch(Surfaces());
+    for (std::span<StarRecord> rest = AllStars(); !rest.empty();) {
+        const size_t count = std::min(rest.size(), StrokeBatch::kCapacity);
+        work(rest.first(count), batch);
+        rest = rest.subspan(count);
+    }
 }
 
 }  // namespace
@@ -147,27 +181,13 @@ void FreeStarField() noexcept {
 
 void RunStarFrame() noexcept {
     goneCount = 0;
-    StrokeBatch batch(Surfaces());
-    for (StarRecord &star : AllStars()) {
-        const Stroke stroke{LoadWord(star.prevX), LoadWord(star.prevY), LoadWord(star.x), LoadWord(star.y),
-                            ColourOfAge(LoadWord(star.age))};
-        batch.Add(stroke);
-        if (Move(star, stroke)) continue;
-        ++goneCount;
-        if (Option(StarSettings.stopMode) != kRunOut) Launch(star);
-    }
+    ForAllStars(RunStars);
 }
 
 bool StarFieldGoesOn(int32_t stopMode) noexcept {
     return stopMode == kKeepRunning || (stopMode == kRunOut && goneCount != settings.count);
 }
 
-void EraseStars() noexcept {
-    StrokeSurfaces surfaces = Surfaces();
-    surfaces.showsOnBlackOnly = false;
-    StrokeBatch batch(surfaces);
-    for (const StarRecord &star : AllStars())
-        batch.Add({LoadWord(star.prevX), LoadWord(star.prevY), kNowhere, kNowhere, 0});
-}
+void EraseStars() noexcept { ForAllStars(EraseEach); }
 
 }  // namespace fenlight

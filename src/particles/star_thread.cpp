@@ -16,7 +16,9 @@ constinit HANDLE starSemaphore = 0;  // the thread's own handle of "mysem"
 
 constinit std::atomic<int32_t> starsFinished{0};
 
-int32_t StopMode() noexcept { return StarSettings.stopMode.load(std::memory_order_relaxed); }
+// Acquire, and release in NoStars: what a caller read of the records before it ended the field comes before
+// their end.
+int32_t StopMode() noexcept { return StarSettings.stopMode.load(std::memory_order_acquire); }
 
 // Returns when the frame began.
 uint32_t TakeFrameTurn() noexcept {
@@ -93,7 +95,7 @@ void *Stars(uintptr_t destDC, uintptr_t backgroundDC, int32_t left, int32_t top,
     return StartStars({destDC, backgroundDC, left, top, right, bottom, count, frameDelay, flags});
 }
 
-void NoStars(int32_t mode) noexcept { StarSettings.stopMode.store(mode, std::memory_order_relaxed); }
+void NoStars(int32_t mode) noexcept { StarSettings.stopMode.store(mode, std::memory_order_release); }
 
 int32_t StatusStars() noexcept { return starsFinished.load(std::memory_order_acquire); }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Zlib
-// The pixels of a frame of particles. Each particle takes its old pixel back and lights a new one; strokes
+// The pixels of a frame of particles. Each particle gives its old pixel back and lights a new one; strokes
 // are gathered and drawn a few hundred at a time, with the same outcome as single GetPixel and SetPixel calls
 // in the order of the strokes, but with two locks for a batch instead of three for each stroke.
 //
@@ -9,7 +9,6 @@
 
 #include <array>
 #include <cstdint>
-#include <span>
 
 #include "fenlight/platform/graphics.h"
 
@@ -17,12 +16,6 @@ namespace fenlight {
 
 // A place off every context: nothing is read or written there.
 inline constexpr int32_t kNowhere = -111;
-
-struct Stroke {
-    int32_t oldX, oldY;  // gets back what lies behind it
-    int32_t newX, newY;
-    COLORREF colour;  // of the new pixel
-};
 
 struct StrokeSurfaces {
     HDC dest = 0;
@@ -33,30 +26,47 @@ struct StrokeSurfaces {
 
 class StrokeBatch {
   public:
-    explicit StrokeBatch(const StrokeSurfaces &surfaces) noexcept : surfaces_(surfaces) {}
-    StrokeBatch(const StrokeBatch &) = delete;
-    StrokeBatch &operator=(const StrokeBatch &) = delete;
-    ~StrokeBatch() { Draw(); }
-
-    void Add(const Stroke &stroke) noexcept {
-        if (count_ == kCapacity) Draw();
-        strokes_[count_++] = stroke;
-    }
-
-  private:
     // 256: drawing them holds a lock for about a microsecond, and they stay in the first cache.
     static constexpr size_t kCapacity = 256;
-    using Colours = std::array<COLORREF, kCapacity>;
 
-    void Draw() noexcept;
-    void DrawInTurn() const noexcept;
-    void FindBehind(Colours &behind) const noexcept;
-    void Paint(const Colours &behind) const noexcept;
-    std::span<const Stroke> Strokes() const noexcept { return {strokes_.data(), count_}; }
+    explicit StrokeBatch(const StrokeSurfaces &surfaces) noexcept : surfaces_(surfaces) {
+        if (surfaces.isBlackBehind) behind_.fill(0);
+    }
+    StrokeBatch(const StrokeBatch &) = delete;
+    StrokeBatch &operator=(const StrokeBatch &) = delete;
+
+    // The old place gets back what lies behind it; the new one gets the colour.
+    void Put(size_t index, int32_t oldX, int32_t oldY, int32_t newX, int32_t newY, COLORREF colour) noexcept {
+        old_.x[index] = oldX;
+        old_.y[index] = oldY;
+        new_.x[index] = newX;
+        new_.y[index] = newY;
+        colours_[index] = colour;
+    }
+    // Draws the first `count` strokes. All of them must have been put since the last time.
+    void Draw(size_t count) noexcept;
+
+  private:
+    template <class Value>
+    using Column = std::array<Value, kCapacity>;
+    // By columns, for vectors.
+    struct Places {
+        Column<int32_t> x, y;
+    };
+    class WordPixels;
+    class AnyPixels;
+
+    template <class Work>
+    static void WorkOn(HDC context, const Work &work) noexcept;
+    void DrawInTurn(size_t count) noexcept;
+    void FindBehind(size_t count) noexcept;
+    void HideNew(size_t count) noexcept;
+    void Paint(size_t count) noexcept;
 
     const StrokeSurfaces surfaces_;
-    size_t count_ = 0;
-    std::array<Stroke, kCapacity> strokes_;  // only the first count_ mean anything
+    Places old_, new_;
+    Column<COLORREF> colours_;
+    Column<COLORREF> behind_;
 };
 
 }  // namespace fenlight

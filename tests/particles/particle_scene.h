@@ -22,6 +22,14 @@ using platform::CountHandles;
 using platform::HandleKind;
 using platform::Operation;
 
+// What a context shows, also while a thread draws on it.
+inline Picture Look(HDC context, int width, int height) {
+    Picture picture(width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) picture.At(x, y) = GetPixel(context, x, y);
+    return picture;
+}
+
 // A context of 1 (monochrome), 8, 24 or 32 bits full of noise, a good part of it black.
 class NoisyContext {
   public:
@@ -56,12 +64,7 @@ class NoisyContext {
     }
     operator HDC() const { return context_; }
 
-    Picture Get() const {
-        Picture picture(width_, height_);
-        for (int y = 0; y < height_; ++y)
-            for (int x = 0; x < width_; ++x) picture.At(x, y) = GetPixel(context_, x, y);
-        return picture;
-    }
+    Picture Get() const { return Look(context_, width_, height_); }
 
   private:
     int width_, height_;
