@@ -59,6 +59,9 @@ class NthMatch {
         return Take(base + __builtin_ctzll(bits));
     }
     bool HasEnough() const noexcept { return seen_ > wanted_; }
+    // So many matches before the wanted one may be passed, counted and not looked at.
+    int64_t Far() const noexcept { return wanted_ - seen_; }
+    void Pass(int64_t matches) noexcept { seen_ += matches; }
     // Where the next match may start.
     static int64_t Next() noexcept { return 0; }
     int64_t Seen() const noexcept { return seen_; }

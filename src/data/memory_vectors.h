@@ -278,12 +278,27 @@ struct VectorLoops {
         return at;
     }
 
+    // Counts the matches of a pattern that is probed whole, as long as the wanted one is far, without a
+    // branch for each.
+    static int64_t PassMatches(const Probes &probes, int64_t candidates, NthMatch &matches) noexcept {
+        int64_t at = 0, passed = 0;
+        const int64_t most = matches.Far() - 64;
+        for (; at + 64 <= candidates && passed <= most; at += 64) {
+            passed += __builtin_popcountll(probes(at));
+        }
+        matches.Pass(passed);
+        return at;
+    }
+
     template <typename Matches>
     static int64_t Scan(const ProbedPattern &pattern, const uint8_t *text, int64_t candidates,
                         Matches &matches) noexcept {
         const Probes probes(pattern, text);
-        int64_t work = 0;
-        for (int64_t at = 0; at < candidates; at += 64) {
+        int64_t work = 0, at = 0;
+        if constexpr (Matches::kMayOverlap) {
+            if (pattern.length <= 3) at = PassMatches(probes, candidates, matches);
+        }
+        for (; at < candidates; at += 64) {
             if (pattern.pairs != nullptr) {
                 at = Leap(pattern, text, at, candidates);
                 if (at >= candidates) break;
