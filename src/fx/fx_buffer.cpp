@@ -20,13 +20,19 @@ constexpr int64_t kMostImageBytes = std::numeric_limits<int32_t>::max() - kBitma
 
 struct PlacedBlock {
     void *block = nullptr;
-    uint8_t *pixels = nullptr;  // on a cache line, in a large block on a large page
+    uint8_t *pixels = nullptr;  // on a cache line, or on a large page
 };
+
+// The gap before a large page costs addresses, but no memory as long as nobody writes to it. Clearing would.
+size_t AlignmentOf(size_t bytes, UINT flags) {
+    const bool isCleared = (flags & GMEM_ZEROINIT) != 0;
+    return bytes >= platform::kLargePage && !isCleared ? platform::kLargePage : kCacheLine;
+}
 
 // `front` bytes of the block lie before the pixels, at its start.
 PlacedBlock AllocatePixels(size_t front, int64_t bytes, UINT flags) {
     const auto size = static_cast<size_t>(bytes);
-    const size_t alignment = size >= platform::kLargePage ? platform::kLargePage : kCacheLine;
+    const size_t alignment = AlignmentOf(size, flags);
     void *block = GlobalAlloc(flags, front + alignment - 1 + size);
     if (block == nullptr) return {};
     uint8_t *earliest = static_cast<uint8_t *>(block) + front;

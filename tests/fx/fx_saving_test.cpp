@@ -36,19 +36,6 @@ class FXSaving : public ::testing::Test {
     }
 };
 
-TEST_F(FXSaving, FilesShowThePictureToOtherReaders) {
-    for (int32_t width = 1; width <= 9; ++width) {
-        const uintptr_t image = NoisyImage(width, 6);
-        const OwnedFX fx(FXFromHandle(MakeFX(image, RowOrder::BottomUp)));
-        ASSERT_NE(fx, nullptr);
-        const Picture drawn = PictureOf(image, width, 6);
-        EXPECT_EQ(WriteBitmapFile(*fx, kFile.c_str()), static_cast<int32_t>(54 + fx->biSizeImage));
-        const uintptr_t loaded = LoadFileImage(kFile.c_str());  // by the system's picture library
-        EXPECT_TRUE(SamePicture("loaded", PictureOf(loaded, width, 6), drawn)) << width;
-        FreeAllImages();
-    }
-}
-
 TEST_F(FXSaving, FilesHoldTheRowsOfTheBufferBehindTheHeaders) {
     const uintptr_t image = NoisyImage(4, 4);
     const OwnedFX fx(FXFromHandle(InitFX(image)));

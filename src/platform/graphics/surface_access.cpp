@@ -85,10 +85,12 @@ bool DrawPixels(HDC handle, int32_t x, int32_t y, const PixelView &pixels) noexc
 bool FetchPixels(HDC handle, const PixelView &pixels) noexcept {
     PassSuspendGate();
     const LockedContext context(handle);
-    if (!context || context.View().width < pixels.width || context.View().height < pixels.height)
-        return false;
-    return BlitBlock(pixels, &context.View(), {0, 0, pixels.width, pixels.height, 0, 0}, SRCCOPY,
-                     TransferColours());
+    if (!context) return false;
+    const PixelView &picture = context.View();
+    const Block whole{0, 0, pixels.width, pixels.height, 0, 0};
+    if (picture.width < pixels.width || picture.height < pixels.height)
+        BlitBlock(pixels, nullptr, whole, BLACKNESS, TransferColours());
+    return BlitBlock(pixels, &picture, whole, SRCCOPY, TransferColours());
 }
 
 }  // namespace fenlight::platform

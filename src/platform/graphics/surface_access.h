@@ -42,7 +42,8 @@ FENLIGHT_API void WriteSurfacePixel(const PixelView &view, int32_t x, int32_t y,
 // dead context.
 FENLIGHT_API bool DrawPixels(HDC context, int32_t x, int32_t y, const PixelView &pixels) noexcept;
 // Fills `pixels` from the top left corner of the context's picture, in whatever format that is; monochrome
-// comes out black and white. False with nothing written for a dead context and a picture that is smaller.
+// comes out black and white, what a smaller picture does not have as 0. False with nothing written for a dead
+// context.
 FENLIGHT_API bool FetchPixels(HDC context, const PixelView &pixels) noexcept;
 
 // Holds the lock of a context's surface as long as it stands. Meanwhile the same thread must not call an
