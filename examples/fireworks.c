@@ -13,7 +13,8 @@
 
 #include "picture_file.h"
 
-enum { kWidth = 640, kHeight = 480, kMoments = 6 };
+enum { kWidth = 640, kHeight = 480 };
+enum { kPart = 300, kPartHeight = 220, kGap = 4 }; /* what --picture shows */
 
 static int32_t Between(int32_t low, int32_t high) {
     int32_t number;
@@ -46,28 +47,29 @@ static void Burst(HDC screen, HDC background, int32_t x, int32_t y) {
     SetPixelEffect(screen, background, x, y, colours[Between(0, 5)], 5, 8, 2, 400, glitters ? 2 : 0, 45);
 }
 
-/* Six moments of a running scene, side by side. */
-static int WriteMoments(const char *folder, const char *name, HDC scene, int32_t width, int32_t height,
-                        DWORD interval) {
+/* Six moments of a part of a running scene, in two rows of three. */
+static int WriteMoments(const char *folder, const char *name, HDC scene, DWORD interval) {
     char path[1024];
-    HDC strip = CreateImage(scene, kMoments * (width + 4) - 4, height);
-    Fill(strip, 0, 0, kMoments * (width + 4), height, 0xFFFFFF);
-    for (int i = 0; i < kMoments; ++i) {
+    const int32_t width = 3 * kPart + 2 * kGap, height = 2 * kPartHeight + kGap;
+    HDC strip = CreateImage(scene, width, height);
+    Fill(strip, 0, 0, width, height, 0xFFFFFF);
+    for (int i = 0; i < 6; ++i) {
         Sleep(interval);
-        BitBlt(strip, i * (width + 4), 0, width, height, scene, 0, 0, SRCCOPY);
+        BitBlt(strip, i % 3 * (kPart + kGap), i / 3 * (kPartHeight + kGap), kPart, kPartHeight, scene, 0, 0,
+               SRCCOPY);
     }
     snprintf(path, sizeof(path), "%s/%s", folder, name);
-    return WritePicture(path, strip, kMoments * (width + 4) - 4, height);
+    return WritePicture(path, strip, width, height);
 }
 
 static int WriteStrips(const char *folder, HDC scene, HDC background) {
-    if (!Stars(scene, background, 0, 0, 160, 120, 700, 20, 0)) return 0;
-    Sleep(4000); /* the stars begin one by one */
-    int isWritten = WriteMoments(folder, "stars.png", scene, 160, 120, 20);
+    if (!Stars(scene, background, 0, 0, kPart, kPartHeight, 1500, 20, 0)) return 0;
+    Sleep(6000); /* the stars begin one by one */
+    int isWritten = WriteMoments(folder, "stars.png", scene, 100);
     NoStars(2);
     while (!StatusStars()) Sleep(1);
-    SetPixelEffect(scene, background, 80, 45, 0x60C0FF, 5, 6, 2, 400, 0, 45);
-    isWritten &= WriteMoments(folder, "burst.png", scene, 160, 120, 180);
+    SetPixelEffect(scene, background, kPart / 2, kPartHeight / 2 - 20, 0x60C0FF, 10, 10, 2, 1500, 0, 45);
+    isWritten &= WriteMoments(folder, "burst.png", scene, 140);
     return isWritten;
 }
 
