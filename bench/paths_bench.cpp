@@ -219,7 +219,7 @@ struct Scene {
 
 FinishedWalk WalkOnce(const Map &map, std::vector<uint8_t> &visits, std::vector<uint64_t> &exits) {
     const CellMap cells = MapOf(map.header, map.size);
-    const WalkGrid grid{visits.data(), exits.data(), cells.GridWidth()};
+    const WalkGrid grid{visits.data(), exits.data(), cells.GridWidth(), cells.GridCells()};
     return WalkToCell(grid, cells.GridWidth() + 1, map.rows * cells.GridWidth() + map.columns);
 }
 

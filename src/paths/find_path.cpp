@@ -72,7 +72,7 @@ int32_t SearchPath(int16_t *path, const CellMap &map, Position start, Position e
     const SearchMemory memory(map);
     if (!memory) return kNoMemory;
     FillGrid(map, thickens, memory.Visits(), memory.Scratch());
-    const WalkGrid grid{memory.Visits(), memory.Exits(), map.GridWidth()};
+    const WalkGrid grid{memory.Visits(), memory.Exits(), map.GridWidth(), map.GridCells()};
     const FinishedWalk walk = WalkToCell(grid, CellAt(map, start), CellAt(map, end));
     if (walk.steps == 0) return kNoPath;
 

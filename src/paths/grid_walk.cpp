@@ -87,6 +87,51 @@ class Walker {
     uint64_t steps_ = 0;
 };
 
+// Whether a walk that is under way, now on `cell`, can come to `end`. The search spreads from the end over
+// cells that were never left, whose exits have no use yet: each holds the next cell of the queue. It ends
+// where it meets the walk.
+class ReachSearch {
+  public:
+    ReachSearch(const WalkGrid &grid, int64_t cell, int64_t end) noexcept
+        : grid_(grid), walker_(cell), first_(end), last_(end) {
+        grid_.visits[end] = kCutOffCell;
+    }
+
+    // Counts are as they were if it is so.
+    bool IsReached() noexcept {
+        for (int64_t cell = first_;; cell = Next(cell)) {
+            for (const int64_t offset : {int64_t{1}, grid_.width, int64_t{-1}, -grid_.width})
+                if (MeetsWalk(cell + offset)) return TakeMarksBack();
+            if (cell == last_) return false;
+        }
+    }
+
+  private:
+    int64_t Next(int64_t cell) const noexcept { return static_cast<int64_t>(grid_.exits[cell]); }
+
+    bool MeetsWalk(int64_t cell) noexcept {
+        const uint8_t count = grid_.visits[cell];
+        if (cell == walker_ || (count > 0 && count <= kMostVisits)) return true;
+        if (count == 0) {
+            grid_.visits[cell] = kCutOffCell;
+            grid_.exits[last_] = static_cast<uint64_t>(cell);
+            last_ = cell;
+        }
+        return false;
+    }
+
+    bool TakeMarksBack() noexcept {
+        for (int64_t cell = first_; cell != last_; cell = Next(cell)) grid_.visits[cell] = 0;
+        grid_.visits[last_] = 0;
+        return true;
+    }
+
+    const WalkGrid grid_;
+    const int64_t walker_;
+    const int64_t first_;
+    int64_t last_;
+};
+
 }  // namespace
 
 FinishedWalk WalkToCell(const WalkGrid &grid, int64_t start, int64_t end) noexcept {
@@ -95,7 +140,15 @@ FinishedWalk WalkToCell(const WalkGrid &grid, int64_t start, int64_t end) noexce
     Walker walker(grid, start, end);
     bool goesOn = walker.Step<1>();
     const int64_t firstCell = walker.CellNow();
-    while (goesOn) goesOn = walker.Step<2>() && walker.Step<3>() && walker.Step<0>() && walker.Step<1>();
+    const auto fourSteps = [&] {
+        return walker.Step<2>() && walker.Step<3>() && walker.Step<0>() && walker.Step<1>();
+    };
+    // Without a way the walk would take up to 32 steps a cell to give up; after one a cell it is worth a
+    // look.
+    while (goesOn && walker.Steps() < grid.cells) goesOn = fourSteps();
+    const bool isNewCell = grid.visits[end] == 0;  // else the walk began there
+    if (goesOn && isNewCell && !ReachSearch(grid, walker.CellNow(), end).IsReached()) return {};
+    while (goesOn) goesOn = fourSteps();
     return {walker.HasArrived() ? walker.Steps() : 0, firstCell};
 }
 

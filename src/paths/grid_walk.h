@@ -18,10 +18,13 @@ struct WalkGrid {
     // A word for each cell, of any content. Those of cells that were left are written.
     uint64_t *exits;
     int64_t width;
+    int64_t cells;  // ring included
 };
 
 // A walker that has left one cell so often gives up there.
 inline constexpr uint8_t kMostVisits = 32;
+// What stays in the counts of the cells around an end that no way leads to.
+inline constexpr uint8_t kCutOffCell = 128;
 
 struct FinishedWalk {
     int64_t steps;      // 0: it gave up
