@@ -103,6 +103,42 @@ void StarsPlainWrites(benchmark::State &state) {
 }
 BENCHMARK(StarsPlainWrites)->Unit(benchmark::kMicrosecond);
 
+// What a user would write instead for one kind of particle: a loop over an array of his own.
+struct OwnStar {
+    int32_t x, y, prevX, prevY, age, vx, vy;
+};
+
+void StarsOwnLoop(benchmark::State &state) {
+    std::vector<OwnStar> stars;
+    {
+        const Surface dest(0);
+        const Field field(dest, 0);
+        for (const StarRecord &s : std::span(CurrentStars(), kStars))
+            stars.push_back({s.x, s.y, s.prevX, s.prevY, s.age, s.vx, s.vy});
+    }
+    auto picture = EmptyArray();
+    const auto background = picture;
+    for (auto _ : state) {
+        for (OwnStar &s : stars) {
+            if (const auto old = static_cast<size_t>(IndexOf(s.prevX, s.prevY)))
+                picture[old] = background[old];
+            if (const auto now = static_cast<size_t>(IndexOf(s.x, s.y)))
+                picture[now] = s.age < 64 ? 0x808080 : s.age < 128 ? 0xC0C0C0 : 0xFFFFFF;
+            s.prevX = s.x;
+            s.prevY = s.y;
+            s.x += s.vx;
+            s.y += s.vy;
+            if (++s.age < 256 && IndexOf(s.x, s.y) != 0) continue;
+            s.x = kWidth / 2 + s.vx * 32;
+            s.y = kHeight / 2 + s.vy * 32;
+            s.age = 48;
+        }
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * kStars);
+}
+BENCHMARK(StarsOwnLoop)->Unit(benchmark::kMicrosecond);
+
 // A screenful of bursts.
 void SetEffects(HDC dest, HDC background, int32_t colourMode) {
     RandomSeed(3);

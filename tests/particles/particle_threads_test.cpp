@@ -130,11 +130,6 @@ TEST(ParticleThreads, StartAndStopAgainstEachOther) {
     const auto below = [&random](int32_t end) {
         return static_cast<int32_t>(random() % static_cast<uint32_t>(end));
     };
-    const auto suspend = [](HANDLE thread) {
-        SuspendThread(thread);
-        GiveTurns();
-        ResumeThread(thread);
-    };
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
     const auto step = [&] {
         switch (below(10)) {
@@ -159,7 +154,7 @@ TEST(ParticleThreads, StartAndStopAgainstEachOther) {
                 ++rounds[1];
                 break;
             case 3:
-                if (const HANDLE thread = InitPixelEffects(); thread != 0) effects = thread;
+                effects = InitPixelEffects();
                 break;
             case 4:
                 DeInitPixelEffects();
@@ -176,7 +171,9 @@ TEST(ParticleThreads, StartAndStopAgainstEachOther) {
                 StopAllSprites(0);
                 break;
             case 7:
-                if (effects != 0) suspend(effects);
+                SuspendThread(effects);
+                GiveTurns();
+                ResumeThread(effects);
                 break;
             case 8:
                 doomed = std::make_unique<Canvas>(Scene::kWidth, Scene::kHeight);
