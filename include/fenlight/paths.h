@@ -21,8 +21,8 @@ FENLIGHT_BEGIN_C
  *
  * The search is a walk, not a search for the shortest way: the walker goes to the one of its four neighbours
  * that it has left least often, and what it walked is cut short afterwards. It is fast and always goes the
- * same way on the same map, but the path is longer than the shortest, and a way through a large map may not
- * be found: docs/paths.md has numbers. Nothing is kept between calls. */
+ * same way on the same map, but the path is longer than the shortest, and it may give up on a very tangled
+ * map: docs/paths.md has numbers. Nothing is kept between calls. */
 
 /// Looks for a way from one position to another in steps to the right, left, up and down, and writes it with
 /// all loops and corners between neighbouring cells cut out. Two points that follow each other are at most
@@ -42,13 +42,13 @@ FENLIGHT_BEGIN_C
 /// @param flags         bit 0 blocks the eight neighbours of each blocked cell too, also under the start and
 /// the
 ///                      end; other bits mean nothing
-/// @return bytes written, 4 for each point and at least 12. 0 if the walker came 33 times to one cell and
-/// gave
-///         up, or could not start: that proves no more than that start or end may be blocked, or the way too
-///         tangled. 0 as well if the header's biSizeImage is less than its sizes need. -1 without memory, of
-///         which 9 bytes for each cell are taken. The array is unchanged in all these cases.
+/// @return bytes written, 4 for each point and at least 12. 0 if start or end is blocked, if no straight
+/// steps lead
+///         from one to the other, if the walker came to a cell that it had left 32 times, or if the header's
+///         biSizeImage is less than its sizes need. -1 without memory, of which about 9 bytes a cell are
+///         taken. The array is unchanged in all these cases.
 /// @note Any thread, and several at once on one map if none changes it. Handles of freed buffers must not be
-///       passed. A map on which no way is found costs the most time: up to 32 steps for each cell.
+///       passed. The time is bounded by 32 steps for each cell.
 FENLIGHT_API int32_t FindPath(int16_t *pathArray, uintptr_t fx, int32_t cellSize, int32_t startX,
                               int32_t startY, int32_t endX, int32_t endY, int32_t flags) FENLIGHT_NOEXCEPT;
 

@@ -87,13 +87,12 @@ class Walker {
     uint64_t steps_ = 0;
 };
 
-// Whether a walk that is under way, now on `cell`, can come to `end`. The search spreads from the end over
-// cells that were never left, whose exits have no use yet: each holds the next cell of the queue. It ends
-// where it meets the walk.
+// Whether a walk that is under way can come to an end that it never left. The search spreads from the end
+// over cells that were never left, whose exits have no use yet: each holds the next cell of the queue. It
+// ends where it meets the walk.
 class ReachSearch {
   public:
-    ReachSearch(const WalkGrid &grid, int64_t cell, int64_t end) noexcept
-        : grid_(grid), walker_(cell), first_(end), last_(end) {
+    ReachSearch(const WalkGrid &grid, int64_t end) noexcept : grid_(grid), first_(end), last_(end) {
         grid_.visits[end] = kCutOffCell;
     }
 
@@ -111,7 +110,7 @@ class ReachSearch {
 
     bool MeetsWalk(int64_t cell) noexcept {
         const uint8_t count = grid_.visits[cell];
-        if (cell == walker_ || (count > 0 && count <= kMostVisits)) return true;
+        if (count > 0 && count <= kMostVisits) return true;
         if (count == 0) {
             grid_.visits[cell] = kCutOffCell;
             grid_.exits[last_] = static_cast<uint64_t>(cell);
@@ -127,7 +126,6 @@ class ReachSearch {
     }
 
     const WalkGrid grid_;
-    const int64_t walker_;
     const int64_t first_;
     int64_t last_;
 };
@@ -147,7 +145,7 @@ FinishedWalk WalkToCell(const WalkGrid &grid, int64_t start, int64_t end) noexce
     // look.
     while (goesOn && walker.Steps() < grid.cells) goesOn = fourSteps();
     const bool isNewCell = grid.visits[end] == 0;  // else the walk began there
-    if (goesOn && isNewCell && !ReachSearch(grid, walker.CellNow(), end).IsReached()) return {};
+    if (goesOn && isNewCell && !ReachSearch(grid, end).IsReached()) return {};
     while (goesOn) goesOn = fourSteps();
     return {walker.HasArrived() ? walker.Steps() : 0, firstCell};
 }
