@@ -39,14 +39,13 @@ FENLIGHT_BEGIN_C
 /// @param startX        pixels, 0 to columns * cellSize - 1; else the result is 0
 /// @param startY        pixels, 0 to rows * cellSize - 1, from the block's last row on; else the result is 0
 /// @param endX, endY    in the same ranges. If it lies in the start's cell, the walker leaves and comes back.
-/// @param flags         bit 0 blocks the eight neighbours of each blocked cell too, also under the start and
-/// the
+/// @param flags         bit 0 blocks the eight neighbours of each blocked cell too, also under start and
 ///                      end; other bits mean nothing
 /// @return bytes written, 4 for each point and at least 12. 0 if start or end is blocked, if no straight
-/// steps lead
-///         from one to the other, if the walker came to a cell that it had left 32 times, or if the header's
-///         biSizeImage is less than its sizes need. -1 without memory, of which about 9 bytes a cell are
-///         taken. The array is unchanged in all these cases.
+/// steps
+///         lead from one to the other, if the walker came to a cell that it had left 32 times, or if the
+///         header's biSizeImage is less than its sizes need. -1 without memory, of which about 9 bytes a cell
+///         are taken. The array is unchanged in all these cases.
 /// @note Any thread, and several at once on one map if none changes it. Handles of freed buffers must not be
 ///       passed. The time is bounded by 32 steps for each cell.
 FENLIGHT_API int32_t FindPath(int16_t *pathArray, uintptr_t fx, int32_t cellSize, int32_t startX,
