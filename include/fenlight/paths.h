@@ -28,24 +28,21 @@ FENLIGHT_BEGIN_C
 /// all loops and corners between neighbouring cells cut out. Two points that follow each other are at most
 /// two cells apart on each axis. The line between them is not looked at: it may touch the corner of a blocked
 /// cell, or of two; bit 0 of `flags` keeps a margin.
-/// @param pathArray     receives the points: the start as given, then the corner with the lowest coordinates
-/// of
-///                      each cell on the way, at last of the cell that the end lies in, and the end as given.
-///                      Room for (columns * rows + 2) * 4 bytes, with biWidth / cellSize columns and biHeight
-///                      / cellSize rows, is enough for any map. 0 gives 0.
+/// @param pathArray     receives the points: the start as given, then the corner with the lowest
+///                      coordinates of each cell on the way, at last of the cell that the end lies in, and
+///                      the end as given. Room for (columns * rows + 2) * 4 bytes is enough for any map, with
+///                      biWidth / cellSize columns and biHeight / cellSize rows. 0 gives 0.
 /// @param fx            FX handle of the map, which is only read; 0 gives 0
-/// @param cellSize      edge of a cell in pixels, from 1 to the lesser of the map's edges; else the result is
-/// 0
+/// @param cellSize      edge of a cell in pixels, from 1 to the lesser of the map's edges; else it gives 0
 /// @param startX        pixels, 0 to columns * cellSize - 1; else the result is 0
 /// @param startY        pixels, 0 to rows * cellSize - 1, from the block's last row on; else the result is 0
 /// @param endX, endY    in the same ranges. If it lies in the start's cell, the walker leaves and comes back.
 /// @param flags         bit 0 blocks the eight neighbours of each blocked cell too, also under start and
 ///                      end; other bits mean nothing
-/// @return bytes written, 4 for each point and at least 12. 0 if start or end is blocked, if no straight
-/// steps
-///         lead from one to the other, if the walker came to a cell that it had left 32 times, or if the
-///         header's biSizeImage is less than its sizes need. -1 without memory, of which about 9 bytes a cell
-///         are taken. The array is unchanged in all these cases.
+/// @return bytes written, 4 for each point and at least 12. 0 if start or end is blocked, if no
+///         straight steps lead from one to the other, if the walker came to a cell that it had left 32 times,
+///         or if the header's biSizeImage is less than its sizes need. -1 without memory, of which about 9
+///         bytes a cell are taken. The array is unchanged in all these cases.
 /// @note Any thread, and several at once on one map if none changes it. Handles of freed buffers must not be
 ///       passed. The time is bounded by 32 steps for each cell.
 FENLIGHT_API int32_t FindPath(int16_t *pathArray, uintptr_t fx, int32_t cellSize, int32_t startX,
@@ -53,10 +50,8 @@ FENLIGHT_API int32_t FindPath(int16_t *pathArray, uintptr_t fx, int32_t cellSize
 
 /// Rounds the corners of a path: each point between the ends becomes the average, rounded down, of the one
 /// before it, which has been averaged already, itself and the one behind it. First all X are gone through and
-/// then all Y; the last point but one keeps its X. Points move off the cells of the map, so walls need a
-/// margin.
-/// @param pathArray  points as FindPath writes them, changed in place, taken as unsigned words; 0 does
-/// nothing
+/// then all Y; the last point but one keeps its X. Points move off the cells of the map, so keep a margin.
+/// @param pathArray  points as FindPath writes them, changed in place, taken as unsigned words; 0: nothing
 /// @param byteCount  4 for each point, a remainder is ignored; fewer than 3 points stay as they are. With 3
 ///                   points the middle one is averaged on both axes.
 /// @param passes     how often; 0 does nothing, below 0 counts as 1
