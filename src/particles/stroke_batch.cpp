@@ -26,19 +26,23 @@ class StrokeBatch::WordPixels {
     // False if all of it lies outside.
     bool Write(const Places &oldPlaces, const Column<COLORREF> &oldColours, const Places &newPlaces,
                const Column<COLORREF> &newColours, size_t count) const noexcept {
-        const Addresses oldOnes(view_, oldPlaces, count), newOnes(view_, newPlaces, count);
-        Column<uint32_t> oldWords, newWords;
-        SwapEach(oldColours, oldWords, count);
-        SwapEach(newColours, newWords, count);
-        uint32_t outside = 0;
+        const PixelView view = view_;  // a copy, which need not be read anew after each store
+        bool hasWritten = false;
         for (size_t i = 0; i < count; ++i) {
-            *oldOnes.FindOr(i, outside) = oldWords[i];
-            *newOnes.FindOr(i, outside) = newWords[i];
+            hasWritten |= Set(view, oldPlaces.x[i], oldPlaces.y[i], oldColours[i]);
+            hasWritten |= Set(view, newPlaces.x[i], newPlaces.y[i], newColours[i]);
         }
-        return oldOnes.IsAnyInside() || newOnes.IsAnyInside();
+        return hasWritten;
     }
 
   private:
+    static bool Set(const PixelView &view, int32_t x, int32_t y, COLORREF colour) noexcept {
+        if (static_cast<uint32_t>(x) >= static_cast<uint32_t>(view.width)) return false;
+        if (static_cast<uint32_t>(y) >= static_cast<uint32_t>(view.height)) return false;
+        reinterpret_cast<uint32_t *>(view.Row(y))[x] = SwapRedBlue(colour);
+        return true;
+    }
+
     static void SwapEach(const Column<COLORREF> &colours, Column<uint32_t> &words, size_t count) noexcept {
         for (size_t i = 0; i < count; ++i) words[i] = SwapRedBlue(colours[i]);
     }
@@ -49,15 +53,12 @@ class StrokeBatch::WordPixels {
         Addresses(const PixelView &view, const Places &places, size_t count) noexcept : topRow_(view.topRow) {
             const auto width = static_cast<uint32_t>(view.width), height = static_cast<uint32_t>(view.height);
             const auto pitch = static_cast<int32_t>(view.pitch);
-            int32_t insides = 0;
             for (size_t i = 0; i < count; ++i) {
                 const auto x = static_cast<uint32_t>(places.x[i]), y = static_cast<uint32_t>(places.y[i]);
                 const bool isInside = (x < width) & (y < height);
                 const auto offset = static_cast<int32_t>(y * static_cast<uint32_t>(pitch) + x * 4);
                 offsets_[i] = isInside ? offset : kOutside;
-                insides |= isInside ? 1 : 0;
             }
-            isAnyInside_ = insides != 0;
         }
         // Has the processor fetch all of them at once; by itself it looks only a few places ahead.
         void Fetch(size_t count) const noexcept {
@@ -68,7 +69,6 @@ class StrokeBatch::WordPixels {
             uint32_t *word = At(i);
             return offsets_[i] != kOutside ? word : &other;
         }
-        bool IsAnyInside() const noexcept { return isAnyInside_; }
 
       private:
         static constexpr int32_t kOutside = 1;  // no word begins there
@@ -77,7 +77,6 @@ class StrokeBatch::WordPixels {
 
         uint8_t *const topRow_;
         Column<int32_t> offsets_;
-        bool isAnyInside_;
     };
 
     const PixelView view_;
