@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Zlib
+#if defined(__x86_64__)
 #include <immintrin.h>
 
 #include "fx/array_blit.h"
@@ -131,3 +132,4 @@ void MixRows(const ArrayBlock &block) noexcept {
 extern const ArrayKernels kAvx2ArrayKernels{KeyRows, MixRows};
 
 }  // namespace fenlight
+#endif

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Zlib
+#if defined(__x86_64__)
 #include <immintrin.h>
 
 #include "fx/array_blit.h"
@@ -89,3 +90,4 @@ void MixRows(const ArrayBlock &block) noexcept {
 extern const ArrayKernels kAvx512ArrayKernels{KeyRows, MixRows};
 
 }  // namespace fenlight
+#endif
