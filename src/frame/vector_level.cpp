@@ -4,15 +4,29 @@
 #include <algorithm>
 #include <atomic>
 
+#if defined(__x86_64__)
+#include <cpuid.h>
+#endif
+
 namespace fenlight {
 namespace {
+
+#if defined(__x86_64__)
+// Not every compiler's __builtin_cpu_supports knows this one.
+bool HasLzcnt() noexcept {
+    constexpr unsigned kExtendedFeatures = 0x80000001;
+    constexpr unsigned kLzcntBit = 1u << 5;
+    unsigned a = 0, b = 0, c = 0, d = 0;
+    return __get_cpuid(kExtendedFeatures, &a, &b, &c, &d) != 0 && (c & kLzcntBit) != 0;
+}
+#endif
 
 VectorLevel FindVectorLevel() noexcept {
 #if defined(__x86_64__)
     __builtin_cpu_init();
     if (!__builtin_cpu_supports("sse4.2") || !__builtin_cpu_supports("popcnt")) return VectorLevel::Plain;
     if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("bmi") ||
-        !__builtin_cpu_supports("bmi2") || !__builtin_cpu_supports("lzcnt"))
+        !__builtin_cpu_supports("bmi2") || !HasLzcnt())
         return VectorLevel::Sse4;
     const bool hasAvx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
                            __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
