@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Zlib
+#if defined(__x86_64__)
 #include <immintrin.h>
 
 #include <cstring>
@@ -97,3 +98,5 @@ void WriteCells(const uint64_t *marks, int64_t cellSize, int64_t count, uint8_t 
 const MapKernels kAvx512MapKernels{MarkPixels, WriteCells};
 
 }  // namespace fenlight
+
+#endif
