@@ -28,6 +28,16 @@ inline SpriteRecord *FrameNextOf(const SpriteRecord &record) noexcept {
     return record.FrameNext.load(std::memory_order_acquire);
 }
 
+// All words of a record from one to another.
+template <class First, class Last>
+void PrefetchWords(const First &first, const Last &last) noexcept {
+    constexpr ptrdiff_t kCacheLine = 64;
+    const auto *end = reinterpret_cast<const char *>(&last);
+    for (auto *line = reinterpret_cast<const char *>(&first); line < end; line += kCacheLine)
+        __builtin_prefetch(line);
+    __builtin_prefetch(end);
+}
+
 // Records lie anywhere in memory, so each walk asks for what it will read of a record some records before.
 template <class Prefetch, class Visit>
 void WalkFrameOrder(SpriteRecord &first, Prefetch prefetch, Visit visit) noexcept {

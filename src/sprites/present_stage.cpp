@@ -10,11 +10,7 @@ namespace {
 constinit RectangleBatch batch;
 
 void PrefetchPlaces(const SpriteRecord &record) noexcept {
-    __builtin_prefetch(&record.FrameNext);
-    __builtin_prefetch(&record.Width);
-    __builtin_prefetch(&record.State);
-    __builtin_prefetch(&record.DrawnX);
-    __builtin_prefetch(&record.FixMode);
+    PrefetchWords(record.FrameNext, record.PreviousY);
 }
 
 bool IsShown(const SpriteRecord &record) noexcept {

@@ -9,10 +9,51 @@ namespace {
 
 constexpr int32_t kWordCount = kPositionEnd / 4;
 
+// All words in the order of their positions: ADDRESS is as wide as an address, NUMBER is 32 bits, NUMBERS a
+// run of numbers. Each line begins with its first position.
+// clang-format off
+#define FENLIGHT_SPRITE_WORDS(ADDRESS, NUMBER, NUMBERS)                                                     \
+    /*   0 */ ADDRESS(ImageDC)                                                                              \
+    /*   4 */ NUMBER(SourceX) NUMBER(SourceY) NUMBER(Width) NUMBER(Height)                                  \
+    /*  20 */ NUMBER(FrameCount) NUMBER(Frame) NUMBER(FrameDelay)                                           \
+    /*  32 */ NUMBER(X) NUMBER(Y) NUMBER(TargetX) NUMBER(TargetY) NUMBER(SpeedX) NUMBER(SpeedY)             \
+    /*  56 */ ADDRESS(ScreenDC) NUMBER(State) NUMBER(FrameTimer)                                            \
+    /*  68 */ ADDRESS(BackDC) NUMBER(FrameX) NUMBERS(Unused76, 2)                                           \
+    /*  84 */ ADDRESS(CleanDC) ADDRESS(Next)                                                                \
+    /*  92 */ NUMBER(BackgroundMode) NUMBER(ScrollStepX) NUMBER(ScrollStepY)                                \
+    /* 104 */ NUMBER(ViewWidth) NUMBER(ViewHeight) NUMBER(ScrollX) NUMBER(ScrollY)                          \
+    /* 120 */ ADDRESS(Self) NUMBER(Unused124)                                                               \
+    /* 128 */ NUMBER(DrawnX) NUMBER(DrawnY) NUMBER(PreviousX) NUMBER(PreviousY)                             \
+    /* 144 */ NUMBER(AnimOnce) NUMBER(StampRequest) NUMBER(FixMode) NUMBER(Mark)                            \
+    /* 160 */ NUMBERS(MoveSource, 18)                                                                       \
+    /* 232 */ NUMBER(ScrollMode) NUMBER(ScrollShiftX) NUMBER(ScrollShiftY) NUMBERS(Unused244, 2)            \
+    /* 252 */ NUMBER(RectLeft) NUMBER(RectTop) NUMBER(RectRight) NUMBER(RectBottom)                         \
+    /* 268 */ NUMBER(BackCollideMode) ADDRESS(BackCollideDC) NUMBER(NextX) NUMBER(NextY)                    \
+    /* 284 */ NUMBER(BackLeft) NUMBER(BackTop) NUMBER(BackRight) NUMBER(BackBottom)                         \
+    /* 300 */ NUMBER(BackFrameCount) NUMBER(BackFrame) NUMBER(BackFrameDelay)                               \
+    /* 312 */ NUMBER(TableIndex) NUMBER(TableLength) ADDRESS(Table) NUMBER(TableBaseX) NUMBER(TableBaseY)   \
+    /* 332 */ ADDRESS(BackCollideSound) NUMBER(MovingMode) NUMBERS(Unused340, 2)                            \
+    /* 348 */ NUMBERS(Path, 32)                                                                             \
+    /* 476 */ NUMBER(CleanUpRequest) NUMBER(CleanUpMark)                                                    \
+    /* 484 */ ADDRESS(AttachedTo) NUMBER(AttachX) NUMBER(AttachY)                                           \
+    /* 496 */ NUMBER(CageLeft) NUMBER(CageTop) NUMBER(CageRight) NUMBER(CageBottom)                         \
+    /* 512 */ NUMBER(CageHomeX) NUMBER(CageHomeY)                                                           \
+    /* 520 */ NUMBER(SpriteBrake) NUMBER(TableMode)                                                         \
+    /* 528 */ NUMBER(SlowPeriodX) NUMBER(SlowCountX) NUMBER(SlowPeriodY) NUMBER(SlowCountY)                 \
+    /* 544 */ ADDRESS(AnimFrom) NUMBER(FixRequest) NUMBER(FixRequestMode) NUMBER(SystemBrake)               \
+    /* 560 */ NUMBERS(Unused560, 116)
+// clang-format on
+
 struct WordPlace {
     uint16_t offset;
     bool isAddress;
 };
+
+// Takes a word of that kind only.
+template <class WordType>
+constexpr size_t PlaceOf(size_t offset, WordType SpriteRecord::*) {
+    return offset;
+}
 
 constexpr auto MakePlaces() {
     std::array<WordPlace, kWordCount + 1> places{};
@@ -21,9 +62,12 @@ constexpr auto MakePlaces() {
         for (size_t i = 0; i < count; ++i)
             places[word++] = {static_cast<uint16_t>(offset + i * sizeof(NumberWord)), isAddress};
     };
-#define FENLIGHT_ADDRESS(name) add(offsetof(SpriteRecord, name), true, 1);
-#define FENLIGHT_NUMBER(name) add(offsetof(SpriteRecord, name), false, 1);
-#define FENLIGHT_NUMBERS(name, count) add(offsetof(SpriteRecord, name), false, count);
+#define FENLIGHT_ADDRESS(name) \
+    add(PlaceOf<AddressWord>(offsetof(SpriteRecord, name), &SpriteRecord::name), true, 1);
+#define FENLIGHT_NUMBER(name) \
+    add(PlaceOf<NumberWord>(offsetof(SpriteRecord, name), &SpriteRecord::name), false, 1);
+#define FENLIGHT_NUMBERS(name, count) \
+    add(PlaceOf<NumberWord[count]>(offsetof(SpriteRecord, name), &SpriteRecord::name), false, count);
     FENLIGHT_SPRITE_WORDS(FENLIGHT_ADDRESS, FENLIGHT_NUMBER, FENLIGHT_NUMBERS)
 #undef FENLIGHT_ADDRESS
 #undef FENLIGHT_NUMBER

@@ -56,19 +56,9 @@ void RunLivingStages(SpriteRecord &record) noexcept {
     DrawStage(record);
 }
 
-template <class First, class Last>
-void FetchRange(const First &first, const Last &last) noexcept {
-    for (auto *byte = reinterpret_cast<const char *>(&first); byte < reinterpret_cast<const char *>(&last);
-         byte += 64)
-        __builtin_prefetch(byte);
-    __builtin_prefetch(&last);
-}
-
 // What a pass reads even where there is nothing to do.
 void PrefetchPass(const SpriteRecord &record) noexcept {
-    FetchRange(record.ImageDC, record.MovingMode);
-    FetchRange(record.AttachedTo, record.FixRequestMode);
-    __builtin_prefetch(&record.FrameNext);
+    PrefetchWords(record.FrameNext, record.MoveSource[17]);
 }
 
 void TakeListOrder(SpriteRecord &first) noexcept {

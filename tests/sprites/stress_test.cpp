@@ -58,6 +58,7 @@ class RandomCaller {
 
     void MakeFirst() {
         first_ = scene_.Start(5000, 5000);
+        ASSERT_NE(first_, 0u);
         MarkSprite(first_, 99);
     }
     void Keep(uintptr_t sprite, int32_t mark, bool isDeleted) {
