@@ -254,7 +254,7 @@ TEST_F(Sound, ALoadThatCannotHaveAllVoicesLeavesNothing) {
 }
 
 TEST_F(Sound, ThreadsThatStartOneSoundEachGetATurnOfTheirOwn) {
-    constexpr int kThreads = 2, kPlays = 1000000;
+    constexpr int kThreads = 2, kPlays = 4000000;
     const uintptr_t sound = LoadImage(WaveImage().Whole());
     std::latch start(kThreads);
     std::vector<std::thread> players;
