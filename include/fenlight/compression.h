@@ -20,26 +20,22 @@ FENLIGHT_BEGIN_C
 
 /// Packs a block into a container.
 /// @param source       block to be packed, unchanged; 0 fails
-/// @param destination  room for the container, which must not overlap the source; 0 fails. What can't be
-/// packed
-///                     grows a little, so it takes `length` + `length` / 8 + 64 + 24 bytes; more are never
-///                     written, whatever the source holds.
+/// @param destination  room for the container, which must not overlap the source; 0 fails. A block that
+///                     can't be packed grows a little, so the room takes `length` + `length` / 8 + 64 + 24
+///                     bytes; more are never written, whatever the source holds.
 /// @param length       bytes of the source, 2 or more; anything below fails
-/// @param password     text that ends with a zero byte, which is not part of the password; 0 or an empty
-/// text: no
-///                     password. A container of 64 bytes and below is the same with or without it.
-/// @return size of the container in bytes, which is what was written; 0 on failure, which is also that there
-/// is
-///         no memory for the work area of 655360 bytes, or that the container would pass 2^31 - 1 bytes. The
+/// @param password     text that ends with a zero byte, which is not part of the password; no password if it
+///                     is 0 or empty. A container of 64 bytes and below is the same with or without it.
+/// @return size of the container in bytes, which is what was written; 0 on failure. That is also if there is
+///         no memory for the work area of 655360 bytes, or if the container would pass 2^31 - 1 bytes. The
 ///         destination is then undefined.
 FENLIGHT_API int32_t Pack(const void *source, void *destination, int32_t length,
                           const char *password) FENLIGHT_NOEXCEPT;
 
 /// Opens a container. Allocates nothing.
 /// @param source       container; 0 fails. It is changed: its first field, which was its size, becomes the
-/// tag
-///                     "AP32", and what the password covered is in the clear afterwards. So it opens again,
-///                     with or without a password.
+///                     tag "AP32", and what the password covered is in the clear afterwards. So it opens
+///                     again, with or without a password.
 /// @param destination  room for the original bytes, as many as GetOriginalSize tells; must not overlap the
 ///                     source; 0 fails
 /// @param password     as it was given to Pack

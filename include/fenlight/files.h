@@ -34,9 +34,8 @@ FENLIGHT_API uint32_t GenerateChecksum(const void *memory, int32_t length,
 /// @param offset    bytes from there to the first byte read
 /// @param size      bytes wanted, and room for them; more than the file has is no error. Below 0 nothing is
 ///                  opened and the result is 0.
-/// @return bytes read, fewer than there are if reading failed half-way (0 at once, also if `memory` is 0);
-/// -1,
-///         and the memory unchanged, if the file can't be opened or is a directory
+/// @return bytes read, fewer than there are if reading failed half-way (0 at once, also if `memory` is 0).
+///         If the file can't be opened or is a directory: -1, and the memory is unchanged.
 FENLIGHT_API int32_t ReadFileFast(const char *fileName, void *memory, int32_t offset,
                                   int32_t size) FENLIGHT_NOEXCEPT;
 
@@ -51,9 +50,8 @@ FENLIGHT_API int32_t ReadFilePieceFast(const char *fileName, void *memory, int32
 /// @param memory    start of the block
 /// @param offset    bytes from there to the first byte to write
 /// @param size      bytes; 0 makes an empty file. Below 0 nothing is opened or changed and the result is 0.
-/// @return bytes written, fewer than `size` if writing failed half-way (a full disk); -1, and nothing
-/// changed,
-///         if the file can't be opened or is a directory
+/// @return bytes written, fewer than `size` if writing failed half-way (a full disk). If the file can't be
+///         opened or is a directory: -1, and nothing is changed.
 FENLIGHT_API int32_t WriteFileFast(const char *fileName, const void *memory, int32_t offset,
                                    int32_t size) FENLIGHT_NOEXCEPT;
 

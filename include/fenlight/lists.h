@@ -25,8 +25,8 @@ FENLIGHT_BEGIN_C
 /// @param memory  start of the target; 0 writes nothing
 /// @param offset  bytes from there to the first element
 /// @param text    list; 0 writes nothing
-/// @return number of tokens, which is the number of elements that the list covers; 0 if `memory` or `text` is
-/// 0
+/// @return number of tokens, which is the number of elements that the list covers; 0 if `memory` or `text`
+///         is 0
 FENLIGHT_API int32_t SetBytes(void *memory, int32_t offset, const char *text) FENLIGHT_NOEXCEPT;
 
 /// Writes a list as 16-bit words; all else as SetBytes, `offset` in bytes.

@@ -9,8 +9,8 @@ FENLIGHT_BEGIN_C
  *
  * Texts are counted runs of bytes: they need no zero at their end, a zero within them is a byte like any
  * other, and a character is a byte whatever the encoding. The result goes to a destination that the caller
- * makes large enough; nothing behind the result is touched. Sizes of 0 and below end a call at once: nothing
- * is read or written, and the result is 0.
+ * makes large enough; nothing behind the result is touched, but for what DeleteTags takes back. Sizes of 0
+ * and below end a call at once: nothing is read or written, and the result is 0.
  *
  * A destination that overlaps the source is allowed. The result is then that of going through the source byte
  * by byte from the front, each written byte changing what is read later; so a text can be changed in place as
@@ -59,13 +59,12 @@ FENLIGHT_API int32_t CountStrings(const void *memory, int32_t offset, int32_t le
 /// @param openChar      opening byte; the low 8 bits count
 /// @param closeChar     closing byte; the low 8 bits count. Equal to `openChar`: no tag ever opens, and the
 ///                      byte is a delimiter.
-/// @param flags         bit 0: keep what lies inside (else outside); bit 1: keep the delimiters. Of a(b)c
-/// stay
-///                      ac, b, a()c and (b) for 0 to 3. Other bits are ignored.
+/// @param flags         bit 0: keep what lies inside (else outside); bit 1: keep the delimiters. For 0 to 3
+///                      there stay ac, b, a()c and (b) of a(b)c. Other bits are ignored.
 /// @return bytes written without the zero; 0, and nothing written, if `sourceLength` is below 1
-/// @note A stray closing character, outside of any tag, is written with `flags` 0 and written twice with 2;
-/// with 3
-///       it is dropped, with 1 it also takes back the last byte written, if there is one.
+/// @note A stray closing character, outside of any tag, is written with `flags` 0 and written twice with 2.
+///       With 3 it is dropped, with 1 it also takes back the last byte written, if there is one; where that
+///       stood, behind the zero at the end, the destination is then undefined.
 FENLIGHT_API int32_t DeleteTags(const void *source, int32_t sourceLength, void *destination, int32_t openChar,
                                 int32_t closeChar, int32_t flags) FENLIGHT_NOEXCEPT;
 
