@@ -53,14 +53,13 @@ Token ReadToken(const char *&text) {
 
 template <typename Element>
 int32_t WriteList(uint8_t *target, const char *text) noexcept {
-    int32_t count = 0;
+    uint8_t *const first = target;
     for (;; ++text) {
         const Token token = ReadToken(text);
         const auto value = static_cast<Element>(token.Value());
         if (token.HasValue()) std::memcpy(target, &value, sizeof value);
         target += sizeof value;
-        ++count;
-        if (*text == 0) return count;
+        if (*text == 0) return static_cast<int32_t>((target - first) / static_cast<int64_t>(sizeof value));
     }
 }
 
@@ -69,15 +68,15 @@ template int32_t WriteList<uint16_t>(uint8_t *target, const char *text) noexcept
 template int32_t WriteList<uint32_t>(uint8_t *target, const char *text) noexcept;
 
 int32_t DecodeEscapedText(uint8_t *target, const char *text) noexcept {
-    int32_t count = 0;
+    uint8_t *const first = target;
     while (*text != 0) {
         int shift = 0;
         if (*text == '!') shift += 100, ++text;
         if (*text == ' ') shift -= 35, ++text;
         if (*text == 0) break;
-        target[count++] = static_cast<uint8_t>(*text++ + shift);
+        *target++ = static_cast<uint8_t>(*text++ + shift);
     }
-    return count;
+    return static_cast<int32_t>(target - first);
 }
 
 }  // namespace fenlight
