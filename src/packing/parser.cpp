@@ -56,7 +56,8 @@ uint32_t BitsOfLiteral(const uint8_t *source, uint32_t position) noexcept {
 
 }  // namespace
 
-// A match of kLongMatch bytes or more, by the rank of the way that it continues most cheaply.
+// A match of kLongMatch bytes or more, by the rank of the way that it continues most cheaply. The bits of its
+// length are left out.
 struct Parser::LongMatch {
     uint32_t bits = kNoWay;
     uint32_t offset = 0;
@@ -130,7 +131,7 @@ void Parser::AddRepeats(LongMatch &longest) noexcept {
         if (IsMatch(ways[rank].route) || offset == 0) continue;
         const uint32_t bits = ways[rank].bits + kLastOffsetBits;
         const uint32_t reach = search_.MatchLength(position_, offset, kLongMatch);
-        if (reach == kLongMatch) longest.Offer(bits + GammaBits(reach), offset, rank);
+        if (reach == kLongMatch) longest.Offer(bits, offset, rank);
         for (uint32_t length = std::min(reach, kLongMatch - 1); length >= 2; --length)
             Offer(position_ + length, bits + GammaBits(length), Route(offset, length, rank, kMatchMark));
     }

@@ -32,7 +32,7 @@ Bytes Packed(const Bytes &source) {
     EXPECT_TRUE(std::all_of(destination.begin() + length, destination.end(),
                             [](uint8_t byte) { return byte == 0xA5; }))
         << "something was written behind the stream of " << source.size() << " bytes";
-    EXPECT_LE(length, room);
+    EXPECT_LE(length, MaxStreamBytes(source.size()));
     destination.resize(length);
     return destination;
 }
