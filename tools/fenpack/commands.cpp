@@ -32,7 +32,7 @@ void PackFile(const std::string &path, const Options &options) {
     OutputFile output(options.output.empty() ? path + kSuffix : options.output, input.Mode(), options.force);
     const Progress progress("packing " + path, input.Size());
     for (const uint64_t size : PieceSizes(input.Size(), options.inOne)) {
-        output.Write(PackPiece(input.Read(size), options.password));
+        output.Write(PackPiece(input.Read(size), options.password, path));
         progress.Show(input.Position());
     }
     output.Finish();

@@ -63,10 +63,10 @@ std::optional<Container> ReadContainer(InputFile &file) {
     return container;
 }
 
-Bytes PackPiece(const Bytes &piece, const char *password) {
+Bytes PackPiece(const Bytes &piece, const char *password, const std::string &path) {
     Bytes container(piece.size() + piece.size() / 8 + 64 + kHeaderBytes);
     const int32_t size = Pack(piece.data(), container.data(), static_cast<int32_t>(piece.size()), password);
-    if (size <= 0) throw Failure("could not be packed: not enough memory, or too large for one container");
+    if (size <= 0) throw Failure(path + ": not enough memory, or too large for one container");
     container.resize(static_cast<size_t>(size));
     return container;
 }

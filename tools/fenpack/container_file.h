@@ -50,7 +50,7 @@ struct Container {
 std::optional<Container> ReadContainer(InputFile &file);
 
 // Both fail with the reason.
-Bytes PackPiece(const Bytes &piece, const char *password);
+Bytes PackPiece(const Bytes &piece, const char *password, const std::string &path);
 Bytes UnpackContainer(Container &container, const char *password, const std::string &path);
 
 // The sizes of the pieces that a file is packed in: none may be below 2 bytes.

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -17,7 +18,7 @@ namespace {
 
 constexpr std::array kEndingSignals{SIGINT, SIGTERM, SIGHUP};
 
-// What a signal removes. The path is written before the length is, and read after it.
+// What a signal removes. The path is there before it is said to be.
 std::array<char, 4096> temporaryToRemove;
 volatile std::sig_atomic_t hasTemporary = 0;
 
@@ -30,6 +31,7 @@ void RemoveAndEnd(int signal) {
 void RemoveOnSignal(const std::string &path) {
     if (path.size() >= temporaryToRemove.size()) return;
     std::memcpy(temporaryToRemove.data(), path.c_str(), path.size() + 1);
+    std::atomic_signal_fence(std::memory_order_release);
     hasTemporary = 1;
     for (const int signal : kEndingSignals) {
         if (std::signal(signal, RemoveAndEnd) == SIG_IGN) std::signal(signal, SIG_IGN);
