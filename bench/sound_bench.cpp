@@ -64,7 +64,7 @@ void Mixing(benchmark::State &state) {
         mixer.Play(*voice, true);
     }
     std::vector<float> stereo(2 * kMixBlockFrames);
-    for (auto each : state) {
+    for ([[maybe_unused]] auto each : state) {
         mixer.Mix(stereo.data(), kMixBlockFrames);
         benchmark::DoNotOptimize(stereo.data());
     }
@@ -84,7 +84,7 @@ BENCHMARK(Mixing)
 void MixingPlain(benchmark::State &state) {
     std::vector<float> samples(2 * kSoundFrames, 0.01F);
     std::vector<float> stereo(2 * kMixBlockFrames);
-    for (auto each : state) {
+    for ([[maybe_unused]] auto each : state) {
         std::fill(stereo.begin(), stereo.end(), 0.0F);
         for (int voice = 0; voice < kVoices; ++voice) {
             const float *source = samples.data() + 600 * voice;
@@ -123,7 +123,7 @@ void MixingPeer(benchmark::State &state) {
         if (state.range(0) != 0) Mix_SetPanning(i, static_cast<Uint8>(254 - i), 254);
     }
     std::vector<Uint8> block(kMixBlockFrames * 4);
-    for (auto each : state) {
+    for ([[maybe_unused]] auto each : state) {
         peerSpec.callback(peerSpec.userdata, block.data(), static_cast<int>(block.size()));
         benchmark::DoNotOptimize(block.data());
     }
@@ -157,7 +157,7 @@ void Playing(benchmark::State &state) {
     DSoundInit(0);
     const uintptr_t sound = DSoundLoadMemory(image.data(), static_cast<int32_t>(image.size()));
     if (sound == 0) return state.SkipWithError("no sound");
-    for (auto each : state) DSoundStop(DSoundPlay(sound, 0));
+    for ([[maybe_unused]] auto each : state) DSoundStop(DSoundPlay(sound, 0));
     DSoundUnLoad(sound);
     DSoundDeInit();
 }

@@ -258,6 +258,7 @@ TEST_F(Sound, ThreadsThatStartOneSoundEachGetATurnOfTheirOwn) {
     const uintptr_t sound = LoadImage(WaveImage().Whole());
     std::latch start(kThreads);
     std::vector<std::thread> players;
+    players.reserve(kThreads);
     for (int t = 0; t < kThreads; ++t) {
         players.emplace_back([&] {
             start.arrive_and_wait();
