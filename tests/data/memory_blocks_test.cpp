@@ -264,6 +264,15 @@ TEST(MemoryValues, NothingIsTouchedWithoutACount) {
     }
 }
 
+// Steps beyond 2^31 leave one element; the block has no second one.
+TEST(MemoryValues, ComputeStepsInSixtyFourBits) {
+    Bytes block(8, 0xFF);
+    Compute(block.data(), INT32_MAX, 4, 1, 0, 0, 0, INT32_MAX);
+    Compute(block.data() + 4, INT32_MAX, 1, 0, INT32_MIN + 2, 0, INT32_MIN, INT32_MAX);
+    Compute(nullptr, INT32_MAX, INT32_MIN, 1, 0, 0, 0, INT32_MIN);
+    EXPECT_EQ(block, (Bytes{0, 0, 0, 0, 0xFE, 0xFF, 0xFF, 0xFF}));
+}
+
 TEST(MemoryValues, ClearWithTakesTheLowByteAndStaysInside) {
     Bytes block(40, 1);
     EXPECT_EQ(ClearWith(block.data() + 50, -47, 0x1F7, 30), 0);
