@@ -12,6 +12,8 @@ FENLIGHT_BEGIN_C
  * makes large enough; nothing behind the result is touched, but for what DeleteTags takes back. Sizes of 0
  * and below end a call at once: nothing is read or written, and the result is 0.
  *
+ * A result of more than 2147483647 is written whole, but not told right.
+ *
  * A destination that overlaps the source is allowed. The result is then that of going through the source byte
  * by byte from the front, each written byte changing what is read later; so a text can be changed in place as
  * long as the output never runs ahead of the source. This is slower, except in DeleteTags.
@@ -27,7 +29,6 @@ FENLIGHT_BEGIN_C
 /// @param replacement        may be 0 if its length is
 /// @param replacementLength  bytes of `replacement`; 0 and below delete the occurrences
 /// @return bytes written; 0 and nothing written if `sourceLength` or `searchLength` is below 1
-/// @note A result of more than 2147483647 bytes is not told right.
 FENLIGHT_API int32_t Replace(const void *source, int32_t sourceLength, void *destination, const void *search,
                              int32_t searchLength, const void *replacement,
                              int32_t replacementLength) FENLIGHT_NOEXCEPT;
