@@ -47,7 +47,8 @@ int32_t CountBeside(int32_t rounds, Call call, Stage stage) {
     std::atomic<bool> isDone{false};
     std::atomic<int32_t> stages{0};
     std::thread caller([&] {
-        for (int32_t round = 0; round < rounds || stages < rounds; ++round) call(round);
+        for (int32_t round = 0; round < rounds || stages < rounds; round += round < kHighest ? 1 : 0)
+            call(round);
         isDone = true;
     });
     int32_t count = 0;
