@@ -174,8 +174,10 @@ void RecordFrame(std::vector<Writes> &writes) {
         if (effect == nullptr) continue;
         for (const PixelParticle &particle :
              std::span(reinterpret_cast<PixelParticle *>(effect + 1), kParticles))
-            if (particle.life != 0 && particle.life <= effect->lifeFrames)
+            if (particle.life != 0 && particle.life <= effect->lifeFrames) {
                 writes.push_back({IndexOf(particle.prevX, particle.prevY), IndexOf(particle.x, particle.y)});
+                if (particle.life == 1) writes.push_back({IndexOf(particle.x, particle.y), 0});
+            }
     }
 }
 
@@ -185,7 +187,8 @@ void EffectsPlainWrites(benchmark::State &state) {
     for (; IsAnyLeft(); RunEffectsFrame()) RecordFrame(writes);
     auto picture = EmptyArray();
     for (auto _ : state) WritePlainly(picture, writes);
-    if (writes.size() != kShown) state.SkipWithError("not every particle was shown for its 40 frames");
+    if (writes.size() != kShown + kEffects * kParticles)
+        state.SkipWithError("not every particle was shown for its 40 frames");
     state.SetItemsProcessed(state.iterations() * kShown);
 }
 BENCHMARK(EffectsPlainWrites)->Unit(benchmark::kMillisecond);

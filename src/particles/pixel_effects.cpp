@@ -6,8 +6,8 @@
 
 #include "fenlight/platform/system.h"
 #include "frame/random.h"
+#include "particles/particle_pixels.h"
 #include "particles/record_words.h"
-#include "particles/stroke_batch.h"
 
 namespace fenlight {
 
@@ -133,80 +133,102 @@ Gravity GravityOf(int32_t mode) {
 class EffectFrame {
   public:
     explicit EffectFrame(PixelEffectBlock &effect)
-        : effect_(effect),
-          batch_({.dest = effect.destDC, .background = effect.backgroundDC}),
-          lifeFrames_(effect.lifeFrames),
+        : lifeFrames_(effect.lifeFrames),
           colourMode_(effect.colourMode),
-          gravity_(NextGravity()) {}
+          colour_(effect.colour),
+          gravity_(NextGravity(effect)) {}
 
-    // False: no particle was shown.
-    bool Run() {
-        bool isAnyShown = false;
-        for (std::span<PixelParticle> rest = ParticlesOf(effect_); !rest.empty();) {
-            const size_t count = std::min(rest.size(), StrokeBatch::kCapacity / 2);
-            isAnyShown |= RunParticles(rest.first(count));
-            rest = rest.subspan(count);
-        }
-        return isAnyShown;
-    }
-
-  private:
-    Gravity NextGravity() {
-        const int32_t phase = effect_.phase == 1 ? kGravityPeriod : effect_.phase - 1;
-        StoreWord(effect_.phase, phase);
-        return phase == 1 ? GravityOf(effect_.gravityMode) : Gravity{0, 0};
-    }
-
-    // At most two strokes for each: one to be shown, one for its end.
-    bool RunParticles(std::span<PixelParticle> particles) {
-        bool isAnyShown = false;
-        size_t strokes = 0;
-        for (PixelParticle &particle : particles) {
+    // Some of the particles. Returns whether it has written a pixel.
+    template <class Pixels>
+    bool Run(std::span<PixelParticle> particles, const Pixels &pixels) {
+        const EffectFrame frame = *this;  // a copy, which need not be read anew after each pixel
+        RandomColours random;
+        if (colourMode_ == kRandom) random.Draw(CountShown(particles));
+        bool hasWritten = false, isAnyShown = false;
+        for (size_t i = 0; i < particles.size(); ++i) {
+            PixelParticle &particle = particles[i];
             FetchAhead(particle);
+            FetchPixelAhead(particles, i, pixels);
             const int32_t life = particle.life;
             if (life == 0) continue;
-            if (life <= lifeFrames_) {
-                Show(particle, strokes++);
+            if (life <= frame.lifeFrames_) {
+                hasWritten |= frame.Show(particle, pixels, random);
                 isAnyShown = true;
             }
             StoreWord(particle.life, WrappedDifference(life, 1));
-            if (life == 1) batch_.Put(strokes++, particle.prevX, particle.prevY, kNowhere, kNowhere, 0);
+            if (life == 1) hasWritten |= pixels.GiveBack(particle.prevX, particle.prevY);
         }
-        batch_.Draw(strokes);
-        return isAnyShown;
+        isAnyShown_ |= isAnyShown;
+        return hasWritten;
+    }
+    bool IsAnyShown() const { return isAnyShown_; }
+
+  private:
+    // Drawn together, for the generator's lock costs more than a number.
+    class RandomColours {
+      public:
+        void Draw(int64_t count) { RandomFill(colours_, count, 0, kAnyColour); }
+        uint32_t Next() { return static_cast<uint32_t>(colours_[next_++]); }
+
+      private:
+        int32_t colours_[kRecordsPerLock];
+        size_t next_ = 0;
+    };
+
+    static Gravity NextGravity(PixelEffectBlock &effect) {
+        const int32_t phase = effect.phase == 1 ? kGravityPeriod : effect.phase - 1;
+        StoreWord(effect.phase, phase);
+        return phase == 1 ? GravityOf(effect.gravityMode) : Gravity{0, 0};
     }
 
-    void Show(PixelParticle &particle, size_t stroke) {
+    int64_t CountShown(std::span<const PixelParticle> particles) const {
+        return std::count_if(particles.begin(), particles.end(), [this](const PixelParticle &particle) {
+            return particle.life != 0 && particle.life <= lifeFrames_;
+        });
+    }
+
+    template <class Pixels>
+    bool Show(PixelParticle &particle, const Pixels &pixels, RandomColours &random) const {
         const int32_t x = particle.x, y = particle.y, vx = particle.vx, vy = particle.vy;
         const uint32_t colour = particle.particleColour;
-        batch_.Put(stroke, particle.prevX, particle.prevY, x, y, colour);
-        StoreWord(particle.prevX, x);
-        StoreWord(particle.prevY, y);
+        const bool hasGivenBack = pixels.GiveBack(particle.prevX, particle.prevY);
+        const bool hasLit = pixels.Light(x, y, colour);
+        CopyPair(particle.prevX, particle.x);
         StoreWord(particle.x, WrappedSum(x, vx));
         StoreWord(particle.y, WrappedSum(y, vy));
-        StoreWord(particle.vx, WrappedSum(vx, gravity_.x));
-        StoreWord(particle.vy, WrappedSum(vy, gravity_.y));
-        StoreWord(particle.particleColour, NextColour(colour));
+        if (gravity_.x != 0) StoreWord(particle.vx, WrappedSum(vx, gravity_.x));
+        if (gravity_.y != 0) StoreWord(particle.vy, WrappedSum(vy, gravity_.y));
+        if (const uint32_t next = NextColour(colour, random); next != colour)
+            StoreWord(particle.particleColour, next);
+        return hasGivenBack | hasLit;
     }
 
-    uint32_t NextColour(uint32_t colour) const {
+    uint32_t NextColour(uint32_t colour, RandomColours &random) const {
         switch (colourMode_) {
             case kFading:
                 return Fade(colour);
             case kSteady:
-                return effect_.colour;
+                return colour_;
             case kRandom:
-                return RandomDraw(kAnyColour);
+                return random.Next();
             default:
                 return colour;
         }
     }
 
-    PixelEffectBlock &effect_;
-    StrokeBatch batch_;
-    const int32_t lifeFrames_, colourMode_;
-    const Gravity gravity_;
+    int32_t lifeFrames_, colourMode_;
+    uint32_t colour_;
+    Gravity gravity_;
+    bool isAnyShown_ = false;
 };
+
+// False: no particle was shown.
+bool RunEffect(PixelEffectBlock &effect) {
+    EffectFrame frame(effect);
+    WorkOnPixels({.dest = effect.destDC, .background = effect.backgroundDC}, ParticlesOf(effect),
+                 [&frame](auto particles, const auto pixels) { return frame.Run(particles, pixels); });
+    return frame.IsAnyShown();
+}
 
 }  // namespace
 
@@ -223,7 +245,7 @@ PixelEffectBlock *AddPixelEffect(const EffectArguments &arguments) noexcept {
 void RunEffectsFrame() noexcept {
     for (auto &slot : EffectTable) {
         PixelEffectBlock *effect = slot.load(std::memory_order_acquire);
-        if (effect == nullptr || EffectFrame(*effect).Run()) continue;
+        if (effect == nullptr || RunEffect(*effect)) continue;
         GlobalFree(effect);
         slot.store(nullptr, std::memory_order_release);
     }

@@ -15,6 +15,13 @@ void StoreWord(Number &word, std::type_identity_t<Number> value) noexcept {
     std::atomic_ref(word).store(value, std::memory_order_relaxed);
 }
 
+// Two words side by side at once.
+inline void CopyPair(int32_t &target, const int32_t &source) noexcept {
+    using Pair [[gnu::may_alias]] = uint64_t;
+    __atomic_store_n(reinterpret_cast<Pair *>(&target), *reinterpret_cast<const Pair *>(&source),
+                     __ATOMIC_RELAXED);
+}
+
 // Has the processor fetch a record that will be worked on soon. May lie behind the last one.
 template <class Record>
 void FetchAhead(const Record &record) noexcept {

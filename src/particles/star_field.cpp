@@ -6,8 +6,8 @@
 
 #include "fenlight/platform/system.h"
 #include "frame/random.h"
+#include "particles/particle_pixels.h"
 #include "particles/record_words.h"
-#include "particles/stroke_batch.h"
 
 namespace fenlight {
 
@@ -49,11 +49,7 @@ void Park(StarRecord &star) {
     star.age = static_cast<int32_t>(RandomDraw(250));
 }
 
-StrokeSurfaces Surfaces() {
-    const bool hasBackground = settings.backgroundDC != 0;
-    return {settings.destDC, settings.backgroundDC, !hasBackground,
-            hasBackground && (settings.flags & 1) != 0};
-}
+ParticleSurfaces Surfaces() { return {settings.destDC, settings.backgroundDC, settings.backgroundDC == 0}; }
 
 // A table, for ages are too mixed for a branch to be foretold.
 COLORREF ColourOfAge(int32_t age) {
@@ -111,9 +107,8 @@ bool IsInside(const StarArguments &field, int32_t x, int32_t y) {
 bool Move(StarRecord &star, const StarArguments &field) {
     const int32_t x = star.x, y = star.y;
     const int32_t nextX = WrappedSum(x, star.vx), nextY = WrappedSum(y, star.vy);
-    StoreWord(star.prevX, x);
+    CopyPair(star.prevX, star.x);
     StoreWord(star.x, nextX);
-    StoreWord(star.prevY, y);
     StoreWord(star.y, nextY);
     const bool isParked = nextX == kNowhere && nextY == kNowhere;
     if (!IsInside(field, nextX, nextY) && !isParked) return false;
@@ -122,33 +117,38 @@ bool Move(StarRecord &star, const StarArguments &field) {
     return age < kLongestAge;
 }
 
-void RunStars(std::span<StarRecord> stars, StrokeBatch &batch) {
+// Where stars show on black only, what lies behind is looked at after the old pixel has got it back: if both
+// are one context with a palette, the nearest colour may be another one than was read.
+template <class Pixels>
+bool Draw(const StarRecord &star, bool isOnBlackOnly, const Pixels &pixels) {
+    bool hasWritten = pixels.GiveBack(star.prevX, star.prevY);
+    if (!isOnBlackOnly || pixels.IsBlackBehind(star.prevX, star.prevY))
+        hasWritten |= pixels.Light(star.x, star.y, ColourOfAge(star.age));
+    return hasWritten;
+}
+
+template <class Pixels>
+bool RunStars(std::span<StarRecord> stars, const Pixels &pixels) {
     const StarArguments field = settings;
+    const bool isOnBlackOnly = (field.flags & 1) != 0;
+    bool hasWritten = false;
     for (size_t i = 0; i < stars.size(); ++i) {
         StarRecord &star = stars[i];
         FetchAhead(star);
-        batch.Put(i, star.prevX, star.prevY, star.x, star.y, ColourOfAge(star.age));
+        FetchPixelAhead(stars, i, pixels);
+        hasWritten |= Draw(star, isOnBlackOnly, pixels);
         if (Move(star, field)) continue;
         ++goneCount;
         if (Option(StarSettings.stopMode) != kRunOut) Launch(star);
     }
-    batch.Draw(stars.size());
+    return hasWritten;
 }
 
-void EraseEach(std::span<StarRecord> stars, StrokeBatch &batch) {
-    for (size_t i = 0; i < stars.size(); ++i)
-        batch.Put(i, stars[i].prevX, stars[i].prevY, kNowhere, kNowhere, 0);
-    batch.Draw(stars.size());
-}
-
-// In array order, a batch at a time.
-void ForAllStars(void (*work)(std::span<StarRecord> stars, StrokeBatch &batch)) {
-    StrokeBatch batch(Surfaces());
-    for (std::span<StarRecord> rest = AllStars(); !rest.empty();) {
-        const size_t count = std::min(rest.size(), StrokeBatch::kCapacity);
-        work(rest.first(count), batch);
-        rest = rest.subspan(count);
-    }
+template <class Pixels>
+bool EraseEach(std::span<StarRecord> stars, const Pixels &pixels) {
+    bool hasWritten = false;
+    for (const StarRecord &star : stars) hasWritten |= pixels.GiveBack(star.prevX, star.prevY);
+    return hasWritten;
 }
 
 }  // namespace
@@ -181,13 +181,17 @@ void FreeStarField() noexcept {
 
 void RunStarFrame() noexcept {
     goneCount = 0;
-    ForAllStars(RunStars);
+    WorkOnPixels(Surfaces(), AllStars(),
+                 [](auto stars, const auto pixels) { return RunStars(stars, pixels); });
 }
 
 bool StarFieldGoesOn(int32_t stopMode) noexcept {
     return stopMode == kKeepRunning || (stopMode == kRunOut && goneCount != settings.count);
 }
 
-void EraseStars() noexcept { ForAllStars(EraseEach); }
+void EraseStars() noexcept {
+    WorkOnPixels(Surfaces(), AllStars(),
+                 [](auto stars, const auto pixels) { return EraseEach(stars, pixels); });
+}
 
 }  // namespace fenlight

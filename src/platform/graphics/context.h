@@ -113,6 +113,11 @@ class LockedPair {
     const PixelView &SourceView() const noexcept { return sourceSurface_->picture.view; }
     Bitmap &TargetSurface() const noexcept { return *targetSurface_; }
 
+    // Leaves both locked for who unlocks them later.
+    std::pair<Bitmap *, Bitmap *> Release() noexcept {
+        return {std::exchange(targetSurface_, nullptr), sourceSurface_};
+    }
+
   private:
     Context *target_ = nullptr;
     Context *source_ = nullptr;

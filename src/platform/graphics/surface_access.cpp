@@ -62,6 +62,27 @@ void UnlockSurface(Bitmap &bitmap, bool hasChanged) noexcept {
     bitmap.lock.Unlock();
 }
 
+SurfacePairGrip LockSurfaces(HDC target, HDC source) noexcept {
+    PassSuspendGate();
+    LockedPair pair(target, source);
+    if (pair) {
+        const PixelView targetView = pair.TargetView(), sourceView = pair.SourceView();
+        const auto [targetSurface, sourceSurface] = pair.Release();
+        return {{targetSurface, targetView}, {sourceSurface, sourceView}};
+    }
+    LockedContext context(target);
+    if (!context) return {};
+    const PixelView view = context.View();
+    return {{context.Release(), view}, {}};
+}
+
+void UnlockSurfaces(const SurfacePairGrip &grip, bool hasTargetChanged) noexcept {
+    Bitmap *target = grip.target.bitmap, *source = grip.source.bitmap;
+    if (target == nullptr) return;
+    if (hasTargetChanged) target->CountChange();
+    UnlockBoth(target, source != nullptr ? source : target);
+}
+
 COLORREF ReadSurfacePixel(const PixelView &view, int32_t x, int32_t y) noexcept {
     return ReadPixel(view, x, y);
 }

@@ -33,6 +33,12 @@ struct SurfaceGrip {
 };
 FENLIGHT_API SurfaceGrip LockSurface(HDC context) noexcept;
 FENLIGHT_API void UnlockSurface(Bitmap &bitmap, bool hasChanged) noexcept;
+// The same for two contexts at once. Kept by SurfacePairAccess.
+struct SurfacePairGrip {
+    SurfaceGrip target, source;
+};
+FENLIGHT_API SurfacePairGrip LockSurfaces(HDC target, HDC source) noexcept;
+FENLIGHT_API void UnlockSurfaces(const SurfacePairGrip &grip, bool hasTargetChanged) noexcept;
 FENLIGHT_API COLORREF ReadSurfacePixel(const PixelView &view, int32_t x, int32_t y) noexcept;
 FENLIGHT_API void WriteSurfacePixel(const PixelView &view, int32_t x, int32_t y, COLORREF colour) noexcept;
 
@@ -87,6 +93,26 @@ class SurfaceAccess {
 
     SurfaceGrip grip_;
     bool hasChanged_ = false;
+};
+
+// Holds the locks of two contexts' surfaces, taken in the order of transfers; both may be one context. The
+// rules of SurfaceAccess hold.
+class SurfacePairAccess {
+  public:
+    // A dead context has an empty view; the source also beside a dead target.
+    SurfacePairAccess(HDC target, HDC source) noexcept : grip_(LockSurfaces(target, source)) {}
+    SurfacePairAccess(const SurfacePairAccess &) = delete;
+    SurfacePairAccess &operator=(const SurfacePairAccess &) = delete;
+    ~SurfacePairAccess() { UnlockSurfaces(grip_, hasTargetChanged_); }
+
+    const PixelView &TargetView() const noexcept { return grip_.target.view; }
+    const PixelView &SourceView() const noexcept { return grip_.source.view; }
+    // To be called by who writes through TargetView().
+    void MarkTargetChanged() noexcept { hasTargetChanged_ = true; }
+
+  private:
+    const SurfacePairGrip grip_;
+    bool hasTargetChanged_ = false;
 };
 
 }  // namespace fenlight::platform
