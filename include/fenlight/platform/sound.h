@@ -202,6 +202,7 @@ struct IDirectSoundBuffer : IUnknown {
 #else
 
 /* The same for C: the object begins with the address of its table of methods. */
+/* clang-format off */
 typedef struct IDirectSoundVtbl {
     HRESULT (*QueryInterface)(IDirectSound *self, const GUID *interfaceId, void **object);
     ULONG (*AddRef)(IDirectSound *self);
@@ -217,7 +218,9 @@ typedef struct IDirectSoundVtbl {
     HRESULT (*SetSpeakerConfig)(IDirectSound *self, DWORD configuration);
     HRESULT (*Initialize)(IDirectSound *self, const GUID *device);
 } IDirectSoundVtbl;
+/* clang-format on */
 
+/* clang-format off */
 typedef struct IDirectSoundBufferVtbl {
     HRESULT (*QueryInterface)(IDirectSoundBuffer *self, const GUID *interfaceId, void **object);
     ULONG (*AddRef)(IDirectSoundBuffer *self);
@@ -243,6 +246,7 @@ typedef struct IDirectSoundBufferVtbl {
     HRESULT (*Unlock)(IDirectSoundBuffer *self, void *area1, DWORD size1, void *area2, DWORD size2);
     HRESULT (*Restore)(IDirectSoundBuffer *self);
 } IDirectSoundBufferVtbl;
+/* clang-format on */
 
 struct IDirectSound {
     const IDirectSoundVtbl *lpVtbl;
