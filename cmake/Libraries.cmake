@@ -54,6 +54,8 @@ fenlight_shared_library(fenlight-platform fenlight-platform ${CMAKE_SOURCE_DIR}/
   ${FENLIGHT_PLATFORM_ROOMS})
 fenlight_shared_library(fenlight fenlight ${CMAKE_BINARY_DIR}/fenlight.map ${FENLIGHT_ROOMS})
 target_link_libraries(fenlight PUBLIC fenlight-platform)
+# Installed side by side, so that programs find both also outside the system's folders.
+set_target_properties(fenlight PROPERTIES INSTALL_RPATH "$ORIGIN")
 
 install(TARGETS fenlight fenlight-platform EXPORT FenlightTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})

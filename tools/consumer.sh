@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: Zlib
 # Installs a build folder into an empty prefix and builds two small projects against it, one by the CMake package and
-# one by pkg-config: consumer.sh FOLDER
+# one by pkg-config, and runs the installed program: consumer.sh FOLDER
 set -e
 folder=$(cd "$1" && pwd)
 prefix="$folder/prefix"
@@ -18,4 +18,8 @@ export PKG_CONFIG_PATH="$libraries/pkgconfig"
 cc -std=c11 -Wall -Wextra -pedantic -Werror examples/first_sprite.c -o "$folder/consumer/first_sprite" \
   $(pkg-config --cflags --libs fenlight) -Wl,-rpath,"$libraries"
 env -u DISPLAY XDG_RUNTIME_DIR="$folder" timeout 120 "$folder/consumer/first_sprite"
+
+printf 'first words, first words again' >"$folder/consumer/words"
+"$prefix/bin/fenpack" pack --force "$folder/consumer/words"
+"$prefix/bin/fenpack" test "$folder/consumer/words.fpk"
 echo "the installed library serves a CMake project and a pkg-config one"
