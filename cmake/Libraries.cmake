@@ -8,9 +8,9 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(FENLIGHT_PLATFORM_ROOMS platform_system platform_raster platform_graphics platform_window platform_pictures
-  platform_audio)
-set(FENLIGHT_ROOMS frame png images fx painting data packing sound particles paths
-  sprites)
+  platform_audio platform_net)
+set(FENLIGHT_ROOMS frame png images fx fx_filters fx_smoothing fx_geometry fx_blends alpha painting data packing
+  sound particles paths sprites input desktop internet)
 
 function(fenlight_shared_library TARGET OUTPUT SCRIPT)
   set(OBJECTS)

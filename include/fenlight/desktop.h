@@ -1,25 +1,12 @@
 /* SPDX-License-Identifier: Zlib */
-/* Input and desktop. Not yet part of the library: declared so that the types are settled, not exported. */
+/* Windows, display and stopwatch. Not yet part of the library: declared so that the types are settled, not
+ * exported. */
 #ifndef FENLIGHT_DESKTOP_H
 #define FENLIGHT_DESKTOP_H
 #include "types.h"
 
 FENLIGHT_BEGIN_C
 
-FENLIGHT_API int32_t FindJoystick(int32_t joystick) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t JoystickX(int32_t joystick) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t JoystickY(int32_t joystick) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t JoystickZ(int32_t joystick) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t JoystickR(int32_t joystick) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t JoystickU(int32_t joystick) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t JoystickV(int32_t joystick) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t JoystickButton(int32_t joystick) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t CountJoystickButtons(int32_t joystick) FENLIGHT_NOEXCEPT;
-FENLIGHT_API void SetMouseXY(int32_t x, int32_t y) FENLIGHT_NOEXCEPT;
-FENLIGHT_API void SetMouseRect(int32_t left, int32_t top, int32_t right, int32_t bottom) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t MouseButton(void) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t PMouse(int32_t left, int32_t top, int32_t right, int32_t bottom) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t GetSystemKey(void) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t ChangeDisplay(int32_t width, int32_t height) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t AddWindowStyle(uintptr_t windowHandle, uint32_t style,
                                     int32_t extended) FENLIGHT_NOEXCEPT;
@@ -31,8 +18,6 @@ FENLIGHT_API uintptr_t Tooltip(uintptr_t controlHandle, const char *text, uintpt
 FENLIGHT_API int32_t StartWatch(void) FENLIGHT_NOEXCEPT;
 FENLIGHT_API int32_t ReadWatch(void) FENLIGHT_NOEXCEPT;
 FENLIGHT_API void WaitWatch(int32_t milliseconds) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t DownloadHttpFile(const char *url, const char *fileName) FENLIGHT_NOEXCEPT;
-FENLIGHT_API int32_t IsInternet(void) FENLIGHT_NOEXCEPT;
 
 FENLIGHT_END_C
 #endif

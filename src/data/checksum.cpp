@@ -14,11 +14,8 @@ uint64_t SumBytesPlain(const uint8_t *bytes, int64_t count) noexcept {
 
 constexpr ChecksumKernels kPlainChecksum{SumBytesPlain};
 
-#if defined(__x86_64__)
-constexpr KernelVersions<ChecksumKernels> kChecksums{&kPlainChecksum, nullptr, &kAvx2Checksum};
-#else
-constexpr KernelVersions<ChecksumKernels> kChecksums{&kPlainChecksum};
-#endif
+constexpr KernelVersions<ChecksumKernels> kChecksums{&kPlainChecksum, nullptr,
+                                                     FENLIGHT_ON_X86(kAvx2Checksum)};
 
 }  // namespace
 

@@ -19,11 +19,7 @@ void XorBytesPlain(uint8_t *__restrict bytes, const uint8_t *__restrict mask, in
 
 constexpr CipherKernels kPlainCipher{XorBytesPlain};
 
-#if defined(__x86_64__)
-constexpr KernelVersions<CipherKernels> kCiphers{&kPlainCipher, nullptr, &kAvx2Cipher};
-#else
-constexpr KernelVersions<CipherKernels> kCiphers{&kPlainCipher};
-#endif
+constexpr KernelVersions<CipherKernels> kCiphers{&kPlainCipher, nullptr, FENLIGHT_ON_X86(kAvx2Cipher)};
 
 // Fills `count` bytes with the key over and over, by doubling what is there.
 void RepeatKey(uint8_t *mask, int64_t count, const uint8_t *key, int64_t keyLength) {

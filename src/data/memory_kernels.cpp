@@ -24,11 +24,9 @@ constexpr MemoryKernels kMemoryPlain{
     ScanNothing<SeparateList>,
 };
 
-#if defined(__x86_64__)
-constexpr KernelVersions<MemoryKernels> kVersions{&kMemoryPlain, &kMemorySse4, &kMemoryAvx2, &kMemoryAvx512};
-#else
-constexpr KernelVersions<MemoryKernels> kVersions{&kMemoryPlain};
-#endif
+constexpr KernelVersions<MemoryKernels> kVersions{&kMemoryPlain, FENLIGHT_ON_X86(kMemorySse4),
+                                                  FENLIGHT_ON_X86(kMemoryAvx2),
+                                                  FENLIGHT_ON_X86(kMemoryAvx512)};
 
 }  // namespace
 

@@ -21,11 +21,7 @@ int64_t ExpandTabsPlain(const uint8_t *source, int64_t length, uint8_t *destinat
     return blanks;
 }
 
-#if defined(__x86_64__)
-constexpr KernelVersions<TabKernels> kTabs{&kPlainTabs, nullptr, &kAvx2Tabs};
-#else
-constexpr KernelVersions<TabKernels> kTabs{&kPlainTabs};
-#endif
+constexpr KernelVersions<TabKernels> kTabs{&kPlainTabs, nullptr, FENLIGHT_ON_X86(kAvx2Tabs)};
 
 }  // namespace
 

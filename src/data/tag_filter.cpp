@@ -15,11 +15,7 @@ int64_t FilterTagsPlain(const uint8_t *source, int64_t length, uint8_t *destinat
     return output.end - destination;
 }
 
-#if defined(__x86_64__)
-constexpr KernelVersions<TagKernels> kTags{&kPlainTags, nullptr, &kAvx2Tags};
-#else
-constexpr KernelVersions<TagKernels> kTags{&kPlainTags};
-#endif
+constexpr KernelVersions<TagKernels> kTags{&kPlainTags, nullptr, FENLIGHT_ON_X86(kAvx2Tags)};
 
 // Twice the source is the most that stray delimiters can make of it. Otherwise the output never grows, so a
 // destination at or before the source is always behind what was read.

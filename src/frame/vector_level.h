@@ -7,6 +7,13 @@
 #include <array>
 #include <cstddef>
 
+// The address of a version that only x86-64 has; null elsewhere, where its file is empty.
+#if defined(__x86_64__)
+#define FENLIGHT_ON_X86(kernels) &(kernels)
+#else
+#define FENLIGHT_ON_X86(kernels) nullptr
+#endif
+
 namespace fenlight {
 
 // Sse4 is SSE4.2 with POPCNT; Avx2 comes with BMI1, BMI2, LZCNT; Avx512 is F, BW, DQ, VL and VBMI.
@@ -24,6 +31,8 @@ void ReleaseVectorLevel() noexcept;
 
 // The versions of one family of loops by level. A level without a version of its own has null and takes the
 // next narrower one; the plain version is always there.
+//
+//   constexpr KernelVersions<RowKernels> kRows{&kPlainRows, nullptr, FENLIGHT_ON_X86(kAvx2Rows)};
 template <typename Kernels>
 using KernelVersions = std::array<const Kernels *, kVectorLevels>;
 

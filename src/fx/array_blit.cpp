@@ -53,12 +53,8 @@ extern const ArrayKernels kPlainArrayKernels{KeyRows, MixRows};
 
 namespace {
 
-#if defined(__x86_64__)
-constexpr KernelVersions<ArrayKernels> kVersions{&kPlainArrayKernels, nullptr, &kAvx2ArrayKernels,
-                                                 &kAvx512ArrayKernels};
-#else
-constexpr KernelVersions<ArrayKernels> kVersions{&kPlainArrayKernels};
-#endif
+constexpr KernelVersions<ArrayKernels> kVersions{
+    &kPlainArrayKernels, nullptr, FENLIGHT_ON_X86(kAvx2ArrayKernels), FENLIGHT_ON_X86(kAvx512ArrayKernels)};
 
 // One axis of a rectangle, cut to both buffers.
 struct Span {

@@ -55,9 +55,7 @@ struct ArrayKernels {
 };
 
 extern const ArrayKernels kPlainArrayKernels;
-#if defined(__x86_64__)
 extern const ArrayKernels kAvx2ArrayKernels;
 extern const ArrayKernels kAvx512ArrayKernels;
-#endif
 
 }  // namespace fenlight

@@ -22,11 +22,7 @@ DepackCursor RunFastPlain(const DepackCursor &cursor) noexcept {
 
 constexpr DepackKernels kPlainDepack{RunFastPlain};
 
-#if defined(__x86_64__)
-constexpr KernelVersions<DepackKernels> kDepackers{&kPlainDepack, nullptr, &kAvx2Depack};
-#else
-constexpr KernelVersions<DepackKernels> kDepackers{&kPlainDepack};
-#endif
+constexpr KernelVersions<DepackKernels> kDepackers{&kPlainDepack, nullptr, FENLIGHT_ON_X86(kAvx2Depack)};
 
 }  // namespace
 

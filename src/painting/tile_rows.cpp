@@ -6,11 +6,8 @@ namespace {
 
 // Vectors of four are plain code everywhere.
 constexpr TileKernels kPlainTileKernels{CopyTiles<4, false>, CopyTiles<4, true>};
-#if defined(__x86_64__)
-constexpr KernelVersions<TileKernels> kVersions{&kPlainTileKernels, nullptr, &kAvx2TileKernels};
-#else
-constexpr KernelVersions<TileKernels> kVersions{&kPlainTileKernels};
-#endif
+constexpr KernelVersions<TileKernels> kVersions{&kPlainTileKernels, nullptr,
+                                                FENLIGHT_ON_X86(kAvx2TileKernels)};
 
 }  // namespace
 

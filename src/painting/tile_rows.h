@@ -32,9 +32,7 @@ struct TileKernels {
     // All 32 bits of the pixels whose low 24 bits are not the key.
     void (*copyKeyed)(const TileShape &shape, std::span<const TilePlace> places);
 };
-#if defined(__x86_64__)
 extern const TileKernels kAvx2TileKernels;
-#endif
 
 const TileKernels &ChooseTileKernels() noexcept;
 

@@ -7,12 +7,8 @@
 namespace fenlight {
 namespace {
 
-#if defined(__x86_64__)
-constexpr KernelVersions<MapKernels> kVersions{&kPlainMapKernels, nullptr, &kAvx2MapKernels,
-                                               &kAvx512MapKernels};
-#else
-constexpr KernelVersions<MapKernels> kVersions{&kPlainMapKernels};
-#endif
+constexpr KernelVersions<MapKernels> kVersions{&kPlainMapKernels, nullptr, FENLIGHT_ON_X86(kAvx2MapKernels),
+                                               FENLIGHT_ON_X86(kAvx512MapKernels)};
 
 // Pixel rows that are read side by side: more would run out of what the processor fetches ahead.
 constexpr int64_t kRowsAtOnce = 8;

@@ -54,9 +54,7 @@ struct MapKernels {
 };
 
 extern const MapKernels kPlainMapKernels;
-#if defined(__x86_64__)
 extern const MapKernels kAvx2MapKernels;
 extern const MapKernels kAvx512MapKernels;
-#endif
 
 }  // namespace fenlight
