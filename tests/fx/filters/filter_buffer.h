@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Zlib
+// FX buffers between guard bytes, and the levels that every filter runs at.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "frame/vector_level.h"
+#include "fx/fx_buffer.h"
+
+namespace fenlight::test {
+
+inline constexpr VectorLevel kLevels[] = {VectorLevel::Plain, VectorLevel::Sse4, VectorLevel::Avx2,
+                                          VectorLevel::Avx512};
+
+enum class Rows { Packed, Padded };
+
+// Behind an even number of bytes there are guards; an odd one ends where its memory does, for the address
+// sanitizer to see.
+struct GuardedBuffer {
+    GuardedBuffer(int32_t width, int32_t height, Rows rows = Rows::Packed) {
+        header.biWidth = width;
+        header.biHeight = height;
+        header.biSizeImage = static_cast<uint32_t>(
+            (rows == Rows::Packed ? kFXPixelBytes * width : PaddedRowBytes(width)) * height);
+        bytes.assign(kGuard + header.biSizeImage + (header.biSizeImage % 2 == 0 ? kGuard : 0), 0xC3);
+        header.Pixels = At(0);
+    }
+    GuardedBuffer(const GuardedBuffer &other) : header(other.header), bytes(other.bytes) {
+        header.Pixels = At(0);
+    }
+    GuardedBuffer &operator=(const GuardedBuffer &) = delete;
+
+    uintptr_t Handle() { return reinterpret_cast<uintptr_t>(&header); }
+    uint8_t *At(int64_t at) { return bytes.data() + kGuard + at; }
+    int64_t Pixels() const { return int64_t{header.biWidth} * header.biHeight; }
+
+    // Few values, so that equal pixels come up.
+    void Fill(std::mt19937 &random, uint32_t values) {
+        for (uint32_t i = 0; i < header.biSizeImage; ++i)
+            *At(i) = static_cast<uint8_t>(random() % values * (255 / (values - 1)));
+    }
+
+    static constexpr int64_t kGuard = 96;
+    FXHeader header{};
+    std::vector<uint8_t> bytes;
+};
+
+class FilterLevels : public ::testing::TestWithParam<VectorLevel> {
+  protected:
+    void SetUp() override { ForceVectorLevel(GetParam()); }
+    void TearDown() override { ReleaseVectorLevel(); }
+};
+
+}  // namespace fenlight::test
