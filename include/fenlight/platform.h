@@ -5,6 +5,7 @@
 #ifndef FENLIGHT_PLATFORM_H
 #define FENLIGHT_PLATFORM_H
 #include "platform/graphics.h"
+#include "platform/input.h"
 #include "platform/sound.h"
 #include "platform/system.h"
 #include "platform/windows.h"

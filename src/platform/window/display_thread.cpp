@@ -12,6 +12,8 @@
 #include <mutex>
 
 #include "platform/system/failure_point.h"
+#include "platform/window/full_screen.h"
+#include "platform/window/tooltip.h"
 #include "platform/window/video.h"
 
 namespace fenlight::platform {
@@ -168,6 +170,7 @@ void DisplayThread::TickWhenDue(std::unique_lock<std::mutex> &lock) {
     lock.unlock();
     PumpEvents();
     ShowChangedWindows();
+    UpdateTooltips(now);
     lock.lock();
 }
 
@@ -186,6 +189,9 @@ void DisplayThread::Main() {
         ServeRequests(lock);
         TickWhenDue(lock);
     }
+    lock.unlock();
+    GiveScreenBack();
+    lock.lock();
     StayAtRest(lock);
 }
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Zlib
 #include "platform/window/event_feed.h"
 
+#include <SDL_keyboard.h>
+#include <SDL_mouse.h>
 #include <SDL_video.h>
 
 #include <array>
-
-#include "platform/window/input_state.h"
 
 namespace fenlight::platform {
 namespace {
@@ -102,12 +102,19 @@ void FeedKey(uint8_t key, bool isDown) {
     }
 }
 
+// The pointer of a program that the user has left is his own.
+void TakePlace(CursorPosition place) {
+    MoveCursor(place);
+    const CursorPosition confined = CurrentCursor();
+    if (confined != place && SDL_GetKeyboardFocus() != nullptr) MovePointer(confined);
+}
+
 // Motion comes in pixels of a window; the state holds pixels of the screen.
 void FeedMotion(const SDL_MouseMotionEvent &motion) {
     int left = 0;
     int top = 0;
     if (SDL_Window *window = SDL_GetWindowFromID(motion.windowID)) SDL_GetWindowPosition(window, &left, &top);
-    MoveCursor({left + motion.x, top + motion.y});
+    TakePlace({left + motion.x, top + motion.y});
 }
 
 }  // namespace
@@ -135,5 +142,16 @@ void FeedInput(const SDL_Event &event) noexcept {
             break;
     }
 }
+
+void FollowPointerOutside() noexcept {
+    static CursorPosition lastAnswer;
+    CursorPosition place;
+    if (SDL_GetMouseFocus() != nullptr) return;
+    SDL_GetGlobalMouseState(&place.x, &place.y);
+    if (place != lastAnswer) TakePlace(place);
+    lastAnswer = place;
+}
+
+void MovePointer(CursorPosition place) noexcept { SDL_WarpMouseGlobal(place.x, place.y); }
 
 }  // namespace fenlight::platform

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "platform/window/input_state.h"
+
 namespace fenlight::platform {
 
 // The published virtual-key code of a key at its place on the keyboard, 0 where there is none.
@@ -13,5 +15,11 @@ uint8_t VirtualKeyOf(SDL_Scancode scancode) noexcept;
 
 // Takes key, button and motion events; leaves all others alone.
 void FeedInput(const SDL_Event &event) noexcept;
+
+// Motion outside of all windows makes no events: asks for the pointer's place there.
+void FollowPointerOutside() noexcept;
+
+// Moves the pointer on the screen.
+void MovePointer(CursorPosition place) noexcept;
 
 }  // namespace fenlight::platform

@@ -3,11 +3,14 @@
 
 #include <SDL.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
 
+#include "platform/window/display_modes.h"
 #include "platform/window/event_feed.h"
+#include "platform/window/full_screen.h"
 #include "platform/window/window_picture.h"
 
 namespace fenlight::platform {
@@ -20,6 +23,7 @@ WindowRecord *firstShown = nullptr;
 bool isBoxStanding = false;
 SDL_Window *firstDoomed = nullptr;  // destroyed while a box stood; kNextDoomed leads to the next
 constexpr const char *kNextDoomed = "next doomed";
+std::atomic<HWND> activeWindow{0};
 
 bool IsSet(const char *variable) {
     const char *value = std::getenv(variable);
@@ -45,10 +49,19 @@ WindowRecord *FindShown(Uint32 windowId) {
     return frame != nullptr ? window : nullptr;
 }
 
-// At its end a box gives the focus back to the window that had it: until then every window must live.
-void DestroyFrame(SDL_Window *frame) {
-    if (!isBoxStanding) return SDL_DestroyWindow(frame);
-    SDL_SetWindowData(frame, kNextDoomed, std::exchange(firstDoomed, frame));
+void Activate(const WindowRecord *window) {
+    activeWindow.store(window != nullptr ? window->handle : 0, std::memory_order_relaxed);
+}
+
+void Deactivate(const WindowRecord &window, const WindowRecord *next) {
+    if (ActiveWindow() == window.handle) Activate(next);
+}
+
+void NoteCorner(WindowRecord &window) {
+    int x = 0;
+    int y = 0;
+    SDL_GetWindowPosition(window.frame, &x, &y);
+    window.SetCorner(x, y);
 }
 
 void TakeOffScreen(WindowRecord &window) {
@@ -58,14 +71,32 @@ void TakeOffScreen(WindowRecord &window) {
     *link = window.nextShown;
     window.isOpen.store(false, std::memory_order_release);
     DestroyFrame(std::exchange(window.frame, nullptr));
+    Deactivate(window, firstShown);
+    if (firstShown == nullptr) ReleaseAllKeys();
+    ArrangeFullScreen();
+}
+
+// What is not a picture's window is a tooltip, whose surface still holds what it showed.
+void ShowAgain(const SDL_WindowEvent &event) {
+    SDL_Window *frame = SDL_GetWindowFromID(event.windowID);
+    if (frame != nullptr && event.event == SDL_WINDOWEVENT_EXPOSED) SDL_UpdateWindowSurface(frame);
 }
 
 void TakeWindowEvent(const SDL_WindowEvent &event) {
     WindowRecord *window = FindShown(event.windowID);
-    if (window == nullptr) return;
+    if (window == nullptr) return ShowAgain(event);
     switch (event.event) {
         case SDL_WINDOWEVENT_CLOSE:
             TakeOffScreen(*window);
+            break;
+        case SDL_WINDOWEVENT_FOCUS_GAINED:
+            Activate(window);
+            break;
+        case SDL_WINDOWEVENT_FOCUS_LOST:
+            Deactivate(*window, nullptr);
+            break;
+        case SDL_WINDOWEVENT_MOVED:
+            NoteCorner(*window);
             break;
         case SDL_WINDOWEVENT_EXPOSED:
         case SDL_WINDOWEVENT_SHOWN:
@@ -84,11 +115,13 @@ std::chrono::nanoseconds RefreshPeriod(SDL_Window *frame) {
     return std::chrono::nanoseconds(1'000'000'000 / (isKnown ? mode.refresh_rate : kUsualRefreshRate));
 }
 
-// Is there a screen that somebody can look at?
-bool HasDisplay() {
+bool IsDriver(const char *name) {
     const char *driver = isVideoUp ? SDL_GetCurrentVideoDriver() : nullptr;
-    return driver != nullptr && std::strcmp(driver, "dummy") != 0 && std::strcmp(driver, "offscreen") != 0;
+    return driver != nullptr && std::strcmp(driver, name) == 0;
 }
+
+// Is there a screen that somebody can look at?
+bool HasDisplay() { return isVideoUp && !IsDriver("dummy") && !IsDriver("offscreen"); }
 
 }  // namespace
 
@@ -104,22 +137,35 @@ void StartVideo() noexcept {
     isVideoUp = InitialiseWith(PreferredDriver()) || InitialiseWith("dummy");
     // Keys, not texts: an input method would keep some of them for itself.
     if (isVideoUp) SDL_StopTextInput();
+    SDL_DisplayMode desktop;
+    if (HasDisplay() && SDL_GetDesktopDisplayMode(0, &desktop) == 0) NoteDesktopSize({desktop.w, desktop.h});
 }
 
-bool AttachWindow(WindowRecord &window, const char *title) noexcept {
+bool AttachWindow(WindowRecord &window) noexcept {
     if (!isVideoUp || window.isEnding.load(std::memory_order_relaxed)) return false;
-    window.frame = SDL_CreateWindow(title, SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, window.width,
-                                    window.height, SDL_WINDOW_SHOWN);
+    window.frame = SDL_CreateWindow(window.title.c_str(), SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED,
+                                    window.width, window.height, SDL_WINDOW_SHOWN);
     if (window.frame == nullptr) return false;
     window.nextShown = firstShown;
     firstShown = &window;
+    NoteCorner(window);
+    Activate(&window);
     window.isOpen.store(true, std::memory_order_release);
+    ArrangeFullScreen();
     return true;
 }
 
-void DetachWindow(WindowRecord &window) noexcept { TakeOffScreen(window); }
+void WindowRecord::LeaveScreen() noexcept { TakeOffScreen(*this); }
 
-bool HasShownWindows() noexcept { return firstShown != nullptr; }
+WindowRecord *FirstShownWindow() noexcept { return firstShown; }
+
+HWND WindowUnderPointer() noexcept {
+    SDL_Window *frame = SDL_GetMouseFocus();
+    const WindowRecord *window = frame != nullptr ? FindShown(SDL_GetWindowID(frame)) : nullptr;
+    return window != nullptr ? window->handle : 0;
+}
+
+HWND ActiveWindow() noexcept { return activeWindow.load(std::memory_order_relaxed); }
 
 bool BeginBox() noexcept {
     isBoxStanding = HasDisplay();
@@ -132,6 +178,15 @@ void EndBox() noexcept {
         void *next = SDL_GetWindowData(firstDoomed, kNextDoomed);
         SDL_DestroyWindow(std::exchange(firstDoomed, static_cast<SDL_Window *>(next)));
     }
+    ArrangeFullScreen();
+}
+
+bool IsBoxStanding() noexcept { return isBoxStanding; }
+
+// At its end a box gives the focus back to the window that had it: until then every window must live.
+void DestroyFrame(SDL_Window *frame) noexcept {
+    if (!isBoxStanding) return SDL_DestroyWindow(frame);
+    SDL_SetWindowData(frame, kNextDoomed, std::exchange(firstDoomed, frame));
 }
 
 void PumpEvents() noexcept {
@@ -141,6 +196,8 @@ void PumpEvents() noexcept {
         FeedInput(event);
         if (event.type == SDL_WINDOWEVENT) TakeWindowEvent(event.window);
     }
+    // Other drivers do not tell where the pointer is outside.
+    if (IsDriver("x11")) FollowPointerOutside();
 }
 
 void ShowChangedWindows() noexcept {

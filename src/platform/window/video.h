@@ -12,17 +12,25 @@ namespace fenlight::platform {
 // Takes the display's own driver, or the dummy driver where there is no display. No signal handlers.
 void StartVideo() noexcept;
 
-// Shows a window for the record; false if SDL has none to give. The record must be detached before it ends.
-bool AttachWindow(WindowRecord &window, const char *title) noexcept;
-// Takes the record's window off the screen, if it is there.
-void DetachWindow(WindowRecord &window) noexcept;
-bool HasShownWindows() noexcept;
+// Shows a window for the record; false if SDL has none to give. The record must leave the screen before it
+// ends.
+bool AttachWindow(WindowRecord &window) noexcept;
+// The window that was opened last, from where nextShown leads to the older ones; nullptr if none is shown.
+WindowRecord *FirstShownWindow() noexcept;
+inline bool HasShownWindows() noexcept { return FirstShownWindow() != nullptr; }
+// The shown window that the pointer is on, 0 if there is none.
+HWND WindowUnderPointer() noexcept;
+// The window with the keyboard's focus, 0 if there is none. Any thread.
+HWND ActiveWindow() noexcept;
 
 // Stand around SDL's message box, which runs on the thread that asked for it, so that pictures go on
 // meanwhile. The box touches SDL's keyboard, mouse and focus: in between no events are taken and no window is
 // destroyed, only put aside. False, and no box may be shown, where nobody can look at it. One box at a time.
 bool BeginBox() noexcept;
 void EndBox() noexcept;
+bool IsBoxStanding() noexcept;
+// Destroys it now, or when no box stands any more.
+void DestroyFrame(SDL_Window *frame) noexcept;
 
 // Takes what SDL has to tell: input goes to the input state, a window closed by hand goes off the screen.
 void PumpEvents() noexcept;

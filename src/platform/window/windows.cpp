@@ -3,6 +3,7 @@
 
 #include <new>
 #include <string>
+#include <utility>
 
 #include "platform/graphics/screen_context.h"
 #include "platform/graphics/surface_access.h"
@@ -10,6 +11,7 @@
 #include "platform/system/suspend_gate.h"
 #include "platform/window/ansi_text.h"
 #include "platform/window/display_thread.h"
+#include "platform/window/tooltip.h"
 #include "platform/window/video.h"
 #include "platform/window/window_record.h"
 
@@ -18,7 +20,9 @@ namespace {
 
 // SDL's own limit for a window's side.
 constexpr int32_t kMaxSide = 16384;
-constexpr size_t kMaxTitleBytes = 1024;
+
+// A frame with a title that the user cannot change in size, as OpenWindow makes it.
+constexpr DWORD kOpenedStyle = WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX | WS_VISIBLE;
 
 // The record's handle, 0 if there was no room for it.
 HWND InsertRecord(HDC context, int32_t width, int32_t height) {
@@ -27,23 +31,29 @@ HWND InsertRecord(HDC context, int32_t width, int32_t height) {
     return record != nullptr ? InsertHandle(HandleKind::Window, record) : 0;
 }
 
-bool PutOnScreen(HWND window, const std::string &title) {
+bool PutOnScreen(HWND window, std::string title) {
     const PinnedWindow record(window);
     if (!record) return false;
     bool isAttached = false;
-    const bool wasRun = RunOnDisplayThread([&] { isAttached = AttachWindow(*record, title.c_str()); });
+    const bool wasRun = RunOnDisplayThread([&] {
+        record->handle = window;
+        record->title = std::move(title);
+        record->style = kOpenedStyle;
+        isAttached = AttachWindow(*record);
+    });
     return wasRun && isAttached;
 }
 
-// Ends the handle and takes the window off the screen. Of several threads that try, one gets the context,
-// which is then its to delete; the others get 0.
-HDC TakeDown(HWND window) {
+// Ends the handle and takes the window off the screen. Of several threads that try, one succeeds, and the
+// context is then its to delete.
+bool TakeDown(HWND window, HDC &context) {
     const PinnedWindow record(window);
-    if (!record || !RemoveHandle(HandleKind::Window, window)) return 0;
+    if (!record || !RemoveHandle(HandleKind::Window, window)) return false;
+    context = record->context;
     // From here on nobody attaches it any more; so where no thread runs yet, none needs to be started.
     record->isEnding.store(true, std::memory_order_relaxed);
-    if (IsDisplayThreadRunning()) RunOnDisplayThread([&] { DetachWindow(*record); });
-    return record->context;
+    if (IsDisplayThreadRunning()) RunOnDisplayThread([&] { record->LeaveScreen(); });
+    return true;
 }
 
 HWND OpenWindowOfSize(const char *title, int32_t width, int32_t height) {
@@ -78,9 +88,10 @@ BOOL IsWindow(HWND window) noexcept {
 
 BOOL DestroyWindow(HWND window) noexcept {
     PassSuspendGate();
-    const HDC context = TakeDown(window);
-    if (context == 0) return 0;
-    DeleteSurfaceContext(context);
+    HDC context = 0;
+    if (!TakeDown(window, context)) return 0;
+    if (context != 0) DeleteSurfaceContext(context);
+    while (const HWND tooltip = TooltipOf(window)) DestroyWindow(tooltip);
     return 1;
 }
 

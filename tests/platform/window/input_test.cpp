@@ -48,20 +48,20 @@ TEST(Input, BothSidesHoldTheCommonKeyAndPressesAreRememberedOnce) {
     FeedKey(SDL_SCANCODE_LSHIFT, true);
     FeedKey(SDL_SCANCODE_RSHIFT, true);
     FeedKey(SDL_SCANCODE_LSHIFT, false);
-    EXPECT_FALSE(IsKeyDown(kLeftShift));
-    EXPECT_TRUE(IsKeyDown(kRightShift) && IsKeyDown(kShift));
-    EXPECT_FALSE(IsKeyDown(kControl) || IsKeyDown(kAlt));
+    EXPECT_FALSE(PeekKey(kLeftShift).isDown);
+    EXPECT_TRUE(PeekKey(kRightShift).isDown && PeekKey(kShift).isDown);
+    EXPECT_FALSE(PeekKey(kControl).isDown || PeekKey(kAlt).isDown);
     FeedKey(SDL_SCANCODE_RSHIFT, false);
-    EXPECT_FALSE(IsKeyDown(kShift));
-    EXPECT_TRUE(TakePressedSince(kShift)) << "pressed and released in between";
-    EXPECT_FALSE(TakePressedSince(kShift));
+    EXPECT_FALSE(PeekKey(kShift).isDown);
+    EXPECT_TRUE(QueryKey(kShift).wasPressed) << "pressed and released in between";
+    EXPECT_FALSE(QueryKey(kShift).wasPressed);
     FeedKey(SDL_SCANCODE_A, true);
-    EXPECT_TRUE(TakePressedSince('A'));
+    EXPECT_TRUE(QueryKey('A').wasPressed);
     FeedKey(SDL_SCANCODE_A, true, true);
-    EXPECT_FALSE(TakePressedSince('A')) << "a repeat is no press";
-    EXPECT_TRUE(IsKeyDown('A'));
+    EXPECT_FALSE(QueryKey('A').wasPressed) << "a repeat is no press";
+    EXPECT_TRUE(PeekKey('A').isDown);
     FeedKey(SDL_SCANCODE_UNKNOWN, true);
-    EXPECT_FALSE(IsKeyDown(0));
+    EXPECT_FALSE(PeekKey(0).isDown);
 }
 
 TEST(Input, ButtonsAreKeysOfTheirOwn) {
@@ -77,12 +77,12 @@ TEST(Input, ButtonsAreKeysOfTheirOwn) {
     for (const auto &[button, key] : cases) {
         FeedButton(button, true);
         for (const auto &other : cases)
-            EXPECT_EQ(IsKeyDown(other.key), other.key == key) << "button " << +button;
+            EXPECT_EQ(PeekKey(other.key).isDown, other.key == key) << "button " << +button;
         FeedButton(button, false);
-        EXPECT_FALSE(IsKeyDown(key));
+        EXPECT_FALSE(PeekKey(key).isDown);
     }
     FeedButton(200, true);
-    for (int key = 0; key < 256; ++key) EXPECT_FALSE(IsKeyDown(static_cast<uint8_t>(key)));
+    for (int key = 0; key < 256; ++key) EXPECT_FALSE(PeekKey(static_cast<uint8_t>(key)).isDown);
 }
 
 TEST(Input, CursorKeepsPlacesLeftOfAndAboveTheScreen) {

@@ -69,13 +69,13 @@ TEST(DISABLED_OnScreen, KeysAndMouseArrive) {
     OutputOf(
         "xdotool search --name '^input$' windowfocus --sync mousemove --window %1 30 40 mousedown 3 keydown "
         "a");
-    EXPECT_TRUE(BecomesTrue([] { return IsKeyDown('A') && IsKeyDown(kRightButton); }));
+    EXPECT_TRUE(BecomesTrue([] { return PeekKey('A').isDown && PeekKey(kRightButton).isDown; }));
     const std::string place = OutputOf("xdotool getmouselocation");
     std::ostringstream expected;
     expected << "x:" << CurrentCursor().x << " y:" << CurrentCursor().y << ' ';
     EXPECT_EQ(place.substr(0, expected.str().size()), expected.str());
     OutputOf("xdotool keyup a mouseup 3");
-    EXPECT_TRUE(BecomesTrue([] { return !IsKeyDown('A') && !IsKeyDown(kRightButton); }));
+    EXPECT_TRUE(BecomesTrue([] { return !PeekKey('A').isDown && !PeekKey(kRightButton).isDown; }));
     EXPECT_EQ(DestroyWindow(window), 1);
 }
 

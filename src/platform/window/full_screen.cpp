@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Zlib
+#include "platform/window/full_screen.h"
+
+#include <SDL_video.h>
+
+#include "platform/window/display_modes.h"
+#include "platform/window/video.h"
+
+namespace fenlight::platform {
+namespace {
+
+// A screen that has no such mode takes the next larger one, or stays as it is: the window then fills it, with
+// its picture at the top left.
+void EnterFullScreen(WindowRecord &window, ScreenSize size) {
+    if (ScreenSize{window.fullWidth, window.fullHeight} == size) return;
+    const SDL_DisplayMode wanted{0, size.width, size.height, 0, nullptr};
+    SDL_DisplayMode closest;
+    const int display = SDL_GetWindowDisplayIndex(window.frame);
+    const bool hasMode = SDL_GetClosestDisplayMode(display, &wanted, &closest) != nullptr &&
+                         SDL_SetWindowDisplayMode(window.frame, &closest) == 0 &&
+                         SDL_SetWindowFullscreen(window.frame, SDL_WINDOW_FULLSCREEN) == 0;
+    if (!hasMode) SDL_SetWindowFullscreen(window.frame, SDL_WINDOW_FULLSCREEN_DESKTOP);
+    window.fullWidth = size.width;
+    window.fullHeight = size.height;
+    window.needsShowing = true;
+}
+
+// SDL leaves the size of the screen to the window where no window manager takes care of it.
+void LeaveFullScreen(WindowRecord &window) {
+    if (window.fullWidth == 0) return;
+    SDL_SetWindowFullscreen(window.frame, 0);
+    SDL_SetWindowSize(window.frame, window.width, window.height);
+    window.fullWidth = window.fullHeight = 0;
+    window.needsShowing = true;
+}
+
+}  // namespace
+
+void ArrangeFullScreen() noexcept {
+    if (IsBoxStanding()) return;
+    WindowRecord *newest = FirstShownWindow();
+    const std::optional<ScreenSize> mode = ChangedMode();
+    for (WindowRecord *window = newest; window != nullptr; window = window->nextShown) {
+        if (window != newest || !mode) LeaveFullScreen(*window);
+    }
+    if (newest != nullptr && mode) EnterFullScreen(*newest, *mode);
+}
+
+void GiveScreenBack() noexcept {
+    for (WindowRecord *window = FirstShownWindow(); window != nullptr; window = window->nextShown)
+        LeaveFullScreen(*window);
+}
+
+}  // namespace fenlight::platform
