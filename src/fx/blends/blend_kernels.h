@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Zlib
+// The loops of the blends, in a version for each vector level. They see runs of memory and nothing of
+// buffers, keep no state and take no lock.
+#pragma once
+
+#include <cstdint>
+
+#include "frame/vector_level.h"
+
+namespace fenlight {
+
+// What each picture loses in each byte, down to 0. Both together are at least 255.
+struct FadeAmounts {
+    uint8_t offFirst, offSecond;
+};
+
+// `count` pixels of three bytes. A neighbour that lies 0 bytes away is none: it is the pixel itself, which
+// is looked at only where it has not the key colour.
+struct EdgeRun {
+    uint8_t *target;
+    const uint8_t *source;
+    int64_t count;
+    int64_t right, left, below, above;  // bytes from a pixel of the source to its neighbour
+    uint32_t key;                       // blue in the low byte, as pixels have it
+};
+
+// What becomes of a pixel with a neighbour of the key colour.
+enum class EdgeRule : uint8_t { Average, Keep };
+
+struct BlendKernels {
+    // `count` bytes; the result lies apart from both pictures.
+    void (*fade)(uint8_t *result, const uint8_t *first, const uint8_t *second, int64_t count,
+                 const FadeAmounts &amounts) noexcept;
+    // `count` bytes, `mask` of 255 of the second picture. The result may be any of the three.
+    void (*mix)(uint8_t *result, const uint8_t *first, const uint8_t *second, const uint8_t *mask,
+                int64_t count) noexcept;
+    // Source pixels onto the target but for those of the key colour.
+    void (*mergeEdges)(const EdgeRun &run, EdgeRule rule) noexcept;
+};
+
+extern const BlendKernels kPlainBlendKernels;
+extern const BlendKernels kAvx2BlendKernels;
+extern const BlendKernels kAvx512BlendKernels;
+
+const BlendKernels &ChooseBlends() noexcept;
+
+}  // namespace fenlight

@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: Zlib
+#include "fx/blends/water.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <thread>
+
+#include "fenlight/fx_blends.h"
+#include "fx/blends/blend_buffer.h"
+#include "fx/blends/wave_tables.h"
+#include "platform/system/failure_point.h"
+
+namespace fenlight::test {
+namespace {
+
+using platform::Operation;
+
+constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
+
+// 1 doubles a row, 2 drops one, 255 ends the table.
+int RowStepAt(size_t at) {
+    for (const size_t doubled : {8, 13, 37, 43, 61, 66, 90, 99})
+        if (at == doubled) return 1;
+    for (const size_t dropped : {0, 28, 47, 54, 83})
+        if (at == dropped) return 2;
+    return at < 108 ? 0 : 255;
+}
+
+// The definition: two passes over whole blocks, a pixel at a time. Its phases go along with those of the
+// process, so every call of this program has to be told to it.
+class Judge {
+  public:
+    // Blocks are those of the definition; without memory for one they stay empty.
+    struct Frames {
+        Bytes shifted, stepped;
+    };
+
+    Frames Next(const FXHeader &fx, std::vector<int32_t> table, int calmRows, int memory = 2) {
+        if (std::find(table.begin(), table.end(), 255) == table.end()) table.push_back(255);
+        const size_t start = NextWave(table);
+        if (memory < 1) return {};
+        const Bytes shifted = Shift(fx, table, start);
+        const size_t rowStart = rowStep_++;
+        if (RowStepAt(rowStep_) != 255)
+            return {shifted, memory < 2 ? Bytes{} : Step(fx, shifted, calmRows, rowStart)};
+        rowStep_ = 1;
+        return {shifted, memory < 2 ? Bytes{} : Step(fx, shifted, calmRows, 0)};
+    }
+
+  private:
+    size_t NextWave(const std::vector<int32_t> &table) {
+        const auto n = std::find(table.begin(), table.end(), 255) - table.begin();
+        --wave_;
+        if (wave_ == -1 || wave_ > n) wave_ = n;
+        return table[static_cast<size_t>(wave_)] == 255 ? 0 : static_cast<size_t>(wave_ + 1);
+    }
+
+    static Bytes Shift(const FXHeader &fx, const std::vector<int32_t> &table, size_t p) {
+        Bytes result(fx.biSizeImage);
+        const int64_t width = fx.biWidth, ends = std::min<int64_t>(15, 3 * width);
+        for (int64_t r = 0; r < fx.biHeight; ++r) {
+            int64_t k = table[p++];
+            if (k == 255) k = 0, p = 0;
+            for (const int64_t calm : {64, 32, 16})
+                if (r < calm) k = (k + 1) / 2;
+            const uint8_t *source = fx.Pixels + 3 * width * r;
+            uint8_t *target = result.data() + 3 * width * r;
+            std::copy_n(source, ends, target);
+            for (int64_t x = 0; x < width; ++x)
+                if (x + k >= 0 && x + k < width) std::copy_n(source + 3 * x, 3, target + 3 * (x + k));
+            std::copy_n(source + 3 * width - ends, ends, target + 3 * width - ends);
+        }
+        return result;
+    }
+
+    static Bytes Step(const FXHeader &fx, const Bytes &shifted, int calmRows, size_t q) {
+        Bytes result(shifted.size());
+        const int64_t rowSize = int64_t{3} * fx.biWidth;
+        int64_t s = 0, d = 0;
+        for (int n = 1; n <= fx.biHeight; ++n) {
+            std::copy_n(shifted.data() + rowSize * s, rowSize, result.data() + rowSize * d);
+            int t = RowStepAt(q++);
+            if (t == 255) q = 0, t = RowStepAt(0);
+            if (n < calmRows) t = 0;
+            s += t == 0 ? 1 : t == 1 ? 0 : 2;
+            ++d;
+            if (s * rowSize >= fx.biSizeImage - rowSize) break;
+        }
+        return result;
+    }
+
+    int64_t wave_ = 0;
+    size_t rowStep_ = 0;
+};
+
+Judge judge;
+
+std::vector<int32_t> DefaultTable() { return {kDefaultWave.begin(), kDefaultWave.end()}; }
+
+class WaterEffect : public ::testing::Test {
+  protected:
+    void TearDown() override { platform::ForgetFailures(); }
+
+    // One call, painted or not, held against the judge: the picture, its guards, the context, the result.
+    void Call(Buffer &fx, const std::vector<int32_t> &table, uintptr_t address, int calmRows, bool isPainted,
+              int memory = 2) {
+        const Judge::Frames frames = judge.Next(fx.header, table, calmRows, memory);
+        Bytes expected = fx.bytes;
+        if (!isPainted && memory == 2)
+            std::copy(frames.stepped.begin(), frames.stepped.end(), expected.begin() + Buffer::kGuard);
+        const Canvas canvas(fx.header.biWidth, fx.header.biHeight);
+        if (memory < 2) platform::FailOnce(Operation::Memory, memory + 1);
+        EXPECT_EQ(Water(isPainted ? canvas.context : 0, 0, 0, fx.Handle(),
+                        reinterpret_cast<const int32_t *>(address), calmRows),
+                  0);
+        platform::ForgetFailures();
+        ASSERT_EQ(fx.bytes, expected);
+        const Bytes black(fx.header.biSizeImage);
+        const Bytes &shown = !isPainted || memory == 0 ? black
+                             : memory == 1             ? frames.shifted
+                                                       : frames.stepped;
+        ASSERT_TRUE(Shows(canvas.context, fx.header, shown));
+    }
+
+    std::mt19937 random{77};
+    int Pick(int low, int high) {
+        return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
+    }
+};
+
+// Tables change from call to call: longer and shorter than where the waves stand, empty, with shifts of any
+// size. Pictures are low and narrow, or so high that the steps of the rows begin again.
+TEST_F(WaterEffect, GivesTheFramesOfTheDefinitionOverManyCalls) {
+    for (int number = 0; number < 900; ++number) {
+        const int32_t height = number % 3 == 0 ? Pick(100, 260) : Pick(1, 35);
+        Buffer fx(number % 4 == 0 ? Pick(1, 12) : Pick(1, 67), height, Pick(0, 1) == 0, Pick(0, 1) == 0);
+        fx.Fill(random, 256);
+        std::vector<int32_t> table(static_cast<size_t>(number % 5 == 0 ? Pick(0, 3) : Pick(0, 300)));
+        for (int32_t &entry : table) {
+            entry = Pick(0, 5) == 0 ? Pick(-70, 70) : Pick(-6, 6);
+            if (number % 6 == 0 && Pick(0, 3) == 0) entry = Pick(0, 1) == 0 ? kMost : kLeast;
+        }
+        table.push_back(255);
+        const int calmRows = number % 2 == 0    ? Pick(-2, height + 3)
+                             : number % 50 == 1 ? kLeast
+                             : number % 50 == 3 ? kMost
+                                                : 0;
+        const bool isDefault = number > 300 && number < 600;
+        const uintptr_t address =
+            isDefault ? static_cast<uintptr_t>(Pick(0, 15)) : reinterpret_cast<uintptr_t>(table.data());
+        SCOPED_TRACE(testing::Message() << "call " << number << ": " << fx.header.biWidth << " x " << height
+                                        << ", " << table.size() << " entries, calm " << calmRows);
+        Call(fx, isDefault ? DefaultTable() : table, address, calmRows, Pick(0, 1) == 0,
+             number % 8 == 0 ? Pick(0, 1) : 2);
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST_F(WaterEffect, ReadsATableWithoutAnEndOnlySoFar) {
+    Buffer fx(20, 30, true, true);
+    fx.Fill(random, 256);
+    std::vector<int32_t> table(kMostWaveEntries);
+    for (size_t i = 0; i < table.size(); ++i) table[i] = static_cast<int32_t>(i % 7) - 3;
+    for (int call = 0; call < 3; ++call)
+        Call(fx, table, reinterpret_cast<uintptr_t>(table.data()), 0, call == 0);
+}
+
+TEST_F(WaterEffect, HasTablesOfTheRightShape) {
+    EXPECT_EQ(kDefaultWave.size(), 120u);
+    EXPECT_EQ(kDefaultWave[9], 5);
+    EXPECT_EQ(kDefaultWave[79], -2);
+    EXPECT_EQ(std::count(kDefaultWave.begin(), kDefaultWave.end(), 255), 1);
+    EXPECT_EQ(std::accumulate(kRowStep.begin(), kRowStep.end(), 0), 108 + 5 - 8);
+    const Wave wave = WaveOf(nullptr);
+    EXPECT_EQ(wave.count, 119);
+    std::vector<int32_t> shifts(120);
+    PlanShifts(shifts.data(), 120, 100, wave, 0);
+    EXPECT_EQ(shifts[9], 1);
+    EXPECT_EQ(shifts[79], -2);
+    EXPECT_EQ(shifts[119], 0);
+    const int32_t even[] = {-5, 5, 255};
+    PlanShifts(shifts.data(), 120, 100, WaveOf(even), 0);
+    for (const auto &[row, shift] :
+         {std::pair(0, 0), {1, 1}, {18, 0}, {19, 2}, {33, -2}, {34, 3}, {63, -2}, {64, 5}, {66, -5}})
+        EXPECT_EQ(shifts[static_cast<size_t>(row)], shift) << row;
+}
+
+// Each of the calls takes a turn of its own, so that afterwards the phases stand where they would after as
+// many calls in a row.
+TEST_F(WaterEffect, TakesEveryTurnOnceOnTwoThreads) {
+    constexpr int kCalls = 150;
+    Buffer first(9, 9, true, true), second(9, 9, true, true);
+    const auto call = [](Buffer &fx) {
+        for (int i = 0; i < kCalls; ++i) Water(0, 0, 0, fx.Handle(), nullptr, 0);
+    };
+    std::thread beside(call, std::ref(first));
+    call(second);
+    beside.join();
+    EXPECT_EQ(Water(0, 0, 0, 0, nullptr, 0), 0);  // no turn without a buffer
+    for (int i = 0; i < 2 * kCalls; ++i) judge.Next(first.header, DefaultTable(), 0);
+    Buffer fx(40, 120, true, true);
+    fx.Fill(random, 256);
+    Call(fx, DefaultTable(), 0, 0, true);
+}
+
+}  // namespace
+}  // namespace fenlight::test
