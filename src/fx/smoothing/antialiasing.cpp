@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: Zlib
+// Antialiasing in place. A row is written while the row below is still the old one; of the row itself and the
+// one above, copies are kept, and of five rows the marks that tell where the key colour was. So a pass is one
+// walk through the picture.
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "fenlight/fx_smoothing.h"
+#include "fx/pixel_walks.h"
+#include "fx/smoothing/smoothing_kernels.h"
+
+namespace fenlight {
+namespace {
+
+constexpr int32_t kWithCentre = 1;
+constexpr int32_t kEverywhere = 2;
+constexpr uint32_t kColourOfLastPixel = 0xFFFFFFFF;
+constexpr uint32_t kColours = 0x01000000;  // no pixel has a colour from here on
+// Reach of the search for the key colour.
+constexpr int64_t kReach = 2;
+constexpr int64_t kMarkRows = 2 * kReach + 1;
+
+struct AntialiasingRule {
+    uint32_t key;
+    int32_t flags;
+};
+
+// Rows of marks by the picture's row, each with an empty word at both ends. Words of marks that are never
+// made stay empty.
+class MarkRing {
+  public:
+    explicit MarkRing(int64_t pixels) noexcept : words_(WordsForMarks(pixels)), block_(Bytes()) {
+        if (block_) std::memset(block_.Bytes(), 0, static_cast<size_t>(Bytes()));
+    }
+    explicit operator bool() const noexcept { return static_cast<bool>(block_); }
+    uint64_t *Row(int64_t row) const {
+        return reinterpret_cast<uint64_t *>(block_.Bytes()) + (row % kMarkRows) * (words_ + 2) + 1;
+    }
+    // One row more, for marks of what is to be done.
+    uint64_t *Outcome() const {
+        return reinterpret_cast<uint64_t *>(block_.Bytes()) + kMarkRows * (words_ + 2);
+    }
+    int64_t Words() const { return words_; }
+
+  private:
+    int64_t Bytes() const {
+        return (kMarkRows * (words_ + 2) + words_) * static_cast<int64_t>(sizeof(uint64_t));
+    }
+    int64_t words_;
+    PixelBlock block_;
+};
+
+class Antialiaser {
+  public:
+    Antialiaser(const BufferRows<1> &rows, const AntialiasingRule &rule) noexcept
+        : rows_(rows),
+          rule_(rule),
+          pitch_(rows.pitches[0]),
+          marks_(IsNearKey() ? rows.width : 0),
+          copies_(2 * pitch_),
+          kernels_(ChooseSmoothingKernels()) {}
+    // False without memory.
+    explicit operator bool() const noexcept { return marks_ && copies_; }
+
+    void RunPass() const {
+        uint8_t *above = copies_.Bytes(), *current = above + pitch_;
+        std::memcpy(above, rows_.Row(0), static_cast<size_t>(pitch_));
+        for (int64_t row = 0; row <= kReach; ++row) MarkRow(row);
+        for (int64_t row = 1; row < rows_.rows - 1; ++row) {
+            if (row + kReach < rows_.rows) MarkRow(row + kReach);
+            std::memcpy(current, rows_.Row(row), static_cast<size_t>(pitch_));
+            SmoothRow(row, above, current);
+            if (IsNearKey() && IsInside(row)) TakeBack(row, current);
+            std::swap(above, current);
+        }
+    }
+
+  private:
+    bool IsNearKey() const { return (rule_.flags & kEverywhere) == 0; }
+    bool IsInside(int64_t row) const {
+        return rows_.width > 2 * kReach && row >= kReach && row < rows_.rows - kReach;
+    }
+
+    // Before the row is written.
+    void MarkRow(int64_t row) const {
+        if (!IsNearKey() || rule_.key >= kColours) return;
+        kernels_.markColour(marks_.Row(row), rows_.Row(row), rows_.width, rule_.key);
+    }
+
+    void SmoothRow(int64_t row, const uint8_t *above, const uint8_t *current) const {
+        const RowNeighbours neighbours{above + kFXPixelBytes, current + kFXPixelBytes,
+                                       rows_.Row(row + 1) + kFXPixelBytes};
+        const bool hasCentre = (rule_.flags & kWithCentre) != 0;
+        (hasCentre ? kernels_.averageWithCentre : kernels_.average)(rows_.Row(row) + kFXPixelBytes,
+                                                                    neighbours, pitch_ - 2 * kFXPixelBytes);
+    }
+
+    // What lies too far from the key colour is as it was. The outer two pixels at both ends are left alone.
+    void TakeBack(int64_t row, const uint8_t *current) const {
+        const uint64_t *near[kMarkRows];
+        for (int64_t i = 0; i < kMarkRows; ++i) near[i] = marks_.Row(row - kReach + i);
+        uint64_t *far = marks_.Outcome();
+        const int64_t end = rows_.width - kReach;
+        const int64_t words = WordsForMarks(end);
+        kernels_.markFar(far, near, words);
+        far[0] &= ~uint64_t{0} << 3 * kReach;
+        far[words - 1] &= ~uint64_t{0} >> (64 - 3 * (end - kMarksPerWord * (words - 1)));
+        kernels_.takeMarked(rows_.Row(row), current, far, end);
+    }
+
+    const BufferRows<1> &rows_;
+    AntialiasingRule rule_;
+    int64_t pitch_;
+    MarkRing marks_;
+    PixelBlock copies_;
+    const SmoothingKernels &kernels_;
+};
+
+// Repeated passes end in a picture that stays, or in a few that follow each other for ever. The picture is
+// compared with one that was kept some passes ago, after twice as many each time (R. P. Brent, BIT 20, 1980);
+// once it comes up again, whole rounds are left out.
+class RoundWatch {
+  public:
+    explicit RoundWatch(const BufferRows<1> &rows, bool isWanted) noexcept
+        : pixels_(rows.starts[0]),
+          bytes_(isWanted ? static_cast<size_t>(rows.pitches[0] * rows.rows) : 0),
+          kept_(static_cast<int64_t>(bytes_)) {}
+    // False without memory.
+    explicit operator bool() const noexcept { return static_cast<bool>(kept_); }
+
+    // After each pass: how many of those `left` are still to be run.
+    uint64_t PassesLeft(uint64_t left) {
+        if (bytes_ == 0) return left;
+        ++age_;
+        const bool isKept = span_ > 1;
+        if (isKept && std::memcmp(kept_.Bytes(), pixels_, bytes_) == 0) return left % age_;
+        if (age_ == span_) {
+            std::memcpy(kept_.Bytes(), pixels_, bytes_);
+            span_ *= 2;
+            age_ = 0;
+        }
+        return left;
+    }
+
+  private:
+    const uint8_t *pixels_;
+    size_t bytes_;
+    PixelBlock kept_;
+    uint64_t age_ = 0;   // passes since a picture was kept
+    uint64_t span_ = 1;  // age at which another one is
+};
+
+// Fewer passes than these are not worth watching.
+constexpr uint64_t kWatchedPasses = 16;
+
+// False without memory.
+bool RunPasses(const BufferRows<1> &rows, const AntialiasingRule &rule, uint64_t passes) {
+    const Antialiaser antialiaser(rows, rule);
+    RoundWatch watch(rows, passes >= kWatchedPasses);
+    if (!antialiaser || !watch) return false;
+    while (passes > 0) {
+        antialiaser.RunPass();
+        passes = watch.PassesLeft(passes - 1);
+    }
+    return true;
+}
+
+bool AntialiasPicture(const FXHeader &fx, AntialiasingRule rule, uint32_t extraPasses) {
+    const BufferRows<1> rows = WalkRows(fx);
+    if (rows.Inner(1).rows == 0) return true;
+    if (rule.key == kColourOfLastPixel) rule.key = ColourOfPixel(fx.Pixels + fx.biSizeImage - kFXPixelBytes);
+    return RunPasses(rows, rule, uint64_t{extraPasses} + 1);
+}
+
+}  // namespace
+}  // namespace fenlight
+
+using namespace fenlight;
+
+int32_t Antialiasing(uintptr_t dc, int32_t x, int32_t y, uintptr_t fx, uint32_t key, int32_t flags,
+                     uint32_t extraPasses) noexcept {
+    if (fx == 0) return 0;
+    const FXHeader &picture = *FXFromHandle(fx);
+    if (AntialiasPicture(picture, {key, flags}, extraPasses)) PaintFX(dc, x, y, picture, picture.Pixels);
+    return 0;
+}
