@@ -52,8 +52,7 @@ inline __m512i MixThirds(__m512i first, __m512i second, __m512i third) {
 }
 
 inline __m512i Reorder(__m512i bytes, const PlaneBytes &order) {
-    // All bytes; without a mask GCC 12 warns of its own header.
-    return _mm512_maskz_permutexvar_epi8(~uint64_t{0}, _mm512_load_si512(order.data()), bytes);
+    return _mm512_permutexvar_epi8(_mm512_load_si512(order.data()), bytes);
 }
 
 // Reads kPlaneBytes.
