@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Zlib
 // Filters of single pixels without the closing paint: the widest version, the plain loops, and the quickest
 // way that OpenCV has to the same picture. Pictures are noise, but for ExchangeColor, where one colour comes
-// in runs, as in drawings. The copy of a block in its own caches is the limit of what reads and writes.
+// in runs, as in drawings.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -19,8 +19,6 @@
 namespace fenlight {
 namespace {
 
-constexpr COLORREF kRunColour = 0x00FF00FF;
-
 struct Scene {
     explicit Scene(const benchmark::State &state)
         : width(static_cast<int32_t>(state.range(0))), height(static_cast<int32_t>(state.range(1))) {
@@ -34,7 +32,7 @@ struct Scene {
         std::mt19937 random(6);
         for (int32_t run = 0, i = 0; i < width * height; ++i, --run) {
             if (run == -12) run = static_cast<int32_t>(random() % 12);
-            if (run > 0) std::memcpy(buffer->Pixels + 3 * i, &kRunColour, 3);
+            if (run > 0) std::memcpy(buffer->Pixels + 3 * i, &runs, 3);
         }
     }
     uintptr_t Handle() const { return reinterpret_cast<uintptr_t>(buffer.get()); }
@@ -46,6 +44,7 @@ struct Scene {
 #endif
 
     int32_t width, height;
+    COLORREF runs = 0x00FF00FF, others = 0x00FF01FF;
     OwnedFX buffer{FXFromHandle(MakeBlackFX(width, height))}, other{FXFromHandle(MakeBlackFX(width, height))};
 };
 
@@ -58,33 +57,32 @@ void Measure(benchmark::State &state, const Scene &scene, const Work &work) {
     state.SetItemsProcessed(state.iterations() * scene.width * scene.height);
 }
 
-using Filter = void (*)(const Scene &scene);
+using Filter = void (*)(Scene &scene);
 
-void RunDarken(const Scene &scene) { Darken(0, 0, 0, scene.Handle(), 3); }
-void RunLighten(const Scene &scene) { Lighten(0, 0, 0, scene.Handle(), 3); }
-void RunGrey(const Scene &scene) { Grey(0, 0, 0, scene.Handle()); }
-void RunBlackWhite(const Scene &scene) { BlackWhite(0, 0, 0, scene.Handle(), 120); }
-void RunSharpen(const Scene &scene) { Sharpen(0, 0, 0, scene.Handle()); }
-void RunColorMove(const Scene &scene) { ColorMove(0, 0, 0, scene.Handle(), scene.Other(), 3); }
-void RunExchangeRgb(const Scene &scene) { ExchangeRgb(0, 0, 0, scene.Handle(), 20, -30, 5); }
-void RunColorFill(const Scene &scene) { ColorFill(scene.Handle(), 0x112233); }
+void RunDarken(Scene &scene) { Darken(0, 0, 0, scene.Handle(), 3); }
+void RunLighten(Scene &scene) { Lighten(0, 0, 0, scene.Handle(), 3); }
+void RunGrey(Scene &scene) { Grey(0, 0, 0, scene.Handle()); }
+void RunBlackWhite(Scene &scene) { BlackWhite(0, 0, 0, scene.Handle(), 120); }
+void RunSharpen(Scene &scene) { Sharpen(0, 0, 0, scene.Handle()); }
+void RunColorMove(Scene &scene) { ColorMove(0, 0, 0, scene.Handle(), scene.Other(), 3); }
+void RunExchangeRgb(Scene &scene) { ExchangeRgb(0, 0, 0, scene.Handle(), 20, -30, 5); }
+void RunColorFill(Scene &scene) { ColorFill(scene.Handle(), 0x112233); }
 // There and back, so that each call meets the colour.
-void RunExchangeColor(const Scene &scene) {
-    static uint32_t from = kRunColour, to = 0x00FF01FF;
-    ExchangeColor(0, 0, 0, scene.Handle(), from, to);
-    std::swap(from, to);
+void RunExchangeColor(Scene &scene) {
+    ExchangeColor(0, 0, 0, scene.Handle(), scene.runs, scene.others);
+    std::swap(scene.runs, scene.others);
 }
 
 template <Filter kRun, VectorLevel kLevel>
 void Ours(benchmark::State &state) {
-    const Scene scene(state);
+    Scene scene(state);
     if (kRun == RunExchangeColor) scene.AddRuns();
     ForceVectorLevel(kLevel);
     Measure(state, scene, [&] { kRun(scene); });
     ReleaseVectorLevel();
 }
 
-// Every 16-bit point of the map is built and searched; no pixel is black.
+// The map is built and searched; no pixel is black.
 template <VectorLevel kLevel>
 void TraceNothing(benchmark::State &state) {
     const Scene scene(state);
@@ -95,7 +93,8 @@ void TraceNothing(benchmark::State &state) {
     ReleaseVectorLevel();
 }
 
-void CopyInPlace(benchmark::State &state) {
+// Reads and writes each byte once.
+void InvertInPlace(benchmark::State &state) {
     const Scene scene(state);
     Measure(state, scene, [&] {
         auto *words = reinterpret_cast<uint64_t *>(scene.buffer->Pixels);
@@ -226,7 +225,7 @@ FENLIGHT_FILTER(ColorFill);
 BENCHMARK(TraceNothing<VectorLevel::Avx512>)->Name("PixelToMemory")->Apply(Sizes);
 BENCHMARK(TraceNothing<VectorLevel::Avx2>)->Name("PixelToMemory/Avx2")->Apply(Sizes);
 BENCHMARK(TraceNothing<VectorLevel::Plain>)->Name("PixelToMemory/plain")->Apply(Sizes);
-BENCHMARK(CopyInPlace)->Apply(Sizes);
+BENCHMARK(InvertInPlace)->Apply(Sizes);
 BENCHMARK(SetMemory)->Apply(Sizes);
 
 }  // namespace

@@ -25,8 +25,13 @@ void SplitPixels(uint8_t *target, const uint8_t *source, int64_t count, int32_t 
 }
 
 void ReplacePixels(uint8_t *pixels, int64_t count, const PixelBytes &from, const PixelBytes &to) noexcept {
-    for (int64_t i = 0; i < count; ++i, pixels += 3)
-        if (std::equal(from.begin(), from.end(), pixels)) std::copy(to.begin(), to.end(), pixels);
+    const PixelBytes old = from, fresh = to;
+    for (int64_t i = 0; i < count; ++i, pixels += 3) {
+        if (((pixels[0] ^ old[0]) | (pixels[1] ^ old[1]) | (pixels[2] ^ old[2])) != 0) continue;
+        pixels[0] = fresh[0];
+        pixels[1] = fresh[1];
+        pixels[2] = fresh[2];
+    }
 }
 
 void MapBlackPixels(uint8_t *map, const uint8_t *pixels, int64_t count) noexcept {

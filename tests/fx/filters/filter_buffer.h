@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -12,9 +11,6 @@
 #include "fx/fx_buffer.h"
 
 namespace fenlight::test {
-
-inline constexpr VectorLevel kLevels[] = {VectorLevel::Plain, VectorLevel::Sse4, VectorLevel::Avx2,
-                                          VectorLevel::Avx512};
 
 enum class Rows { Packed, Padded };
 
@@ -38,12 +34,6 @@ struct GuardedBuffer {
     uint8_t *At(int64_t at) { return bytes.data() + kGuard + at; }
     int64_t Pixels() const { return int64_t{header.biWidth} * header.biHeight; }
 
-    // Few values, so that equal pixels come up.
-    void Fill(std::mt19937 &random, uint32_t values) {
-        for (uint32_t i = 0; i < header.biSizeImage; ++i)
-            *At(i) = static_cast<uint8_t>(random() % values * (255 / (values - 1)));
-    }
-
     static constexpr int64_t kGuard = 96;
     FXHeader header{};
     std::vector<uint8_t> bytes;
@@ -53,6 +43,20 @@ class FilterLevels : public ::testing::TestWithParam<VectorLevel> {
   protected:
     void SetUp() override { ForceVectorLevel(GetParam()); }
     void TearDown() override { ReleaseVectorLevel(); }
+    int32_t Between(int32_t low, int32_t high) {
+        return low + static_cast<int32_t>(random() % static_cast<unsigned>(high - low + 1));
+    }
+    // Packed or padded rows of any bytes.
+    GuardedBuffer Noise(int32_t width, int32_t height) {
+        GuardedBuffer buffer(width, height, random() % 2 == 0 ? Rows::Packed : Rows::Padded);
+        for (uint32_t i = 0; i < buffer.header.biSizeImage; ++i)
+            *buffer.At(i) = static_cast<uint8_t>(random());
+        return buffer;
+    }
+
+    std::mt19937 random{20240719};
 };
+
+inline const auto kLevels = ::testing::Values(VectorLevel::Plain, VectorLevel::Avx2, VectorLevel::Avx512);
 
 }  // namespace fenlight::test
