@@ -170,7 +170,7 @@ void DisplayThread::TickWhenDue(std::unique_lock<std::mutex> &lock) {
     lock.unlock();
     PumpEvents();
     ShowChangedWindows();
-    UpdateTooltips(now);
+    UpdateTooltips(now, WindowUnderPointer());
     lock.lock();
 }
 

@@ -98,10 +98,8 @@ bool IsButtonDown() {
 }
 
 // The pointer is on what it was on if the tooltip has come up under it.
-void NoteRest(TimePoint now) {
-    SDL_Window *focus = SDL_GetMouseFocus();
-    const bool isOnTooltip = shown != nullptr && focus == shown->frame;
-    const HWND over = isOnTooltip ? rest.over : WindowUnderPointer();
+void NoteRest(TimePoint now, HWND over) {
+    if (shown != nullptr && SDL_GetMouseFocus() == shown->frame) over = rest.over;
     const CursorPosition place = CurrentCursor();
     if (over != rest.over) Hide();
     if (over != rest.over || place != rest.place) rest = {over, place, now, false};
@@ -179,9 +177,9 @@ LRESULT SetMaxWidth(TooltipRecord &tooltip, intptr_t width) {
 
 }  // namespace
 
-void UpdateTooltips(TimePoint now) noexcept {
+void UpdateTooltips(TimePoint now, HWND over) noexcept {
     if (firstTooltip == nullptr || IsBoxStanding()) return;
-    NoteRest(now);
+    NoteRest(now, over);
     if (shown != nullptr) {
         if (now - shownAt >= kLongestShow) Hide();
         return;

@@ -9,9 +9,9 @@
 
 namespace fenlight::platform {
 
-// Shows the tooltip of the control that the pointer has rested on, and takes it away. On the display thread,
-// in each tick.
-void UpdateTooltips(std::chrono::steady_clock::time_point now) noexcept;
+// Shows the tooltip of the control that the pointer has rested on, and takes it away. `over` is the window
+// that the pointer is on, or 0. On the display thread, in each tick.
+void UpdateTooltips(std::chrono::steady_clock::time_point now, HWND over) noexcept;
 
 // A tooltip that is to be destroyed with this parent, 0 if there is none. Any thread but the display thread.
 HWND TooltipOf(HWND parent) noexcept;
