@@ -29,6 +29,8 @@ struct LandingLine {
     }
 };
 
+inline constexpr uint32_t kLandingsAtOnce = 16;
+
 struct GeometryKernels {
     // Swaps the three bytes at `begin` with the three before `end`, then works inwards as long as
     // half of the bytes in between, rounded down, is above 0: a row of pixels comes out mirrored. Where the
@@ -37,7 +39,10 @@ struct GeometryKernels {
     void (*turnPixels)(uint8_t *begin, uint8_t *end) noexcept;
     // Blocks that do not overlap.
     void (*swapBytes)(uint8_t *first, uint8_t *second, int64_t bytes) noexcept;
+    // Writes `count` offsets, rounded up to a multiple of kLandingsAtOnce.
     void (*findLandings)(const LandingLine &line, int32_t *offsets, int64_t count) noexcept;
+    // Pixels of three bytes to words with 0 in their highest byte.
+    void (*widenPixels)(const uint8_t *pixels, uint8_t *words, int64_t count) noexcept;
 };
 
 extern const GeometryKernels kPlainGeometryKernels;

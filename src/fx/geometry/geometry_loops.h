@@ -29,10 +29,20 @@ inline void SwapBytes(uint8_t *__restrict first, uint8_t *__restrict second, int
 }
 
 inline void FindLandings(const LandingLine &line, int32_t *offsets, int64_t count) noexcept {
-    for (uint32_t i = 0; i < static_cast<uint32_t>(count); ++i) {
+    // Whole vectors: a rest would be worked out one by one.
+    const auto rounded =
+        static_cast<uint32_t>(count + kLandingsAtOnce - 1) / kLandingsAtOnce * kLandingsAtOnce;
+    for (uint32_t i = 0; i < rounded; ++i) {
         const auto column = static_cast<uint32_t>(static_cast<int32_t>(line.x + i * line.stepX) >> 10);
         const auto row = static_cast<uint32_t>(static_cast<int32_t>(line.y + i * line.stepY) >> 10);
         offsets[i] = static_cast<int32_t>(line.origin + column * line.pixelBytes + row * line.pitch);
+    }
+}
+
+inline void WidenPixels(const uint8_t *pixels, uint8_t *words, int64_t count) noexcept {
+    for (int64_t i = 0; i < count; ++i) {
+        for (int64_t channel = 0; channel < 3; ++channel) words[4 * i + channel] = pixels[3 * i + channel];
+        words[4 * i + 3] = 0;
     }
 }
 

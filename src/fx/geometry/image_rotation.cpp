@@ -56,6 +56,7 @@ class ImageTurn {
               Direction direction, Corner origin, bool isKeyed, COLORREF key)
         : target_(surfaces.TargetView()),
           source_(surfaces.SourceView()),
+          areWords_(target_.format == PixelFormat::Bgrx32 && source_.format == PixelFormat::Bgrx32),
           columns_(std::min(width, kMostPixels) - 1),
           rows_(std::min(height, kMostPixels) - 1),
           corner_(source),
@@ -65,14 +66,7 @@ class ImageTurn {
           key_(key) {}
 
     void Draw() const {
-        // Where a picture is turned on itself, pixels that were drawn are read again further on.
-        const bool isApart = target_.topRow != source_.topRow;
-        DrawInTiles(
-            rows_, isApart ? kTileColumns : kWholeRows,
-            [&](int64_t row) {
-                return Touched(LineAt(row)) & PixelSpan{0, columns_};
-            },
-            [&](int64_t row, PixelSpan span) { DrawSpan(LineAt(row), span); });
+        for (int32_t row = 0; row < rows_; ++row) DrawRow(LineAt(row));
     }
 
   private:
@@ -104,16 +98,16 @@ class ImageTurn {
         return {end - source_.width, end};
     }
 
-    void DrawSpan(const Line &line, PixelSpan span) const {
-        const bool areWords = target_.format == PixelFormat::Bgrx32 && source_.format == PixelFormat::Bgrx32;
-        const PixelSpan words = Whole(line) & InSource(line) & span;
-        if (!areWords || words.IsEmpty()) return DrawSingly(line, span);
-        DrawSingly(line, {span.begin, words.begin});
+    void DrawRow(const Line &line) const {
+        const PixelSpan touched = Touched(line) & PixelSpan{0, columns_};
+        const PixelSpan words = areWords_ ? Whole(line) & InSource(line) & touched : PixelSpan{0, 0};
+        if (words.IsEmpty()) return DrawSingly(line, touched);
+        DrawSingly(line, {touched.begin, words.begin});
         if (isKeyed_)
             DrawWords<true>(line, words);
         else
             DrawWords<false>(line, words);
-        DrawSingly(line, {words.end, span.end});
+        DrawSingly(line, {words.end, touched.end});
     }
 
     void DrawSingly(const Line &line, PixelSpan span) const {
@@ -160,6 +154,7 @@ class ImageTurn {
     }
 
     const PixelView target_, source_;
+    const bool areWords_;
     const int32_t columns_, rows_;
     const Corner corner_;
     const Direction direction_;
