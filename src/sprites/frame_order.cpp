@@ -44,6 +44,10 @@ SpriteRecord &LastOfFrame() noexcept { return *tail.last; }
 
 void DisturbFrameOrder() noexcept { isDisturbed = true; }
 
+uint32_t CountFrameOrder() noexcept { return tail.turn; }
+
+bool HasListOrder() noexcept { return !isDisturbed; }
+
 void RenewFrameOrder(SpriteRecord &first) noexcept {
     if (!isDisturbed) return;
     StartFrameOrder(first);

@@ -23,6 +23,10 @@ SpriteRecord &LastOfFrame() noexcept;
 void DisturbFrameOrder() noexcept;
 // Puts the chain in the list's order if that has changed. The sprite thread, between frames.
 void RenewFrameOrder(SpriteRecord &first) noexcept;
+// Records in the chain, and so in the list. The caller holds SpriteListLock.
+uint32_t CountFrameOrder() noexcept;
+// Is the chain in the list's order? The caller holds SpriteListLock.
+bool HasListOrder() noexcept;
 
 inline SpriteRecord *FrameNextOf(const SpriteRecord &record) noexcept {
     return record.FrameNext.load(std::memory_order_acquire);
@@ -46,6 +50,19 @@ void WalkFrameOrder(SpriteRecord &first, Prefetch prefetch, Visit visit) noexcep
         if (const SpriteRecord *ahead = record->FrameAhead.load(std::memory_order_relaxed)) prefetch(*ahead);
         visit(*record);
         record = FrameNextOf(*record);
+    }
+}
+
+// Visits the records in the list's order until `visit` says no. The caller holds SpriteListLock, under which
+// the chain is as good as the list once it has the same order, and can be read ahead.
+template <class Prefetch, class Visit>
+void WalkList(SpriteRecord &first, Prefetch prefetch, Visit visit) noexcept {
+    const bool isChained = HasListOrder();
+    SpriteRecord *record = &first;
+    while (record != nullptr) {
+        if (const SpriteRecord *ahead = record->FrameAhead.load(std::memory_order_relaxed)) prefetch(*ahead);
+        if (!visit(*record)) return;
+        record = isChained ? FrameNextOf(*record) : NextOf(*record);
     }
 }
 
