@@ -54,8 +54,8 @@ bool ReadAlphaImage(const char *fileName, AlphaImage &image) noexcept {
     if (DecodePNG == nullptr) return false;
     const FileBytes file = ReadFileBytes(fileName);
     if (file.bytes == nullptr) return false;
-    if (DecodePNG(&image.width, &image.height, file.bytes.get(), file.size, &image.pixels, &image.bytes) != 0)
-        image = {};
+    image = {};
+    DecodePNG(&image.width, &image.height, file.bytes.get(), file.size, &image.pixels, &image.bytes);
     return true;
 }
 

@@ -20,28 +20,29 @@ using Bytes = std::vector<uint8_t>;
 
 const std::string kFile = std::string(FENLIGHT_TEST_OUTPUT) + "/alpha_image.png";
 
-Bytes ReadBytes(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
+Bytes FileBytes() {
+    std::ifstream file(kFile, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void WriteBytes(const Bytes &bytes) {
-    std::ofstream(kFile, std::ios::binary)
-        .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-// What an import of kFile gives; the outputs hold a mark before it.
+// What an import gives; the outputs hold a mark before it.
 struct Import {
-    explicit Import(const std::string &path = kFile)
+    explicit Import(const std::string &path)
         : image(ImportPng(path.c_str(), &sizes[0], &sizes[1], &sizes[2])) {}
+    explicit Import(const Bytes &file) {
+        std::ofstream(kFile, std::ios::binary)
+            .write(reinterpret_cast<const char *>(file.data()), static_cast<std::streamsize>(file.size()));
+        image = ImportPng(kFile.c_str(), &sizes[0], &sizes[1], &sizes[2]);
+    }
     Import(const Import &) = delete;
     Import &operator=(const Import &) = delete;
     ~Import() { FreePng(image); }
+    bool GaveNothing(int32_t mark) const { return image == nullptr && sizes == std::array{mark, mark, mark}; }
     std::array<int32_t, 3> sizes{-7, -7, -7};
     uint8_t *image;
 };
 
-constexpr std::array kUntouched{-7, -7, -7}, kNothing{0, 0, 0};
+constexpr int32_t kUntouched = -7, kCleared = 0;
 
 Bytes Noise(size_t size) {
     Bytes bytes(size);
@@ -57,54 +58,45 @@ class AlphaFiles : public ::testing::Test {
     }
     void TearDown() override {
         platform::ForgetFailures();
-        BindCodecs();
         EXPECT_EQ(platform::CountHandles(platform::HandleKind::File), 0);
         std::filesystem::remove(kFile);
     }
 };
 
-TEST_F(AlphaFiles, ComeBackAsTheyWereWritten) {
+TEST_F(AlphaFiles, ComeBackAsTheyWereWrittenAndAsAnotherDecoderSeesThem) {
     for (const auto &[width, height] : {std::array{1, 1}, {3, 50}, {64, 33}}) {
-        const Bytes pixels = Noise(static_cast<size_t>(4 * width * height));
-        const int32_t size = ExportPng(pixels.data(), kFile.c_str(), width, height);
-        EXPECT_EQ(static_cast<size_t>(size), ReadBytes(kFile).size());
-        const Import back;
-        ASSERT_EQ(back.sizes, (std::array{width, height, 4 * width * height}));
-        EXPECT_EQ(Bytes(back.image, back.image + back.sizes[2]), pixels);
+        Bytes pixels = Noise(static_cast<size_t>(4 * width * height));
+        for (const bool isOpaque : {false, true}) {
+            for (size_t i = 3; isOpaque && i < pixels.size(); i += 4) pixels[i] = 255;
+            const int32_t size = ExportPng(pixels.data(), kFile.c_str(), width, height);
+            EXPECT_EQ(static_cast<size_t>(size), FileBytes().size());
+            const Import back(kFile);
+            ASSERT_EQ(back.sizes, (std::array{width, height, 4 * width * height}));
+            EXPECT_EQ(Bytes(back.image, back.image + back.sizes[2]), pixels);
+        }
+        const uintptr_t judge = LoadFileImage(kFile.c_str());
+        Picture picture(width, height);
+        for (size_t i = 0; i < picture.pixels.size(); ++i)
+            picture.pixels[i] =
+                uint32_t{pixels[4 * i]} << 16 | uint32_t{pixels[4 * i + 1]} << 8 | pixels[4 * i + 2];
+        EXPECT_TRUE(SamePicture("exported", PictureOf(judge, width, height), picture));
+        FreeImage(judge);
     }
-}
-
-TEST_F(AlphaFiles, ShowWhatAnotherDecoderShows) {
-    const std::string path = std::string(FENLIGHT_TEST_DATA) + "/sample.png";
-    const uintptr_t judge = LoadFileImage(path.c_str());
-    const Import png(path);
-    ASSERT_EQ(png.sizes, (std::array{7, 5, 140}));
-    Picture picture(7, 5);
-    for (size_t i = 0; i < 35; ++i) {
-        const uint8_t *pixel = png.image + 4 * i;
-        picture.pixels[i] = uint32_t{pixel[0]} << 16 | uint32_t{pixel[1]} << 8 | pixel[2];
-        EXPECT_EQ(pixel[3], 255);
-    }
-    EXPECT_TRUE(SamePicture("imported", picture, PictureOf(judge, 7, 5)));
-    FreeImage(judge);
 }
 
 TEST_F(AlphaFiles, ThatCannotBeReadLeaveTheOutputsAlone) {
     const std::string directory = FENLIGHT_TEST_OUTPUT;
     for (const std::string &path :
          {kFile, kFile + "/none", directory, std::string(), std::string("/dev/null")})
-        EXPECT_TRUE(Import(path).image == nullptr && Import(path).sizes == kUntouched) << path;
-    int32_t size = -7;
-    EXPECT_EQ(ImportPng(nullptr, &size, &size, &size), nullptr);
-    WriteBytes(Noise(100));
-    for (const auto operation : {platform::Operation::Memory, platform::Operation::File})
-        for (const int number : {1, 2}) {
-            platform::FailOnce(operation, number);
-            const Import import;
-            const bool isLastOfMemory = operation == platform::Operation::Memory && number == 2;
-            EXPECT_EQ(import.sizes, isLastOfMemory ? kNothing : kUntouched) << number;
-            EXPECT_EQ(platform::CountHandles(platform::HandleKind::File), 0);
-        }
+        EXPECT_TRUE(Import(path).GaveNothing(kUntouched)) << path;
+    EXPECT_EQ(ImportPng(nullptr, nullptr, nullptr, nullptr), nullptr);
+    for (const auto &[operation, number] : {std::pair(platform::Operation::Memory, 1),
+                                            {platform::Operation::File, 1},
+                                            {platform::Operation::File, 2}}) {
+        platform::FailOnce(operation, number);
+        EXPECT_TRUE(Import(Noise(100)).GaveNothing(kUntouched)) << number;
+    }
+    EXPECT_TRUE(Import(Noise(100)).GaveNothing(kCleared));
 }
 
 // An IHDR of another size, with the check sum of that.
@@ -118,66 +110,55 @@ Bytes Forged(Bytes file, uint32_t width, uint32_t height) {
 }
 
 TEST_F(AlphaFiles, ThatAreDamagedGiveNothing) {
-    const Bytes pixels = Noise(4 * 9 * 9);
-    ExportPng(pixels.data(), kFile.c_str(), 9, 9);
-    const Bytes whole = ReadBytes(kFile);
-    const size_t endChunk = 12;
-    for (size_t length = 0; length < whole.size() - endChunk; ++length) {
-        WriteBytes(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
-        const Import import;
-        ASSERT_EQ(import.image, nullptr) << length;
-        ASSERT_EQ(import.sizes, kNothing) << length;
-    }
-    for (size_t bit = 0; bit < 8 * whole.size(); ++bit) {
+    ExportPng(Noise(4 * 9 * 9).data(), kFile.c_str(), 9, 9);
+    const Bytes whole = FileBytes();
+    constexpr size_t kEndChunk = 12;
+    for (size_t length = 0; length < whole.size() - kEndChunk; ++length)
+        ASSERT_TRUE(Import(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)))
+                        .GaveNothing(kCleared))
+            << length;
+    for (size_t bit = 0; bit < 8 * (whole.size() - kEndChunk); ++bit) {
         Bytes damaged = whole;
         damaged[bit / 8] ^= static_cast<uint8_t>(1 << bit % 8);
-        WriteBytes(damaged);
-        const Import import;
-        if (import.image != nullptr) continue;  // in a chunk that plays no part, or its name
-        ASSERT_EQ(import.sizes, kNothing) << bit;
+        ASSERT_TRUE(Import(damaged).GaveNothing(kCleared)) << "bit " << bit;
     }
 }
 
 TEST_F(AlphaFiles, AreNotGivenMemoryThatTheyCannotFill) {
-    const Bytes black(4 * 2048 * 2048);
-    ExportPng(black.data(), kFile.c_str(), 2048, 2048);
-    const Bytes file = ReadBytes(kFile);
+    ExportPng(Bytes(4 * 2048 * 2048).data(), kFile.c_str(), 2048, 2048);
+    const Bytes file = FileBytes();
     constexpr uint32_t kTooLittleData = 91, kTooManyPixels = 92, kTooMuchData = 109;  // LodePNG's numbers
-    const std::tuple<uint32_t, uint32_t, uint32_t> forgeries[] = {{0x7FFFFFFF, 0x7FFFFFFF, kTooManyPixels},
-                                                                  {16385, 16384, kTooManyPixels},
-                                                                  {16384, 16384, kTooLittleData},
-                                                                  {1, 1, kTooMuchData}};
-    for (const auto &[width, height, error] : forgeries) {
+    for (const auto &[width, height, error] : {std::array{0x7FFFFFFFu, 0x7FFFFFFFu, kTooManyPixels},
+                                               {16385u, 16384u, kTooManyPixels},
+                                               {16384u, 16384u, kTooLittleData},
+                                               {1u, 1u, kTooMuchData}}) {
         const Bytes forged = Forged(file, width, height);
         int32_t w = 1, h = 1, bytes = 1;
         uint8_t *block = nullptr;
         EXPECT_EQ(DecodePNG(&w, &h, forged.data(), static_cast<int32_t>(forged.size()), &block, &bytes),
-                  error)
-            << width;
-        WriteBytes(forged);
-        EXPECT_EQ(Import().sizes, kNothing);
+                  error);
+        EXPECT_TRUE(Import(forged).GaveNothing(kCleared)) << width;
     }
 }
 
 TEST_F(AlphaFiles, TellTheResultOfTheCodec) {
     const Bytes pixels = Noise(4 * 4 * 4);
+    const auto exported = [&](const char *path) { return ExportPng(pixels.data(), path, 4, 4); };
     constexpr int32_t kEmptyPicture = 93;
     EXPECT_EQ(ExportPng(pixels.data(), kFile.c_str(), 0, 4), kEmptyPicture);
     EXPECT_EQ(ExportPng(nullptr, kFile.c_str(), 4, 4), 0);
     EXPECT_FALSE(std::filesystem::exists(kFile));
-    const int32_t size = ExportPng(pixels.data(), kFile.c_str(), 4, 4);
-    for (const std::string &path : {kFile + "/none", std::string(FENLIGHT_TEST_OUTPUT), std::string()})
-        EXPECT_EQ(ExportPng(pixels.data(), path.c_str(), 4, 4), size) << path;
-    EXPECT_EQ(ExportPng(pixels.data(), nullptr, 4, 4), size);
+    const int32_t size = exported(kFile.c_str());
+    for (const char *path : {FENLIGHT_TEST_OUTPUT, "", "/dev/full", static_cast<const char *>(nullptr)})
+        EXPECT_EQ(exported(path), size);
     for (const int number : {1, 2}) {
         platform::FailOnce(platform::Operation::File, number);
-        EXPECT_EQ(ExportPng(pixels.data(), kFile.c_str(), 4, 4), size);
+        EXPECT_EQ(exported(kFile.c_str()), size);
     }
 
     UnbindCodecs();
-    const Import import;
-    EXPECT_TRUE(import.image == nullptr && import.sizes == kUntouched);
-    EXPECT_EQ(ExportPng(pixels.data(), kFile.c_str(), 4, 4), 0);
+    EXPECT_TRUE(Import(kFile).GaveNothing(kUntouched));
+    EXPECT_EQ(exported(kFile.c_str()), 0);
     uint8_t byte = 0;
     EXPECT_EQ(FreePng(&byte), 0) << "no allocator is asked";
     BindCodecs();

@@ -71,6 +71,9 @@ void ExpectTheSame(std::mt19937 &random, int depth, int backdropDepth) {
     DrawNoise(actual.context, kWidth, kHeight);
     DrawNoise(expected.context, kWidth, kHeight);
     DrawNoise(backdrop.context, backdropWidth, backdropHeight);
+    for (const Canvas *canvas : {&actual, &expected})  // the unused bytes
+        for (int32_t i = 3; depth == 32 && i < 4 * kWidth * kHeight; i += 4)
+            BitsOf(canvas->context)[i] = 0x77;
 
     const int32_t width = 4 * within(1, 9), height = within(1, 14), size = 4 * width * height;
     Bytes pixels(static_cast<size_t>(size));
@@ -86,6 +89,8 @@ void ExpectTheSame(std::mt19937 &random, int depth, int backdropDepth) {
     PaintPlainly(call, expected.context, under(expected.context));
     EXPECT_EQ(Paint(call, actual.context, under(actual.context)), 1);
     EXPECT_EQ(image.Content(), pixels);
+    EXPECT_TRUE(depth != 32 ||
+                std::memcmp(BitsOf(actual.context), BitsOf(expected.context), 4 * kWidth * kHeight) == 0);
     ASSERT_TRUE(SamePicture("alpha_painting", PictureOf(actual.context, kWidth, kHeight),
                             PictureOf(expected.context, kWidth, kHeight)))
         << depth << " bits over " << backdropDepth << ", at " << call.x << ' ' << call.y << ", " << width

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Zlib
 // Channels, and the way to FX buffers and back, beside walks that do what the definitions say step by step.
+#include <algorithm>
+#include <array>
 #include <random>
 #include <vector>
 
 #include "data/each_level.h"
 #include "fenlight/alpha_images.h"
+#include "fx/alpha/alpha_kernels.h"
 #include "fx/fx_picture.h"
 #include "platform/system/failure_point.h"
 
@@ -26,11 +29,8 @@ int32_t MergePlainly(Bytes &image, const Bytes &goal, int32_t steps, size_t firs
     int32_t count = 0;
     for (size_t pixel = 0; pixel + 4 <= image.size(); pixel += 4)
         for (size_t i = pixel + first; i <= pixel + last; ++i)
-            for (uint32_t move = 0; move <= moves; ++move) {
-                if (image[i] == goal[i]) continue;
-                ++count;
+            for (uint32_t move = 0; move <= moves && image[i] != goal[i]; ++move, ++count)
                 image[i] = static_cast<uint8_t>(image[i] < goal[i] ? image[i] + 1 : image[i] - 1);
-            }
     return count;
 }
 
@@ -39,13 +39,12 @@ using MergeCall = int32_t (*)(uint8_t *, const uint8_t *, int32_t, int32_t) noex
 void ExpectMerge(MergeCall call, size_t first, size_t last, int32_t size, int32_t steps) {
     SCOPED_TRACE(::testing::Message() << "channel " << first << ", " << size << " bytes, steps " << steps);
     Bytes expected = Noise(size, 1);
-    const Bytes goal = Noise(size, static_cast<unsigned>(steps));
-    const GuardedMemory image(expected), goalMemory(goal), atStart(expected, true);
-    const int32_t count = MergePlainly(expected, goal, steps, first, last);
-    EXPECT_EQ(call(image.Data(), goalMemory.Data(), size, steps), count);
-    EXPECT_EQ(call(atStart.Data(), goalMemory.Data(), size, steps), count);
-    EXPECT_EQ(image.Content(), expected);
-    EXPECT_EQ(atStart.Content(), expected);
+    const GuardedMemory goal(Noise(size, 2)), image(expected), atStart(expected, true);
+    const int32_t count = MergePlainly(expected, goal.Content(), steps, first, last);
+    for (const GuardedMemory *memory : {&image, &atStart}) {
+        EXPECT_EQ(call(memory->Data(), goal.Data(), size, steps), count);
+        EXPECT_EQ(memory->Content(), expected);
+    }
 }
 
 TEST(AlphaChannels, MoveTowardsTheGoalAndCountTheirSteps) {
@@ -56,15 +55,12 @@ TEST(AlphaChannels, MoveTowardsTheGoalAndCountTheirSteps) {
                 ExpectMerge(MergeImagePng, 0, 2, size, steps);
             }
     });
-}
-
-TEST(AlphaChannels, MoveAsFarAsWorkedByHand) {
     for (const auto &[steps, alpha, count] : {std::array{0, 11, 1}, {4, 15, 5}, {100, 20, 10}}) {
         uint8_t pixel[] = {1, 2, 3, 10};
         const uint8_t goal[] = {200, 200, 200, 20};
         EXPECT_EQ(MergeChannelPng(pixel, goal, 4, steps), count);
         EXPECT_EQ(Bytes(pixel, pixel + 4), (Bytes{1, 2, 3, static_cast<uint8_t>(alpha)}));
-        EXPECT_EQ(MergeImagePng(pixel, pixel, 4, steps), 0);
+        EXPECT_EQ(MergeImagePng(pixel, pixel, 4, steps) + MergeImagePng(pixel, goal, -4, steps), 0);
     }
 }
 
@@ -77,123 +73,122 @@ TEST(AlphaChannels, AreInvertedPixelByPixelAndNoFurther) {
                 expected[i] = static_cast<uint8_t>(255 - expected[i]);
             for (const GuardedMemory *image : {&end, &start}) {
                 InvertChannelPng(image->Data(), size);
+                InvertChannelPng(image->Data(), -size);
                 EXPECT_EQ(image->Content(), expected) << size;
             }
         }
     });
-    for (const int32_t none : {0, 3, -4, INT32_MIN}) {
-        uint8_t pixel[] = {1, 2, 3, 4};
-        InvertChannelPng(pixel, none);
-        EXPECT_EQ(MergeChannelPng(pixel, Bytes(4, 9).data(), none, 0), 0);
-        EXPECT_EQ(Bytes(pixel, pixel + 4), (Bytes{1, 2, 3, 4})) << none;
-    }
     InvertChannelPng(nullptr, 4);
     EXPECT_EQ(MergeImagePng(nullptr, nullptr, 4, 4), 0);
 }
 
-// A buffer with rows of either kind, filled with noise from end to end.
-uintptr_t NoisyFX(int32_t width, int32_t height, bool isPadded, unsigned seed) {
-    const uintptr_t image = isPadded ? CreateImage(platform::ScreenContext(), width, height) : 0;
-    const uintptr_t fx = isPadded ? InitFX(image) : CreateExtFX(width, height);
-    FXHeader &header = *FXFromHandle(fx);
-    const Bytes noise = Noise(header.biSizeImage, seed);
-    std::copy(noise.begin(), noise.end(), header.Pixels);
-    if (isPadded) FreeImage(image);
-    return fx;
-}
-
-Bytes PlainImage(const FXHeader &fx, const FXHeader *alpha) {
-    const int32_t pixels = fx.biWidth * fx.biHeight;
-    const int32_t alphas = alpha != nullptr ? alpha->biWidth * alpha->biHeight : 0;
+// Pixels of an alpha image from two runs of colours; the second, of greys, may be shorter.
+Bytes WidenPlainly(const Bytes &colours, const Bytes &greys) {
     Bytes image;
-    for (int32_t i = 0; i < pixels; ++i) {
-        const uint8_t *colour = fx.Pixels + 3 * i;
-        const uint8_t *grey = i < alphas ? alpha->Pixels + 3 * i : nullptr;
-        const int mean = grey != nullptr ? (grey[0] + grey[1] + grey[2]) / 3 : 255;
-        image.insert(image.end(), {colour[2], colour[1], colour[0], static_cast<uint8_t>(mean)});
+    for (size_t i = 0; i + 3 <= colours.size(); i += 3) {
+        const int mean = i + 3 <= greys.size() ? (greys[i] + greys[i + 1] + greys[i + 2]) / 3 : 255;
+        image.insert(image.end(), {colours[i + 2], colours[i + 1], colours[i], static_cast<uint8_t>(mean)});
     }
     return image;
 }
 
-void ExpectConversions(int32_t width, int32_t height, bool isPadded, int32_t alphaHeight) {
-    SCOPED_TRACE(::testing::Message() << width << " x " << height << ", alpha " << alphaHeight);
-    const OwnedFX fx(FXFromHandle(NoisyFX(width, height, isPadded, 1)));
-    const OwnedFX alpha(FXFromHandle(alphaHeight > 0 ? NoisyFX(width, alphaHeight, isPadded, 2) : 0));
-    int32_t w = 0, h = 0, bytes = 0;
-    uint8_t *image = FXToPng(reinterpret_cast<uintptr_t>(fx.get()), &w, &h, &bytes,
-                             reinterpret_cast<uintptr_t>(alpha.get()));
-    ASSERT_EQ((std::array{w, h, bytes}), (std::array{width, height, 4 * width * height}));
-    const Bytes expected = PlainImage(*fx, alpha.get());
-    EXPECT_EQ(Bytes(image, image + bytes), expected);
-
-    // Back, from all of the image or less: what it does not have stays black.
-    const int32_t used = width % 2 != 0 ? bytes : bytes / 3;
-    uintptr_t greyHandle = 0;
-    const OwnedFX back(FXFromHandle(PngToFX(image, w, h, used, &greyHandle)));
-    const OwnedFX opaque(FXFromHandle(PngToFX(image, w, h, used, nullptr)));
-    const OwnedFX grey(FXFromHandle(greyHandle));
-    Bytes colours(back->biSizeImage), greys(back->biSizeImage);
-    for (size_t i = 0; i < static_cast<size_t>(used) / 4; ++i)
-        for (size_t c = 0; c < 3; ++c) {
-            colours[3 * i + c] = expected[4 * i + 2 - c];
-            greys[3 * i + c] = expected[4 * i + 3];
-        }
-    const auto bytesOf = [](const OwnedFX &buffer) {
-        return Bytes(buffer->Pixels, buffer->Pixels + buffer->biSizeImage);
-    };
-    EXPECT_EQ(bytesOf(back), colours);
-    EXPECT_EQ(bytesOf(opaque), colours);
-    EXPECT_EQ(bytesOf(grey), greys);
-    EXPECT_EQ(FreePng(image), 0);
+Bytes AlphasOf(const Bytes &image) {
+    Bytes alphas;
+    for (size_t i = 3; i < image.size(); i += 4) alphas.insert(alphas.end(), 3, image[i]);
+    return alphas;
 }
 
-TEST(AlphaConversion, WalksThePixelsOfEveryBuffer) {
+TEST(AlphaConversion, TouchesNothingButItsPixels) {
     WithEachLevel([] {
-        std::mt19937 random(7);
-        for (int round = 0; round < 60; ++round) {
-            const auto width = static_cast<int32_t>(1 + random() % 67), height = 1 + round % 35;
-            const int32_t alphaHeights[] = {0, height, height / 2, height + 1};
-            ExpectConversions(width, height, round % 2 == 0, alphaHeights[round / 2 % 4]);
-        }
+        const AlphaKernels &kernels = CurrentAlphaKernels();
+        for (int64_t pixels = 0; pixels <= 200; ++pixels)
+            for (const bool isAtStart : {false, true}) {
+                SCOPED_TRACE(pixels);
+                const GuardedMemory colours(Noise(3 * pixels, 1), isAtStart);
+                const GuardedMemory greys(Noise(3 * pixels, 2), isAtStart);
+                const GuardedMemory opaque(Bytes(colours.Content().size() / 3 * 4), isAtStart);
+                const GuardedMemory image(opaque.Content(), isAtStart);
+                kernels.widen(opaque.Data(), colours.Data(), pixels);
+                kernels.widenWithAlpha(image.Data(), colours.Data(), greys.Data(), pixels);
+                ASSERT_EQ(opaque.Content(), WidenPlainly(colours.Content(), {}));
+                ASSERT_EQ(image.Content(), WidenPlainly(colours.Content(), greys.Content()));
+
+                const GuardedMemory some(greys.Content(), isAtStart), more(greys.Content(), isAtStart);
+                kernels.narrow(some.Data(), image.Data(), pixels);
+                kernels.narrowWithAlpha(more.Data(), greys.Data(), image.Data(), pixels);
+                ASSERT_EQ(some.Content(), colours.Content());
+                ASSERT_EQ(more.Content(), colours.Content());
+                ASSERT_EQ(greys.Content(), AlphasOf(image.Content()));
+            }
+        Bytes sums, image(4 * 766);  // every mean
+        for (int sum = 0; sum <= 765; ++sum)
+            for (const int byte : {sum / 3, (sum + 1) / 3, (sum + 2) / 3})
+                sums.push_back(static_cast<uint8_t>(byte));
+        kernels.widenWithAlpha(image.data(), sums.data(), sums.data(), 766);
+        EXPECT_EQ(image, WidenPlainly(sums, sums));
     });
 }
 
-TEST(AlphaConversion, RoundsEveryMeanDown) {
-    const OwnedFX fx(FXFromHandle(CreateExtFX(256, 766))), grey(FXFromHandle(CreateExtFX(256, 766)));
-    for (int32_t i = 0; i < 256 * 766; ++i) {  // the first byte, and the sum of all three as far as it can be
-        const int32_t first = i % 256, rest = std::clamp(i / 256 - first, 0, 510);
-        const int32_t pixel[] = {first, rest / 2, rest - rest / 2};
-        std::copy_n(pixel, 3, grey->Pixels + 3 * i);
-    }
-    WithEachLevel([&] {
-        int32_t w = 0, h = 0, bytes = 0;
-        uint8_t *image = FXToPng(reinterpret_cast<uintptr_t>(fx.get()), &w, &h, &bytes,
-                                 reinterpret_cast<uintptr_t>(grey.get()));
-        EXPECT_EQ(Bytes(image, image + bytes), PlainImage(*fx, grey.get()));
-        FreePng(image);
-    });
+Bytes BytesOf(const OwnedFX &fx) { return {fx->Pixels, fx->Pixels + fx->biSizeImage}; }
+
+uintptr_t HandleOf(const OwnedFX &fx) { return reinterpret_cast<uintptr_t>(fx.get()); }
+
+// With noise from end to end; rows of images are padded.
+OwnedFX NoisyFX(int32_t width, int32_t height, bool isPadded) {
+    if (height == 0) return nullptr;
+    const uintptr_t image = isPadded ? NoisyImage(width, height) : 0;
+    OwnedFX fx(FXFromHandle(isPadded ? InitFX(image) : CreateExtFX(width, height)));
+    std::ranges::copy(Noise(fx->biSizeImage, static_cast<unsigned>(height)), fx->Pixels);
+    if (isPadded) FreeImage(image);
+    return fx;
+}
+
+TEST(AlphaConversion, WalksThePixelsOfBuffers) {
+    for (const auto &[width, height, alphaHeight] :
+         {std::array{1, 1, 1}, {5, 3, 0}, {6, 9, 9}, {67, 35, 20}, {64, 3, 5}, {7, 2, 1}})
+        for (const bool isPadded : {false, true}) {
+            const OwnedFX fx = NoisyFX(width, height, isPadded),
+                          alpha = NoisyFX(width, alphaHeight, isPadded);
+            const auto size = static_cast<size_t>(3 * width * height);
+            Bytes colours = BytesOf(fx), greys = alpha != nullptr ? BytesOf(alpha) : Bytes();
+            colours.resize(size);
+            greys.resize(std::min(size, static_cast<size_t>(3 * width * alphaHeight)));
+            int32_t sizes[3];
+            uint8_t *image = FXToPng(HandleOf(fx), sizes, sizes + 1, sizes + 2, HandleOf(alpha));
+            ASSERT_EQ(std::to_array(sizes), (std::array{width, height, 4 * width * height}));
+            EXPECT_EQ(Bytes(image, image + sizes[2]), WidenPlainly(colours, greys)) << width;
+
+            // Back, but for two thirds: there the buffers stay black.
+            const int32_t used = sizes[2] / 3;
+            Bytes alphas = AlphasOf({image, image + used / 4 * 4});
+            colours.resize(alphas.size());
+            for (Bytes *bytes : {&colours, &alphas}) bytes->resize(size);
+            uintptr_t grey = 0;
+            const OwnedFX back(FXFromHandle(PngToFX(image, width, height, used, &grey)));
+            EXPECT_EQ(BytesOf(back), colours) << width;
+            EXPECT_EQ(BytesOf(OwnedFX(FXFromHandle(grey))), alphas) << width;
+            FreePng(image);
+        }
 }
 
 TEST(AlphaConversion, FailsWithoutMemoryOrBuffer) {
-    using platform::Operation;
-    const OwnedFX fx(FXFromHandle(NoisyFX(4, 2, false, 1)));
-    const auto handle = reinterpret_cast<uintptr_t>(fx.get());
+    const OwnedFX fx = NoisyFX(4, 2, false);
     int32_t sizes[3] = {};
-    platform::FailOnce(Operation::Memory, 1);
-    EXPECT_EQ(FXToPng(handle, sizes, sizes + 1, sizes + 2, handle), nullptr);
-    EXPECT_EQ(std::to_array(sizes), (std::array{4, 2, 32})) << "told all the same";
-    EXPECT_EQ(FXToPng(0, sizes, sizes + 1, sizes + 2, handle), nullptr);
-    EXPECT_EQ(std::to_array(sizes), (std::array{0, 0, 0}));
-    FreePng(FXToPng(handle, nullptr, nullptr, nullptr, 0));
-    FXHeader vast = *fx;  // 4 bytes a pixel do not fit the size
+    const auto isRefused = [&](uintptr_t handle, std::array<int32_t, 3> told) {
+        return FXToPng(handle, sizes, sizes + 1, sizes + 2, 0) == nullptr && std::to_array(sizes) == told;
+    };
+    platform::FailOnce(platform::Operation::Memory, 1);
+    EXPECT_TRUE(isRefused(HandleOf(fx), {4, 2, 32})) << "told all the same";
+    EXPECT_TRUE(isRefused(0, {}));
+    FreePng(FXToPng(HandleOf(fx), nullptr, nullptr, nullptr, 0));
+    FXHeader vast = *fx;
     vast.biWidth = vast.biHeight = 25000;
-    EXPECT_EQ(FXToPng(reinterpret_cast<uintptr_t>(&vast), sizes, sizes + 1, sizes + 2, 0), nullptr);
-    EXPECT_EQ(std::to_array(sizes), (std::array{25000, 25000, 0}));
+    EXPECT_TRUE(isRefused(reinterpret_cast<uintptr_t>(&vast), {25000, 25000, 0}));
 
     uintptr_t alpha = 4711;
     const Bytes image(32, 7);
     for (const int number : {1, 2}) {
-        platform::FailOnce(Operation::Memory, number);
+        platform::FailOnce(platform::Operation::Memory, number);
         EXPECT_EQ(PngToFX(image.data(), 4, 2, 32, &alpha), 0u);
     }
     platform::ForgetFailures();
@@ -201,10 +196,9 @@ TEST(AlphaConversion, FailsWithoutMemoryOrBuffer) {
         EXPECT_EQ(PngToFX(image.data(), width, height, 32, &alpha), 0u);
     EXPECT_EQ(PngToFX(nullptr, 4, 2, 32, &alpha), 0u);
     EXPECT_EQ(alpha, 4711u) << "left alone by every failure";
-    // More bytes than the picture has, and less than none.
     for (const int32_t bytes : {32, INT32_MAX, -1, INT32_MIN}) {
         const OwnedFX some(FXFromHandle(PngToFX(image.data(), 2, 2, bytes, nullptr)));
-        EXPECT_EQ(Bytes(some->Pixels, some->Pixels + 12), Bytes(12, bytes > 0 ? 7 : 0)) << bytes;
+        EXPECT_EQ(BytesOf(some), Bytes(12, bytes > 0 ? 7 : 0)) << bytes;
     }
 }
 
