@@ -9,6 +9,22 @@ namespace {
 using Vector = __m256i;
 using Matches = __m256i;
 
+// What a pixel has in all three colours comes to the three bytes of each pixel: the pixel of byte i of the
+// first, second or third half that is stored.
+constexpr PlaneBytes SpreadOrder(size_t third) {
+    PlaneBytes order{};
+    for (size_t i = 0; i < order.size(); ++i) order[i] = static_cast<uint8_t>((16 * third + i % 16) / 3);
+    return order;
+}
+
+alignas(32) constexpr PlaneBytes kSpreadOrders[3] = {SpreadOrder(0), SpreadOrder(1), SpreadOrder(2)};
+
+void StoreGrey(uint8_t *pixels, Vector grey) {
+    for (int third = 0; third < 3; ++third)
+        StoreHalves(pixels + 16 * third, pixels + 48 + 16 * third,
+                    _mm256_shuffle_epi8(grey, VectorOf(kSpreadOrders[third])));
+}
+
 struct Sums {
     __m256i low, high;  // 16 bits each, in the order that unpacking leaves and packing undoes
 };

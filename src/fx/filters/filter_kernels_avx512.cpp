@@ -9,6 +9,21 @@ namespace {
 using Vector = __m512i;
 using Matches = __mmask64;
 
+// What a pixel has in all three colours comes to the three bytes of each pixel: the pixel of byte i of the
+// first, second or third vector that is stored.
+constexpr PlaneBytes SpreadOrder(size_t third) {
+    PlaneBytes order{};
+    for (size_t i = 0; i < order.size(); ++i) order[i] = static_cast<uint8_t>((64 * third + i) / 3);
+    return order;
+}
+
+alignas(64) constexpr PlaneBytes kSpreadOrders[3] = {SpreadOrder(0), SpreadOrder(1), SpreadOrder(2)};
+
+void StoreGrey(uint8_t *pixels, Vector grey) {
+    for (int third = 0; third < 3; ++third)
+        _mm512_storeu_si512(pixels + 64 * third, Reorder(grey, kSpreadOrders[third]));
+}
+
 struct Sums {
     __m512i low, high;  // 16 bits each, in the order that unpacking leaves and packing undoes
 };

@@ -4,6 +4,7 @@
 //
 //   Vector                              bytes of kPlanePixels pixels
 //   GreyOf(planes)                      a third of each pixel's sum, rounded down
+//   StoreGrey(pixels, vector)           three equal bytes for each of the vector
 //   IsLight(planes, limit)              all ones where the sum is `limit` or more
 //   PlaneOf(byte)                       the byte for each pixel
 //   Matches                             which pixels are equal, for Any and Choose
@@ -19,18 +20,14 @@ namespace fenlight {
 namespace {
 
 inline void GreyPixels(uint8_t *pixels, int64_t count) noexcept {
-    for (; count >= kPlanePixels; count -= kPlanePixels, pixels += kPlaneBytes) {
-        const Vector grey = GreyOf(LoadPlanes(pixels));
-        StorePlanes(pixels, {grey, grey, grey});
-    }
+    for (; count >= kPlanePixels; count -= kPlanePixels, pixels += kPlaneBytes)
+        StoreGrey(pixels, GreyOf(LoadPlanes(pixels)));
     kPlainFilterKernels.grey(pixels, count);
 }
 
 inline void SplitPixels(uint8_t *target, const uint8_t *source, int64_t count, int32_t limit) noexcept {
-    for (; count >= kPlanePixels; count -= kPlanePixels, source += kPlaneBytes, target += kPlaneBytes) {
-        const Vector light = IsLight(LoadPlanes(source), limit);
-        StorePlanes(target, {light, light, light});
-    }
+    for (; count >= kPlanePixels; count -= kPlanePixels, source += kPlaneBytes, target += kPlaneBytes)
+        StoreGrey(target, IsLight(LoadPlanes(source), limit));
     kPlainFilterKernels.split(target, source, count, limit);
 }
 

@@ -161,6 +161,7 @@ TEST_P(FXFilters, KeepTheirCorners) {
         {{1, 1, 0}, {0, 0, 0}, [](uintptr_t fx) { Grey(0, 0, 0, fx); }},
         {{0, 0, 0}, {0, 0, 0}, [](uintptr_t fx) { BlackWhite(0, 0, 0, fx, 32); }},
         {{255, 255, 255}, {255, 255, 255}, [](uintptr_t fx) { BlackWhite(0, 0, 0, fx, 223); }},
+        {{255, 255, 255}, {0, 0, 0}, [](uintptr_t fx) { BlackWhite(0, 0, 0, fx, 224); }},
         {{126, 127, 255}, {125, 128, 255}, [](uintptr_t fx) { Sharpen(0, 0, 0, fx); }},
         {{10, 13, 20}, {12, 13, 18}, [](uintptr_t fx) { ColorMove(0, 0, 0, fx, target.Handle(), 2); }},
         {{3, 2, 1}, {9, 8, 7}, [](uintptr_t fx) { ExchangeColor(0, 0, 0, fx, 0x030201, 0xFF090807); }},
