@@ -2,6 +2,8 @@
 #if defined(__x86_64__)
 #include <immintrin.h>
 
+#include <array>
+
 #include "fx/geometry/geometry_kernels.h"
 #include "fx/geometry/geometry_loops.h"
 
@@ -10,14 +12,31 @@ namespace {
 
 // 21 pixels; the last byte of a vector belongs to the next 21.
 constexpr int64_t kStep = 63;
-constexpr int kGroupBytes = 192;
 constexpr __mmask64 kStepMask = ~__mmask64{0} >> 1;
+constexpr int64_t kGroupBytes = 192;
 
-// Where the bytes of `count` pixels in reversed order come from, up to 21.
+using Places = std::array<uint8_t, kGroupBytes>;
+
+// Where the bytes of 64 pixels in reversed order come from.
+constexpr Places MakeReversed() {
+    Places places{};
+    for (size_t i = 0; i < places.size(); ++i) places[i] = static_cast<uint8_t>(189 - i / 3 * 3 + i % 3);
+    return places;
+}
+
+constexpr Places MakeWidened() {
+    Places places{};
+    for (size_t i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>(i / 4 * 3 + i % 4);
+    return places;
+}
+
+alignas(64) constexpr Places kReversed = MakeReversed();
+alignas(64) constexpr Places kWidened = MakeWidened();
+
+// The same for `count` pixels, up to 21.
 __m512i ReversedPlaces(int64_t count) noexcept {
-    alignas(64) uint8_t places[64];
-    for (int64_t i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>(3 * (count - 1 - i / 3) + i % 3);
-    return _mm512_load_si512(places);
+    return _mm512_sub_epi8(_mm512_load_si512(kReversed.data()),
+                           _mm512_set1_epi8(static_cast<char>(kGroupBytes - 3 * count)));
 }
 
 // Compilers take the plain form of the shuffle for one that reads what was never set.
@@ -38,8 +57,7 @@ void TurnShort(uint8_t *begin, uint8_t *end) noexcept {
     TurnRest(begin + 3 * count, back);
 }
 
-// What comes out of 64 pixels: the three vectors in reversed order, and in each the pixels. Two pixels lie
-// across vectors, so the middle one has bytes of all three.
+// 64 pixels, or where their bytes come from.
 struct Pixels {
     __m512i first, second, third;
 };
@@ -54,34 +72,22 @@ void Store(uint8_t *bytes, const Pixels &pixels) noexcept {
     _mm512_storeu_si512(bytes + 128, pixels.third);
 }
 
-// Places of the three vectors of the outcome, counted from the vector that most of each comes from or, for
-// the outer ones, from the one before.
-struct GroupPlaces {
-    GroupPlaces() noexcept {
-        alignas(64) uint8_t places[kGroupBytes];
-        for (int i = 0; i < kGroupBytes; ++i) places[i] = static_cast<uint8_t>(189 - i / 3 * 3 + i % 3);
-        first = _mm512_sub_epi8(_mm512_load_si512(places), _mm512_set1_epi8(64));
-        second = _mm512_load_si512(places + 64);
-        third = _mm512_load_si512(places + 128);
-    }
-    __m512i first, second, third;
-};
-
-// Two-vector shuffles look at seven bits of a place, one-vector ones at six. Only the second byte of the
-// middle vector, place 128, comes from the third.
-Pixels Reversed(const Pixels &p, const GroupPlaces &places) noexcept {
+// A pixel lies across each two vectors, so the outer ones of the outcome come from two vectors and the middle
+// one from all three: its second byte has place 128, the first of the third vector. Shuffles of two vectors
+// look at the low seven bits of a place, those of one vector at six.
+Pixels Reversed(const Pixels &p, const Pixels &places) noexcept {
     const __m512i middle = _mm512_permutex2var_epi8(p.first, places.second, p.second);
-    return {_mm512_permutex2var_epi8(p.second, places.first, p.third),
+    return {_mm512_permutex2var_epi8(p.third, places.first, p.second),
             _mm512_mask_permutexvar_epi8(middle, 2, places.second, p.third),
             _mm512_permutex2var_epi8(p.first, places.third, p.second)};
 }
 
 void TurnPixels(uint8_t *begin, uint8_t *end) noexcept {
-    const GroupPlaces groupPlaces;
+    const Pixels places = Load(kReversed.data());
     for (; end - begin >= 2 * kGroupBytes; begin += kGroupBytes, end -= kGroupBytes) {
         const Pixels front = Load(begin), back = Load(end - kGroupBytes);
-        Store(begin, Reversed(back, groupPlaces));
-        Store(end - kGroupBytes, Reversed(front, groupPlaces));
+        Store(begin, Reversed(back, places));
+        Store(end - kGroupBytes, Reversed(front, places));
     }
     // The vector at the back begins with a byte of the pixel before; so does what it becomes at the front.
     const __m512i toBack = ReversedPlaces(21);
@@ -96,9 +102,7 @@ void TurnPixels(uint8_t *begin, uint8_t *end) noexcept {
 }
 
 void WidenSixteens(const uint8_t *pixels, uint8_t *words, int64_t count) noexcept {
-    alignas(64) uint8_t places[64];
-    for (int i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>(i / 4 * 3 + i % 4);
-    const __m512i widened = _mm512_load_si512(places);
+    const __m512i widened = _mm512_load_si512(kWidened.data());
     for (int64_t i = 0; i < count; i += 16) {
         const auto bits = static_cast<unsigned>(count - i < 16 ? count - i : 16);
         const __mmask64 colours = _bzhi_u64(0x7777777777777777, 4 * bits);

@@ -100,6 +100,7 @@ class ImageTurn {
 
     void DrawRow(const Line &line) const {
         const PixelSpan touched = Touched(line) & PixelSpan{0, columns_};
+        if (touched.IsEmpty()) return;
         const PixelSpan words = areWords_ ? Whole(line) & InSource(line) & touched : PixelSpan{0, 0};
         if (words.IsEmpty()) return DrawSingly(line, touched);
         DrawSingly(line, {touched.begin, words.begin});
