@@ -143,12 +143,26 @@ void FeedInput(const SDL_Event &event) noexcept {
     }
 }
 
+void FeedLeave(const WindowRecord &window) noexcept {
+    CursorPosition place = CurrentCursor();
+    const CursorPosition corner = window.Corner();
+    int width = 0;
+    int height = 0;
+    SDL_GetWindowSize(window.frame, &width, &height);
+    const auto beyond = [](int32_t at, int32_t first, int32_t length) {
+        return at == first ? at - 1 : at == first + length - 1 ? at + 1 : at;
+    };
+    place.x = beyond(place.x, corner.x, width);
+    place.y = beyond(place.y, corner.y, height);
+    MoveCursor(place);
+}
+
+// Where SDL hears nothing of the motion, it goes on to give an old answer.
 void FollowPointerOutside() noexcept {
     static CursorPosition lastAnswer;
     CursorPosition place;
-    if (SDL_GetMouseFocus() != nullptr) return;
     SDL_GetGlobalMouseState(&place.x, &place.y);
-    if (place != lastAnswer) TakePlace(place);
+    if (place != lastAnswer && SDL_GetMouseFocus() == nullptr) TakePlace(place);
     lastAnswer = place;
 }
 

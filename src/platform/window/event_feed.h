@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "platform/window/input_state.h"
+#include "platform/window/window_record.h"
 
 namespace fenlight::platform {
 
@@ -15,6 +15,9 @@ uint8_t VirtualKeyOf(SDL_Scancode scancode) noexcept;
 
 // Takes key, button and motion events; leaves all others alone.
 void FeedInput(const SDL_Event &event) noexcept;
+
+// The pointer has left a window. SDL has moved it to the window's edge before: it is put beyond that.
+void FeedLeave(const WindowRecord &window) noexcept;
 
 // Motion outside of all windows makes no events: asks for the pointer's place there.
 void FollowPointerOutside() noexcept;

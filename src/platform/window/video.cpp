@@ -57,13 +57,6 @@ void Deactivate(const WindowRecord &window, const WindowRecord *next) {
     if (ActiveWindow() == window.handle) Activate(next);
 }
 
-void NoteCorner(WindowRecord &window) {
-    int x = 0;
-    int y = 0;
-    SDL_GetWindowPosition(window.frame, &x, &y);
-    window.SetCorner(x, y);
-}
-
 void TakeOffScreen(WindowRecord &window) {
     WindowRecord **link = &firstShown;
     while (*link != nullptr && *link != &window) link = &(*link)->nextShown;
@@ -95,8 +88,8 @@ void TakeWindowEvent(const SDL_WindowEvent &event) {
         case SDL_WINDOWEVENT_FOCUS_LOST:
             Deactivate(*window, nullptr);
             break;
-        case SDL_WINDOWEVENT_MOVED:
-            NoteCorner(*window);
+        case SDL_WINDOWEVENT_LEAVE:
+            FeedLeave(*window);
             break;
         case SDL_WINDOWEVENT_EXPOSED:
         case SDL_WINDOWEVENT_SHOWN:
@@ -148,14 +141,23 @@ bool AttachWindow(WindowRecord &window) noexcept {
     if (window.frame == nullptr) return false;
     window.nextShown = firstShown;
     firstShown = &window;
-    NoteCorner(window);
+    ArrangeFullScreen();
+    NoteCorners();
     Activate(&window);
     window.isOpen.store(true, std::memory_order_release);
-    ArrangeFullScreen();
     return true;
 }
 
 void WindowRecord::LeaveScreen() noexcept { TakeOffScreen(*this); }
+
+// SDL tells of no move that it made itself.
+void NoteCorners() noexcept {
+    for (WindowRecord *window = firstShown; window != nullptr; window = window->nextShown) {
+        CursorPosition corner;
+        SDL_GetWindowPosition(window->frame, &corner.x, &corner.y);
+        window->SetCorner(corner.x, corner.y);
+    }
+}
 
 WindowRecord *FirstShownWindow() noexcept { return firstShown; }
 
@@ -196,6 +198,7 @@ void PumpEvents() noexcept {
         FeedInput(event);
         if (event.type == SDL_WINDOWEVENT) TakeWindowEvent(event.window);
     }
+    NoteCorners();
     // Other drivers do not tell where the pointer is outside.
     if (IsDriver("x11")) FollowPointerOutside();
 }

@@ -17,6 +17,9 @@ void StartVideo() noexcept;
 bool AttachWindow(WindowRecord &window) noexcept;
 // The window that was opened last, from where nextShown leads to the older ones; nullptr if none is shown.
 WindowRecord *FirstShownWindow() noexcept;
+// Notes where the windows are on the screen. To be called after moving one; also done whenever events are
+// taken.
+void NoteCorners() noexcept;
 inline bool HasShownWindows() noexcept { return FirstShownWindow() != nullptr; }
 // The shown window that the pointer is on, 0 if there is none.
 HWND WindowUnderPointer() noexcept;

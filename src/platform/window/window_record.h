@@ -47,6 +47,7 @@ struct WindowRecord : HandleObject {
     SDL_Window *frame = nullptr;
     WindowRecord *nextShown = nullptr;
     int32_t fullWidth = 0, fullHeight = 0;  // the mode that it fills the screen in, 0: it does not
+    CursorPosition usualCorner;             // where it was before
     bool needsShowing = true;               // whatever the change counter says: exposed, resized, new
     uint32_t shownChange = 0;
     std::chrono::steady_clock::time_point nextShow{};
