@@ -12,10 +12,10 @@ uint32_t PixelAt(const uint8_t *bytes) {
     return bytes[0] | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16;
 }
 
-bool IsEdge(const EdgeRun &run, const uint8_t *pixel) {
-    for (const int64_t distance : {run.right, run.left, run.below, run.above})
-        if (PixelAt(pixel + distance) == run.key) return true;
-    return false;
+bool IsEdge(const EdgeMerge &merge, int64_t i) {
+    const auto isKey = [&](int64_t pixel) { return PixelAt(merge.source + 3 * pixel) == merge.key; };
+    return (i >= merge.leftFrom && isKey(i - 1)) || (i < merge.rightEnd && isKey(i + 1)) ||
+           (i >= merge.aboveFrom && isKey(i - merge.width)) || (i < merge.belowEnd && isKey(i + merge.width));
 }
 
 void Average(uint8_t *target, const uint8_t *source) {
@@ -26,12 +26,12 @@ void Copy(uint8_t *target, const uint8_t *source) {
     for (int i = 0; i < 3; ++i) target[i] = source[i];
 }
 
-void MergeEdges(const EdgeRun &run, EdgeRule rule) noexcept {
-    uint8_t *target = run.target;
-    const uint8_t *source = run.source;
-    for (int64_t i = 0; i < run.count; ++i, target += 3, source += 3) {
-        if (PixelAt(source) == run.key) continue;
-        if (!IsEdge(run, source))
+void MergeEdges(const EdgeMerge &merge, EdgeRule rule) noexcept {
+    for (int64_t i = 0; i < merge.count; ++i) {
+        uint8_t *target = merge.target + 3 * i;
+        const uint8_t *source = merge.source + 3 * i;
+        if (PixelAt(source) == merge.key) continue;
+        if (!IsEdge(merge, i))
             Copy(target, source);
         else if (rule == EdgeRule::Average)
             Average(target, source);

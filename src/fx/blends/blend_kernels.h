@@ -14,14 +14,18 @@ struct FadeAmounts {
     uint8_t offFirst, offSecond;
 };
 
-// `count` pixels of three bytes. A neighbour that lies 0 bytes away is none: it is the pixel itself, which
-// is looked at only where it has not the key colour.
-struct EdgeRun {
+// `count` pixels of three bytes, from the start of both blocks. Neighbours to the left and right are the
+// pixels before and after in the block, those above and below lie `width` pixels away; they are looked at as
+// told.
+struct EdgeMerge {
     uint8_t *target;
     const uint8_t *source;
     int64_t count;
-    int64_t right, left, below, above;  // bytes from a pixel of the source to its neighbour
-    uint32_t key;                       // blue in the low byte, as pixels have it
+    int64_t sourcePixels;         // whole ones in the source's block
+    int64_t width;                // at least 1
+    uint32_t key;                 // blue in the low byte, as pixels have it
+    int64_t leftFrom, aboveFrom;  // the first pixel whose neighbour there is looked at
+    int64_t rightEnd, belowEnd;   // behind the last such one
 };
 
 // What becomes of a pixel with a neighbour of the key colour.
@@ -35,7 +39,7 @@ struct BlendKernels {
     void (*mix)(uint8_t *result, const uint8_t *first, const uint8_t *second, const uint8_t *mask,
                 int64_t count) noexcept;
     // Source pixels onto the target but for those of the key colour.
-    void (*mergeEdges)(const EdgeRun &run, EdgeRule rule) noexcept;
+    void (*mergeEdges)(const EdgeMerge &merge, EdgeRule rule) noexcept;
 };
 
 extern const BlendKernels kPlainBlendKernels;

@@ -6,52 +6,58 @@
 namespace fenlight {
 namespace {
 
-ColourPlanes PlanesOfColour(uint32_t colour) noexcept {
-    const auto plane = [&](int shift) { return _mm256_set1_epi8(static_cast<char>(colour >> shift)); };
-    return {plane(0), plane(8), plane(16)};
+uint64_t MatchingPixels(const ColourPlanes &pixels, const ColourPlanes &key) noexcept {
+    const __m256i matches = _mm256_and_si256(_mm256_and_si256(_mm256_cmpeq_epi8(pixels.blue, key.blue),
+                                                              _mm256_cmpeq_epi8(pixels.green, key.green)),
+                                             _mm256_cmpeq_epi8(pixels.red, key.red));
+    return static_cast<uint32_t>(_mm256_movemask_epi8(matches));
 }
 
-__m256i MatchesIn(const ColourPlanes &pixels, const ColourPlanes &key) noexcept {
-    return _mm256_and_si256(_mm256_and_si256(_mm256_cmpeq_epi8(pixels.blue, key.blue),
-                                             _mm256_cmpeq_epi8(pixels.green, key.green)),
-                            _mm256_cmpeq_epi8(pixels.red, key.red));
+// Of the low 32 bits. Each byte of them comes to eight bytes, which take one bit each.
+__m256i MaskOf(uint64_t bits) noexcept {
+    const __m256i order = _mm256_setr_epi64x(0, 0x0101010101010101, 0x0202020202020202, 0x0303030303030303);
+    const __m256i ownBit = _mm256_set1_epi64x(static_cast<long long>(0x8040201008040201));
+    const __m256i bytes = _mm256_shuffle_epi8(_mm256_set1_epi32(static_cast<int>(bits)), order);
+    return _mm256_cmpeq_epi8(_mm256_and_si256(bytes, ownBit), ownBit);
 }
 
-// Rounded down; the instruction rounds up.
+// The instruction rounds up.
 __m256i AverageOf(__m256i first, __m256i second) noexcept {
     const __m256i odd = _mm256_and_si256(_mm256_xor_si256(first, second), _mm256_set1_epi8(1));
     return _mm256_sub_epi8(_mm256_avg_epu8(first, second), odd);
 }
 
-// What the 32 pixels become: the target's own where `kept`, mixed or again its own where `edges`.
 template <EdgeRule kRule>
-__m256i MergePlane(__m256i target, __m256i source, __m256i kept, __m256i edges) noexcept {
-    const __m256i edge = kRule == EdgeRule::Average ? AverageOf(target, source) : target;
-    return _mm256_blendv_epi8(_mm256_blendv_epi8(source, edge, edges), target, kept);
+__m256i MergePlane(__m256i target, __m256i source, __m256i copied, __m256i edges) noexcept {
+    const __m256i merged = _mm256_blendv_epi8(target, source, copied);
+    if constexpr (kRule == EdgeRule::Keep) return merged;
+    return _mm256_blendv_epi8(merged, AverageOf(target, source), edges);
 }
 
 template <EdgeRule kRule>
-void MergeStep(const EdgeRun &run, int64_t at, const ColourPlanes &key) noexcept {
-    const uint8_t *source = run.source + at;
-    const auto matchesAt = [&](int64_t distance) { return MatchesIn(LoadPlanes(source + distance), key); };
-    const __m256i edges = _mm256_or_si256(_mm256_or_si256(matchesAt(run.right), matchesAt(run.left)),
-                                          _mm256_or_si256(matchesAt(run.below), matchesAt(run.above)));
-    const ColourPlanes pixels = LoadPlanes(source), old = LoadPlanes(run.target + at);
-    const __m256i kept = MatchesIn(pixels, key);
-    StorePlanes(run.target + at, {MergePlane<kRule>(old.blue, pixels.blue, kept, edges),
-                                  MergePlane<kRule>(old.green, pixels.green, kept, edges),
-                                  MergePlane<kRule>(old.red, pixels.red, kept, edges)});
+void MergeWord(uint8_t *target, const uint8_t *source, uint64_t copied, uint64_t edges) noexcept {
+    for (int i = 0; i < 2; ++i, target += kPlaneBytes, source += kPlaneBytes) {
+        const __m256i here = MaskOf(copied >> 32 * i), edge = MaskOf(edges >> 32 * i);
+        const ColourPlanes from = LoadPlanes(source), to = LoadPlanes(target);
+        StorePlanes(target, {MergePlane<kRule>(to.blue, from.blue, here, edge),
+                             MergePlane<kRule>(to.green, from.green, here, edge),
+                             MergePlane<kRule>(to.red, from.red, here, edge)});
+    }
 }
 
-void MergeEdges(const EdgeRun &run, EdgeRule rule) noexcept {
-    const ColourPlanes key = PlanesOfColour(run.key);
-    const auto step = rule == EdgeRule::Average ? MergeStep<EdgeRule::Average> : MergeStep<EdgeRule::Keep>;
-    EdgeRun rest = run;
-    int64_t at = 0;
-    for (; rest.count >= kPlanePixels; rest.count -= kPlanePixels, at += kPlaneBytes) step(run, at, key);
-    rest.target += at;
-    rest.source += at;
-    kPlainBlendKernels.mergeEdges(rest, rule);
+__m256i PlaneOf(uint32_t byte) noexcept { return _mm256_set1_epi8(static_cast<char>(byte)); }
+
+}  // namespace
+}  // namespace fenlight
+
+#include "fx/blends/edge_loops.h"
+
+namespace fenlight {
+namespace {
+
+void MergeEdges(const EdgeMerge &merge, EdgeRule rule) noexcept {
+    const ColourPlanes key{PlaneOf(merge.key), PlaneOf(merge.key >> 8), PlaneOf(merge.key >> 16)};
+    MergeEdgesInWords(merge, rule, key, kPlainBlendKernels.mergeEdges);
 }
 
 }  // namespace

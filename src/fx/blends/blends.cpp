@@ -42,53 +42,28 @@ void PaintResult(uintptr_t dc, int32_t x, int32_t y, const FXHeader &fx, Blend b
     PaintFX(dc, x, y, fx, result.Bytes());
 }
 
-// Merging, with the pixels at the edge of the shape treated by themselves.
-class EdgeMerge {
-  public:
-    EdgeMerge(const FXHeader &fx, const FXHeader &target, uint32_t key, EdgeRule rule)
-        : whole_{target.Pixels, fx.Pixels, WalkPixels(fx, target).count, 0, 0, 0, 0, key},
-          rowBytes_(kFXPixelBytes * fx.biWidth),
-          last_(int64_t{fx.biSizeImage} - 1),
-          rule_(rule) {}
-
-    // Which neighbours are looked at depends on how far a pixel lies from both ends of the block. Between two
-    // of the pixels where that changes all have the same neighbours.
-    void Run() const {
-        int64_t changes[] = {FirstAbove(rowBytes_), FirstAbove(rowBytes_ + 3),
-                             FirstFrom(last_ - rowBytes_ - 5), FirstFrom(last_ - rowBytes_ - 2),
-                             whole_.count};
-        std::sort(std::begin(changes), std::end(changes));
-        int64_t first = 0;
-        for (const int64_t change : changes) {
-            if (change > first) MergePixels(first, change - first);
-            first = std::max(first, change);
-        }
-    }
-
-  private:
-    int64_t InWalk(int64_t pixel) const { return std::clamp(pixel, int64_t{0}, whole_.count); }
-    // The first pixel that begins at a byte behind `offset`, which is not negative, or not before it.
-    int64_t FirstAbove(int64_t offset) const { return InWalk(offset / 3 + 1); }
-    int64_t FirstFrom(int64_t offset) const { return InWalk((std::max(offset, int64_t{0}) + 2) / 3); }
-
-    void MergePixels(int64_t first, int64_t count) const {
-        const int64_t offset = 3 * first;
-        EdgeRun run = whole_;
-        run.target += offset;
-        run.source += offset;
-        run.count = count;
-        run.right = offset + rowBytes_ + 5 < last_ ? 3 : 0;
-        run.left = offset - rowBytes_ - 3 > 0 ? -3 : 0;
-        run.below = offset + rowBytes_ + 2 < last_ ? rowBytes_ : 0;
-        run.above = offset - rowBytes_ > 0 ? -rowBytes_ : 0;
-        ChooseBlends().mergeEdges(run, rule_);
-    }
-
-    EdgeRun whole_;
-    int64_t rowBytes_;
-    int64_t last_;  // offset of the block's last byte
-    EdgeRule rule_;
-};
+// Which neighbours are looked at depends on how far a pixel lies from both ends of the block.
+EdgeMerge PlanEdges(const FXHeader &fx, const FXHeader &target, uint32_t key) {
+    const int64_t row = kFXPixelBytes * fx.biWidth, last = int64_t{fx.biSizeImage} - 1;
+    // The first pixel that begins behind a byte, and the first that begins there or later.
+    const auto behind = [](int64_t offset) { return offset / 3 + 1; };
+    const auto from = [](int64_t offset) { return offset <= 0 ? 0 : (offset + 2) / 3; };
+    EdgeMerge merge{target.Pixels,
+                    fx.Pixels,
+                    WalkPixels(fx, target).count,
+                    fx.biSizeImage / 3,
+                    fx.biWidth,
+                    key,
+                    0,
+                    0,
+                    0,
+                    0};
+    merge.leftFrom = behind(row + 3);
+    merge.aboveFrom = behind(row);
+    merge.rightEnd = from(last - row - 5);
+    merge.belowEnd = from(last - row - 2);
+    return merge;
+}
 
 // All pixels as one row, so that the widths of the two buffers play no part.
 FXHeader AsOneRow(const FXHeader &fx, int64_t pixels) {
@@ -111,7 +86,7 @@ void MergePictures(const FXHeader &fx, const FXHeader &target, int32_t flags) {
     }
     const uint32_t keyBytes = key[0] | uint32_t{key[1]} << 8 | uint32_t{key[2]} << 16;
     const EdgeRule rule = (flags & kLeaveEdgesOut) != 0 ? EdgeRule::Keep : EdgeRule::Average;
-    EdgeMerge(fx, target, keyBytes, rule).Run();
+    ChooseBlends().mergeEdges(PlanEdges(fx, target, keyBytes), rule);
 }
 
 }  // namespace
