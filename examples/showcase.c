@@ -2,9 +2,9 @@
 /* A country of tiles, 1600 x 1200, that scrolls under a view of 640 x 480 after a wanderer in red. Wanderers
  * on the road and in the village (who stands further down is in front), fish on patrol, ladybirds in a cage,
  * butterflies that follow wanderers, balloons on waypoints, birds on line paths, fireworks that run once,
- * flowers that are stamped into the ground, coins to collect. Compass, purse and lanterns are fixed to the
- * view; what is far outside the view is switched off. With a display it runs until the window is closed,
- * without one for five seconds.
+ * flowers that are stamped into the ground, coins to collect; a yard in which balls bounce and mines explode,
+ * heard when the view is near. Compass, purse and lanterns are fixed to the view; what is far outside the view
+ * is switched off. With a display it runs until the window is closed, without one for five seconds.
  *
  *   showcase [--picture FILE] [--seconds N] [--assets FOLDER/]
  */
@@ -16,6 +16,7 @@
 
 #include "picture_file.h"
 #include "showcase_world.h"
+#include "showcase_yard.h"
 
 #ifndef FENLIGHT_ASSETS
 #define FENLIGHT_ASSETS "assets/"
@@ -107,11 +108,13 @@ static void DrawCage(int32_t left, int32_t top, int32_t right, int32_t bottom) {
 }
 
 /* In a view both, the clean background and the back buffer, hold the whole world. */
-static void PaintBackground(void) {
+static int PaintBackground(const char *folder) {
     PaintWorld(stage.clean, stage.ground, stage.things);
+    const int isPainted = PaintYard(stage.screen, stage.clean, stage.burst, folder);
     DrawCage(kCageLeft, kCageTop, kCageRight, kCageBottom);
     BitBlt(stage.back, 0, 0, kWorldWidth, kWorldHeight, stage.clean, 0, 0, SRCCOPY);
     InitSpriteBackground(1, kWidth, kHeight, 0, 0, 0, 0);
+    return isPainted;
 }
 
 static uintptr_t Put(uintptr_t strips, int32_t row, int32_t width, int32_t height, int32_t frames,
@@ -269,6 +272,7 @@ static void FollowHero(void) {
     const int32_t stepX = Clamp((goalX - infos[3]) / 16, -4, 4),
                   stepY = Clamp((goalY - infos[4]) / 16, -4, 4);
     InitSpriteBackground(kStays, kStays, kStays, kStays, kStays, stepX, stepY);
+    HearYardFrom(infos[3] + kWidth / 2, infos[4] + kHeight / 2);
 
     /* Only corners count: half a balloon may still be seen where its corner is outside. */
     const int32_t left = infos[3] - 64, top = infos[4] - 64;
@@ -321,6 +325,7 @@ static void Direct(int poll) {
     CollectCoins();
     KeepBursting();
     KeepPlanting(poll);
+    created += KeepMine(stage.screen, stage.back, stage.clean);
     if (poll % 200 == 199) CleanUp(0);
 }
 
@@ -332,6 +337,7 @@ static void PutAll(void) {
     PutWalkers();
     PutFliers();
     PutInstruments();
+    created += PutBalls(stage.screen, stage.back, stage.clean);
     for (int i = 0; i < kCoins; ++i) PutCoin(i);
 }
 
@@ -369,8 +375,7 @@ int main(int argumentCount, char **arguments) {
     }
 
     const HWND window = OpenWindow("Fenlight showcase", kWidth, kHeight);
-    if (window == 0 || !LoadStage(assets, window)) return 1;
-    PaintBackground();
+    if (window == 0 || !LoadStage(assets, window) || !PaintBackground(assets)) return 1;
     PutAll();
     Run(window, seconds);
 
@@ -382,6 +387,7 @@ int main(int argumentCount, char **arguments) {
     }
     StopAllSprites(0);
     DeleteAllSprites();
+    CloseYard();
     FreeAllImages();
     DestroyWindow(window);
     return written ? 0 : 1;
