@@ -3,6 +3,7 @@
 // one above, copies are kept, and of five rows the marks that tell where the key colour was. So a pass is one
 // walk through the picture.
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <utility>
 
@@ -19,35 +20,38 @@ constexpr uint32_t kColourOfLastPixel = 0xFFFFFFFF;
 constexpr uint32_t kColours = 0x01000000;  // no pixel has a colour from here on
 // Reach of the search for the key colour.
 constexpr int64_t kReach = 2;
+constexpr int64_t kCopySlack = 64;
 constexpr int64_t kMarkRows = 2 * kReach + 1;
+// Marks are made a row ahead, since words that were just written one by one are slow to read in vectors. A
+// power of two.
+constexpr int64_t kKeptMarkRows = 8;
 
 struct AntialiasingRule {
     uint32_t key;
     int32_t flags;
 };
 
-// Rows of marks by the picture's row, each with an empty word at both ends. Words of marks that are never
-// made stay empty.
+// Rows of marks by the picture's row, each with an empty word at both ends and a multiple of 8 between them,
+// so that vectors need no shorter last one. Words that are never marked stay empty.
 class MarkRing {
   public:
-    explicit MarkRing(int64_t pixels) noexcept : words_(WordsForMarks(pixels)), block_(Bytes()) {
+    explicit MarkRing(int64_t pixels) noexcept
+        : rowWords_((WordsForMarks(pixels) + 7) / 8 * 8 + 2), block_(Bytes()) {
         if (block_) std::memset(block_.Bytes(), 0, static_cast<size_t>(Bytes()));
     }
     explicit operator bool() const noexcept { return static_cast<bool>(block_); }
-    uint64_t *Row(int64_t row) const {
-        return reinterpret_cast<uint64_t *>(block_.Bytes()) + (row % kMarkRows) * (words_ + 2) + 1;
-    }
-    // One row more, for marks of what is to be done.
-    uint64_t *Outcome() const {
-        return reinterpret_cast<uint64_t *>(block_.Bytes()) + kMarkRows * (words_ + 2);
-    }
-    int64_t Words() const { return words_; }
+    uint64_t *Row(int64_t row) const { return Slot(row & (kKeptMarkRows - 1)); }
+    // One more, for what is to be done.
+    uint64_t *Outcome() const { return Slot(kKeptMarkRows); }
+    int64_t Words() const { return rowWords_ - 2; }
 
   private:
-    int64_t Bytes() const {
-        return (kMarkRows * (words_ + 2) + words_) * static_cast<int64_t>(sizeof(uint64_t));
+    uint64_t *Slot(int64_t slot) const {
+        return reinterpret_cast<uint64_t *>(block_.Bytes()) + slot * rowWords_ + 1;
     }
-    int64_t words_;
+    int64_t Bytes() const { return (kKeptMarkRows + 1) * rowWords_ * int64_t{sizeof(uint64_t)}; }
+
+    int64_t rowWords_;
     PixelBlock block_;
 };
 
@@ -58,21 +62,26 @@ class Antialiaser {
           rule_(rule),
           pitch_(rows.pitches[0]),
           marks_(IsNearKey() ? rows.width : 0),
-          copies_(2 * pitch_),
+          copies_(4 * kCopySlack + 3 * pitch_),
           kernels_(ChooseSmoothingKernels()) {}
     // False without memory.
     explicit operator bool() const noexcept { return marks_ && copies_; }
 
     void RunPass() const {
-        uint8_t *above = copies_.Bytes(), *current = above + pitch_;
-        std::memcpy(above, rows_.Row(0), static_cast<size_t>(pitch_));
-        for (int64_t row = 0; row <= kReach; ++row) MarkRow(row);
+        uint8_t *above = Kept(0), *current = Kept(1), *next = Kept(2);
+        Keep(above, 0);
+        Keep(current, 1);
+        for (int64_t row = 0; row <= kReach + 1; ++row)
+            if (row < rows_.rows) MarkRow(row);
         for (int64_t row = 1; row < rows_.rows - 1; ++row) {
-            if (row + kReach < rows_.rows) MarkRow(row + kReach);
-            std::memcpy(current, rows_.Row(row), static_cast<size_t>(pitch_));
-            SmoothRow(row, above, current);
+            if (row + kReach + 1 < rows_.rows) MarkRow(row + kReach + 1);
+            Keep(next, row + 1);
+            SmoothRow(row, above, current, next);
             if (IsNearKey() && IsInside(row)) TakeBack(row, current);
-            std::swap(above, current);
+            uint8_t *used = above;
+            above = current;
+            current = next;
+            next = used;
         }
     }
 
@@ -82,18 +91,25 @@ class Antialiaser {
         return rows_.width > 2 * kReach && row >= kReach && row < rows_.rows - kReach;
     }
 
+    uint8_t *Kept(int64_t i) const { return copies_.Bytes() + kCopySlack + i * (kCopySlack + pitch_); }
+    void Keep(uint8_t *kept, int64_t row) const { kernels_.keep(kept, rows_.Row(row), pitch_); }
+
     // Before the row is written.
     void MarkRow(int64_t row) const {
         if (!IsNearKey() || rule_.key >= kColours) return;
         kernels_.markColour(marks_.Row(row), rows_.Row(row), rows_.width, rule_.key);
     }
 
-    void SmoothRow(int64_t row, const uint8_t *above, const uint8_t *current) const {
-        const RowNeighbours neighbours{above + kFXPixelBytes, current + kFXPixelBytes,
-                                       rows_.Row(row + 1) + kFXPixelBytes};
+    void SmoothRow(int64_t row, const uint8_t *above, const uint8_t *current, const uint8_t *next) const {
+        const RowNeighbours neighbours{above, current, next};
+        uint8_t *bytes = rows_.Row(row), *last = bytes + pitch_ - kFXPixelBytes;
+        std::array<uint8_t, kFXPixelBytes> leftEdge, rightEdge;
+        std::copy_n(bytes, kFXPixelBytes, leftEdge.begin());
+        std::copy_n(last, kFXPixelBytes, rightEdge.begin());
         const bool hasCentre = (rule_.flags & kWithCentre) != 0;
-        (hasCentre ? kernels_.averageWithCentre : kernels_.average)(rows_.Row(row) + kFXPixelBytes,
-                                                                    neighbours, pitch_ - 2 * kFXPixelBytes);
+        (hasCentre ? kernels_.averageWithCentre : kernels_.average)(bytes, neighbours, pitch_);
+        std::copy_n(leftEdge.begin(), kFXPixelBytes, bytes);
+        std::copy_n(rightEdge.begin(), kFXPixelBytes, last);
     }
 
     // What lies too far from the key colour is as it was. The outer two pixels at both ends are left alone.
@@ -103,7 +119,7 @@ class Antialiaser {
         uint64_t *far = marks_.Outcome();
         const int64_t end = rows_.width - kReach;
         const int64_t words = WordsForMarks(end);
-        kernels_.markFar(far, near, words);
+        kernels_.markFar(far, near, marks_.Words());
         far[0] &= ~uint64_t{0} << 3 * kReach;
         far[words - 1] &= ~uint64_t{0} >> (64 - 3 * (end - kMarksPerWord * (words - 1)));
         kernels_.takeMarked(rows_.Row(row), current, far, end);

@@ -19,18 +19,18 @@ void MarkPixels(uint64_t *marks, const uint8_t *row, int64_t pixels, uint32_t co
     }
 }
 
-void TakePixels(uint8_t *row, const uint8_t *old, const uint64_t *marks, int64_t pixels) noexcept {
+void TakePixels(uint8_t *row, const uint8_t *kept, const uint64_t *marks, int64_t pixels) noexcept {
     for (int64_t i = 0; i < pixels; ++i) {
         if ((marks[i / kMarksPerWord] >> 3 * (i % kMarksPerWord) & 1) == 0) continue;
-        for (int64_t byte = 3 * i; byte < 3 * i + 3; ++byte) row[byte] = old[byte];
+        for (int64_t byte = 3 * i; byte < 3 * i + 3; ++byte) row[byte] = static_cast<uint8_t>(~kept[byte]);
     }
 }
 
 }  // namespace
 
-extern const SmoothingKernels kPlainSmoothingKernels{AddBefore, Narrow,    AddAcross,         SmoothMasked,
-                                                     FogMasked, Average,   AverageWithCentre, MarkPixels,
-                                                     MarkFar,   TakePixels};
+extern const SmoothingKernels kPlainSmoothingKernels{AddBefore,  Narrow,  AddAcross, SmoothMasked,
+                                                     FogMasked,  Keep,    Average,   AverageWithCentre,
+                                                     MarkPixels, MarkFar, TakePixels};
 
 const SmoothingKernels &ChooseSmoothingKernels() noexcept {
     static constexpr KernelVersions<SmoothingKernels> kVersions{&kPlainSmoothingKernels, nullptr,

@@ -49,18 +49,20 @@ struct SmoothingKernels {
     void (*fogMasked)(uint8_t *bytes, const uint8_t *mask, const SumRows &sums, const uint8_t *right,
                       int64_t count) noexcept;
 
+    // Antialiasing works on kept rows, which hold the complements of the picture's bytes.
+    void (*keep)(uint8_t *kept, const uint8_t *row, int64_t count) noexcept;
     // The mean of left and right, that of above and below, and the mean of both, each rounded down.
-    void (*average)(uint8_t *target, const RowNeighbours &rows, int64_t count) noexcept;
+    void (*average)(uint8_t *target, const RowNeighbours &kept, int64_t count) noexcept;
     // The mean of the five, rounded down; the first byte of a pixel counts its own value twice.
-    void (*averageWithCentre)(uint8_t *target, const RowNeighbours &rows, int64_t count) noexcept;
+    void (*averageWithCentre)(uint8_t *target, const RowNeighbours &kept, int64_t count) noexcept;
     // Marks the pixels of one colour, 0x00BBGGRR.
     void (*markColour)(uint64_t *marks, const uint8_t *row, int64_t pixels, uint32_t colour) noexcept;
     // Marks the pixels from which no mark is two steps away or less, nor a step across; a pixel's own mark
     // does not count. rows[2] is the row itself, the others are those above and below. One word before and
     // behind rows[1] to rows[3] is read too.
     void (*markFar)(uint64_t *marks, const uint64_t *const *rows, int64_t words) noexcept;
-    // Takes marked pixels from `old`; no marks lie at or behind `pixels`.
-    void (*takeMarked)(uint8_t *row, const uint8_t *old, const uint64_t *marks, int64_t pixels) noexcept;
+    // Takes marked pixels from a kept row; no marks lie at or behind `pixels`.
+    void (*takeMarked)(uint8_t *row, const uint8_t *kept, const uint64_t *marks, int64_t pixels) noexcept;
 };
 
 extern const SmoothingKernels kPlainSmoothingKernels;

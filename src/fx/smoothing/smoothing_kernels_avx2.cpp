@@ -40,25 +40,26 @@ __m256i BytesOfBits(uint32_t bits) noexcept {
     return _mm256_cmpeq_epi8(own, ofByte);
 }
 
-void TakeBytes(uint8_t *row, const uint8_t *old, uint32_t bits) noexcept {
-    const __m256i taken = _mm256_blendv_epi8(Load(row), Load(old), BytesOfBits(bits));
+void TakeBytes(uint8_t *row, const uint8_t *kept, uint32_t bits) noexcept {
+    const __m256i taken =
+        _mm256_blendv_epi8(Load(row), _mm256_xor_si256(Load(kept), _mm256_set1_epi8(-1)), BytesOfBits(bits));
     _mm256_storeu_si256(reinterpret_cast<__m256i *>(row), taken);
 }
 
-void TakeMarked(uint8_t *row, const uint8_t *old, const uint64_t *marks, int64_t pixels) noexcept {
-    for (; pixels > kMarksPerWord; pixels -= kMarksPerWord, row += kBytesPerWord, old += kBytesPerWord) {
+void TakeMarked(uint8_t *row, const uint8_t *kept, const uint64_t *marks, int64_t pixels) noexcept {
+    for (; pixels > kMarksPerWord; pixels -= kMarksPerWord, row += kBytesPerWord, kept += kBytesPerWord) {
         const uint64_t bits = *marks++ * 7;
-        TakeBytes(row, old, static_cast<uint32_t>(bits));
-        TakeBytes(row + 32, old + 32, static_cast<uint32_t>(bits >> 32));
+        TakeBytes(row, kept, static_cast<uint32_t>(bits));
+        TakeBytes(row + 32, kept + 32, static_cast<uint32_t>(bits >> 32));
     }
-    kPlainSmoothingKernels.takeMarked(row, old, marks, pixels);
+    kPlainSmoothingKernels.takeMarked(row, kept, marks, pixels);
 }
 
 }  // namespace
 
-extern const SmoothingKernels kAvx2SmoothingKernels{AddBefore, Narrow,    AddAcross,         SmoothMasked,
-                                                    FogMasked, Average,   AverageWithCentre, MarkColour,
-                                                    MarkFar,   TakeMarked};
+extern const SmoothingKernels kAvx2SmoothingKernels{AddBefore,  Narrow,  AddAcross, SmoothMasked,
+                                                    FogMasked,  Keep,    Average,   AverageWithCentre,
+                                                    MarkColour, MarkFar, TakeMarked};
 
 }  // namespace fenlight
 #endif

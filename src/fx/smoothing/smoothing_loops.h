@@ -47,23 +47,40 @@ void FogMasked(uint8_t *bytes, const uint8_t *mask, const SumRows &sums, const u
     }
 }
 
-// Processors have a mean that rounds up; from the complements it is the one that rounds down.
-uint8_t MeanOfComplements(uint8_t a, uint8_t b) { return static_cast<uint8_t>((a + b + 1) >> 1); }
-uint8_t Complement(uint8_t a) { return static_cast<uint8_t>(~a); }
+// Parts as long as the longest vectors; the last one goes over some bytes again rather than being shorter. So
+// for loops that read nothing of what they write.
+constexpr int64_t kPartBytes = 64;
+
+template <typename Part>
+void ForEachPart(int64_t count, Part part) noexcept {
+    if (count < kPartBytes) return part(0, count);
+    for (int64_t first = 0; first + kPartBytes <= count; first += kPartBytes) part(first, kPartBytes);
+    if (count % kPartBytes != 0) part(count - kPartBytes, kPartBytes);
+}
+
+void Keep(uint8_t *__restrict kept, const uint8_t *row, int64_t count) noexcept {
+    ForEachPart(count, [=](int64_t first, int64_t bytes) {
+        for (int64_t i = first; i < first + bytes; ++i) kept[i] = static_cast<uint8_t>(~row[i]);
+    });
+}
+
+// Processors have it. Of complements it is the complement of the mean that is rounded down.
+uint8_t MeanRoundedUp(uint8_t a, uint8_t b) { return static_cast<uint8_t>((a + b + 1) >> 1); }
 
 void Average(uint8_t *__restrict target, const RowNeighbours &rows, int64_t count) noexcept {
     const uint8_t *above = rows.above, *row = rows.row, *below = rows.below;
-    for (int64_t i = 0; i < count; ++i) {
-        const uint8_t beside = MeanOfComplements(Complement(row[i + 3]), Complement(row[i - 3]));
-        const uint8_t upright = MeanOfComplements(Complement(below[i]), Complement(above[i]));
-        target[i] = Complement(MeanOfComplements(beside, upright));
-    }
+    ForEachPart(count, [=](int64_t first, int64_t bytes) {
+        for (int64_t i = first; i < first + bytes; ++i)
+            target[i] = static_cast<uint8_t>(
+                ~MeanRoundedUp(MeanRoundedUp(row[i + 3], row[i - 3]), MeanRoundedUp(below[i], above[i])));
+    });
 }
 
-// What the bytes of a pixel differ in: whether the own value counts again, and the reciprocal of the weights,
-// rounded up. Sums of 6 and 5 bytes are divided exactly by them.
+// What the bytes of a pixel differ in: whether the own value counts again, the sum of the weights times 255,
+// and the reciprocal of that sum, rounded up. Sums of 6 and 5 bytes are divided exactly by it.
 constexpr int64_t kPatternBytes = 768;
 struct CentrePattern {
+    uint16_t whole[kPatternBytes];
     uint16_t reciprocal[kPatternBytes];
     uint8_t again[kPatternBytes];
 };
@@ -71,7 +88,9 @@ struct CentrePattern {
 constexpr CentrePattern MakeCentrePattern() {
     CentrePattern pattern{};
     for (int64_t i = 0; i < kPatternBytes; ++i) {
-        pattern.reciprocal[i] = i % 3 == 0 ? 0x10000 / 6 + 1 : 0x10000 / 5 + 1;
+        const int weights = i % 3 == 0 ? 6 : 5;
+        pattern.whole[i] = static_cast<uint16_t>(255 * weights);
+        pattern.reciprocal[i] = static_cast<uint16_t>(0x10000 / weights + 1);
         pattern.again[i] = i % 3 == 0 ? 0xFF : 0;
     }
     return pattern;
@@ -83,24 +102,28 @@ void AverageWithCentre(uint8_t *__restrict target, const RowNeighbours &rows, in
     for (int64_t start = 0; start < count; start += kPatternBytes) {
         const int64_t left = count - start < kPatternBytes ? count - start : kPatternBytes;
         const uint8_t *above = rows.above + start, *row = rows.row + start, *below = rows.below + start;
-        for (int64_t i = 0; i < left; ++i) {
-            const auto sum = static_cast<uint16_t>(row[i] + (row[i] & kCentrePattern.again[i]) + row[i + 3] +
-                                                   row[i - 3] + below[i] + above[i]);
-            target[start + i] = static_cast<uint8_t>((uint32_t{sum} * kCentrePattern.reciprocal[i]) >> 16);
-        }
+        uint8_t *__restrict out = target + start;
+        ForEachPart(left, [=](int64_t first, int64_t bytes) {
+            for (int64_t i = first; i < first + bytes; ++i) {
+                const auto missing = static_cast<uint16_t>(row[i] + (row[i] & kCentrePattern.again[i]) +
+                                                           row[i + 3] + row[i - 3] + below[i] + above[i]);
+                const auto sum = static_cast<uint16_t>(kCentrePattern.whole[i] - missing);
+                out[i] = static_cast<uint8_t>((uint32_t{sum} * kCentrePattern.reciprocal[i]) >> 16);
+            }
+        });
     }
 }
-
-// One and two pixels to either side.
-uint64_t NextTo(const uint64_t *word) { return *word << 3 | *word >> 3 | word[-1] >> 60 | word[1] << 60; }
-uint64_t NextButOne(const uint64_t *word) { return *word << 6 | *word >> 6 | word[-1] >> 57 | word[1] << 57; }
 
 void MarkFar(uint64_t *__restrict marks, const uint64_t *const *rows, int64_t words) noexcept {
     const uint64_t *top = rows[0], *above = rows[1], *row = rows[2], *below = rows[3], *bottom = rows[4];
     for (int64_t i = 0; i < words; ++i) {
+        const uint64_t before = above[i - 1] | row[i - 1] | below[i - 1];
+        const uint64_t here = above[i] | row[i] | below[i];
+        const uint64_t behind = above[i + 1] | row[i + 1] | below[i + 1];
+        const uint64_t oneAcross = here << 3 | here >> 3 | before >> 60 | behind << 60;
+        const uint64_t twoAcross = row[i] << 6 | row[i] >> 6 | row[i - 1] >> 57 | row[i + 1] << 57;
         const uint64_t upright = top[i] | above[i] | below[i] | bottom[i];
-        const uint64_t across = NextTo(above + i) | NextTo(row + i) | NextTo(below + i);
-        marks[i] = ~(upright | across | NextButOne(row + i)) & kAllMarks;
+        marks[i] = ~(oneAcross | twoAcross | upright) & kAllMarks;
     }
 }
 
