@@ -8,6 +8,7 @@
 #include "fenlight/images.h"
 #include "fenlight/platform/windows.h"
 #include "fenlight/sprite_animation.h"
+#include "fenlight/sprite_collision.h"
 #include "fenlight/sprite_layers.h"
 #include "fenlight/sprite_movement.h"
 #include "fenlight/sprite_thread.h"
@@ -36,7 +37,7 @@ class RandomCaller {
             &RandomCaller::Brake,      &RandomCaller::ChangeWord, &RandomCaller::Layer,
             &RandomCaller::Layer,      &RandomCaller::Swap,       &RandomCaller::Swap,
             &RandomCaller::DeleteMany, &RandomCaller::Fix,        &RandomCaller::Scroll,
-            &RandomCaller::PaintTiles};
+            &RandomCaller::PaintTiles, &RandomCaller::CollideAny, &RandomCaller::CollideWithMask};
         (this->*kCalls[Below(kCalls.size())])();
         if (Below(4000) == 0) StartOver();
     }
@@ -210,6 +211,23 @@ class RandomCaller {
                                   Below(2) == 0 ? 0 : -1,
                                   Below(2) == 0 ? kList : nullptr};
         SetTiles5(&block);
+    }
+    void CollideAny() {
+        std::vector<uintptr_t> pairs(2 * 61 * 60 / 2), table;
+        for (const Handle &handle : handles_) table.push_back(handle.sprite);
+        const auto count = static_cast<int32_t>(table.size());
+        SetCollideUnknownSprite(Any(), 0, Any(), Below(2) == 0 ? 0 : Any());
+        const auto found = static_cast<size_t>(CollideUnknown(pairs.data()));
+        for (size_t i = 0; i < 2 * found; ++i) EXPECT_NE(pairs[i], first_) << "stands far away";
+        CollideMore(Any(), table.data(), count);
+        CollideAll(Any());
+        Collision(Any(), Any(), 1 + Number() % 2, 1);
+        MouseOverSprite(table.data(), count, Number(), Number());
+    }
+    void CollideWithMask() {
+        const auto mode = static_cast<int32_t>(Below(9));
+        if (mode == 7) return;  // it would delete sprites behind the caller's back
+        SetBackAutoCollision(Any(), scene_.clean, mode, Number(), Number(), Number(), Number(), 4, 1, 1, 0);
     }
     void StartOver() {
         DeleteAllSprites();
