@@ -62,9 +62,34 @@ void MergeEdges(const EdgeMerge &merge, EdgeRule rule) noexcept {
     MergeEdgesInWords(merge, rule, key, kPlainBlendKernels.mergeEdges);
 }
 
+// Pairs of bytes of both pictures times pairs of shares; the constants are those of MixByte.
+__m512i MixPairs(__m512i pairs, __m512i masks) noexcept {
+    const __m512i shares = _mm512_mulhi_epu16(masks, _mm512_set1_epi16(25701));
+    const __m512i rests = _mm512_sub_epi16(_mm512_set1_epi16(100), shares);
+    const __m512i sums = _mm512_maddubs_epi16(pairs, _mm512_add_epi16(_mm512_slli_epi16(shares, 8), rests));
+    return _mm512_srli_epi16(_mm512_mulhi_epu16(sums, _mm512_set1_epi16(5243)), 3);
+}
+
+__m512i MixVectors(__m512i first, __m512i second, __m512i mask) noexcept {
+    const __m512i zero = _mm512_setzero_si512();
+    return _mm512_packus_epi16(
+        MixPairs(_mm512_unpacklo_epi8(first, second), _mm512_unpacklo_epi8(mask, zero)),
+        MixPairs(_mm512_unpackhi_epi8(first, second), _mm512_unpackhi_epi8(mask, zero)));
+}
+
+void MixInVectors(uint8_t *result, const uint8_t *first, const uint8_t *second, const uint8_t *mask,
+                  int64_t count) noexcept {
+    int64_t i = 0;
+    for (; i + 64 <= count; i += 64)
+        _mm512_storeu_si512(result + i,
+                            MixVectors(_mm512_loadu_si512(first + i), _mm512_loadu_si512(second + i),
+                                       _mm512_loadu_si512(mask + i)));
+    MixBytes(result + i, first + i, second + i, mask + i, count - i);
+}
+
 }  // namespace
 
-extern const BlendKernels kAvx512BlendKernels{FadeBytes, MixBytes, MergeEdges};
+extern const BlendKernels kAvx512BlendKernels{FadeBytes, MixInVectors, MergeEdges};
 
 }  // namespace fenlight
 #endif

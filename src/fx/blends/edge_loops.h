@@ -84,7 +84,8 @@ class KeyRing {
 };
 
 // Which pixels of a word have the key colour beside them where it counts. `isInside`: it counts everywhere.
-[[gnu::always_inline]] inline uint64_t BesideKey(KeyRing &keys, const EdgeMerge &merge, int64_t word, bool isInside) noexcept {
+[[gnu::always_inline]] inline uint64_t BesideKey(KeyRing &keys, const EdgeMerge &merge, int64_t word,
+                                                 bool isInside) noexcept {
     const int64_t start = word * kWordPixels;
     const uint64_t own = keys.Word(word);
     const uint64_t left = own << 1 | keys.Word(word - 1) >> 63, right = own >> 1 | keys.Word(word + 1) << 63;
