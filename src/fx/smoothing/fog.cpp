@@ -11,32 +11,33 @@ namespace fenlight {
 namespace {
 
 constexpr uint32_t kDraws = 80;
-constexpr int32_t kSourceBelow = 1;
-constexpr int32_t kBrightBelow = 4;  // any other draw leaves the neighbour
 // Bytes whose draws are fetched under one lock of the generator.
 constexpr int64_t kBatch = 1024;
 
-// place(index, draw) for each byte of the mask that is not 0, in rising order.
-template <typename Place>
-void DrawForBatch(const uint8_t *mask, int64_t count, Place place) {
-    std::array<int32_t, kBatch> draws;
+// A draw for each byte of the mask that is not 0, in their order; what the others get has no meaning. No more
+// than kBatch bytes.
+void DrawForBatch(uint8_t *draws, const uint8_t *mask, int64_t count) {
+    std::array<int32_t, kBatch + 1> numbers;
     const int64_t wanted = count - std::count(mask, mask + count, uint8_t{0});
-    RandomFill(draws.data(), wanted, 0, kDraws);
-    const int32_t *draw = draws.data();
-    for (int64_t i = 0; i < count; ++i)
-        if (mask[i] != 0) place(i, *draw++);
+    RandomFill(numbers.data(), wanted, 0, kDraws);
+    numbers[static_cast<size_t>(wanted)] = 0;
+    const int32_t *number = numbers.data();
+    for (int64_t i = 0; i < count; ++i) {
+        draws[i] = static_cast<uint8_t>(*number);
+        number += mask[i] != 0 ? 1 : 0;
+    }
 }
 
-template <typename Place>
-void DrawForMask(const uint8_t *mask, int64_t count, Place place) {
-    for (int64_t start = 0; start < count; start += kBatch)
-        DrawForBatch(mask + start, std::min(kBatch, count - start),
-                     [&](int64_t i, int32_t draw) { place(start + i, draw); });
+void Draw(uint8_t *draws, const uint8_t *mask, int64_t count) {
+    for (int64_t i = 0; i < count; i += kBatch)
+        DrawForBatch(draws + i, mask + i, std::min(kBatch, count - i));
 }
 
-// For bytes that get a draw as all do, but keep their value.
-void SkipDraws(const FXHeader &mask, const ByteRange &range) {
-    DrawForMask(mask.Pixels + range.begin, range.end - range.begin, [](int64_t, int32_t) {});
+// Bytes that keep their value get a draw as all do.
+void SkipDraws(const uint8_t *mask, int64_t begin, int64_t end) {
+    std::array<uint8_t, kBatch> draws;
+    for (int64_t i = begin; i < end; i += kBatch)
+        DrawForBatch(draws.data(), mask + i, std::min(kBatch, end - i));
 }
 
 class FogEffect {
@@ -47,23 +48,23 @@ class FogEffect {
           mask_(mask),
           count_(WalkBytes(source, fx, mask).count),
           walk_(fx, count_),
-          right_(walk_.LongestPiece()),
+          draws_(walk_.LongestPiece()),
           painted_(NeedsOwnBlock() ? source.biSizeImage : 0) {}
 
     // False without memory.
-    explicit operator bool() const noexcept { return walk_ && right_ && painted_; }
+    explicit operator bool() const noexcept { return walk_ && draws_ && painted_; }
 
     void Run() const {
         ClearMaskBorder(mask_);
         const SmoothingKernels &kernels = ChooseSmoothingKernels();
         const ByteRange &filtered = walk_.Filtered();
-        const int64_t end = std::max(filtered.begin, filtered.end);
-        SkipDraws(mask_, {0, std::min(filtered.begin, count_)});
+        SkipDraws(mask_.Pixels, 0, std::min(filtered.begin, count_));
         walk_.ForEachPiece(kernels, [&](int64_t first, const SumRows &sums, int64_t count) {
-            FindRightNeighbours(first, count);
-            kernels.fogMasked(fx_.Pixels + first, mask_.Pixels + first, sums, right_.Bytes(), count);
+            Draw(draws_.Bytes(), mask_.Pixels + first, count);
+            kernels.fogMasked(fx_.Pixels + first, mask_.Pixels + first, sums,
+                              {draws_.Bytes(), source_.Pixels + first}, count);
         });
-        SkipDraws(mask_, {end, count_});
+        SkipDraws(mask_.Pixels, std::max(filtered.begin, filtered.end), count_);
     }
 
     // The new picture in the size of the source; black where it has no byte for that.
@@ -77,19 +78,10 @@ class FogEffect {
   private:
     bool NeedsOwnBlock() const { return source_.biSizeImage > fx_.biSizeImage; }
 
-    void FindRightNeighbours(int64_t first, int64_t count) const {
-        const uint8_t *shown = source_.Pixels + first;
-        uint8_t *right = right_.Bytes();
-        std::memcpy(right, fx_.Pixels + first + kFXPixelBytes, static_cast<size_t>(count));
-        DrawForMask(mask_.Pixels + first, count, [=](int64_t i, int32_t draw) {
-            if (draw < kBrightBelow) right[i] = draw < kSourceBelow ? shown[i] : 255;
-        });
-    }
-
     const FXHeader &source_, &fx_, &mask_;
     int64_t count_;
     MaskedWalk walk_;
-    PixelBlock right_;
+    PixelBlock draws_;
     PixelBlock painted_;
 };
 

@@ -34,6 +34,12 @@ struct SumRows {
     const uint16_t *below;
 };
 
+// What stands in for the right neighbour of a byte: the byte of `shown` for the draw 0, 255 for 1 to 3.
+struct FogDraws {
+    const uint8_t *draws;
+    const uint8_t *shown;
+};
+
 // A count is one of bytes, from a pixel's first one on, unless told.
 struct SmoothingKernels {
     // sums[i] = below[i] + row[i + 3], and above[i] on top unless `above` is null.
@@ -45,8 +51,8 @@ struct SmoothingKernels {
     void (*addAcross)(uint16_t *sums, const uint8_t *bytes, int64_t count) noexcept;
     // The mean of the eight around, rounded down, where the mask is not 0. `mask` may be `bytes`.
     void (*smoothMasked)(uint8_t *bytes, const uint8_t *mask, const SumRows &sums, int64_t count) noexcept;
-    // The same with right[i] in place of bytes[i + 3].
-    void (*fogMasked)(uint8_t *bytes, const uint8_t *mask, const SumRows &sums, const uint8_t *right,
+    // The same with another byte in place of the right neighbour where the draw says so.
+    void (*fogMasked)(uint8_t *bytes, const uint8_t *mask, const SumRows &sums, const FogDraws &draws,
                       int64_t count) noexcept;
 
     // Antialiasing works on kept rows, which hold the complements of the picture's bytes.

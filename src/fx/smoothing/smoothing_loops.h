@@ -37,12 +37,16 @@ void SmoothMasked(uint8_t *bytes, const uint8_t *mask, const SumRows &sums, int6
 }
 
 // Each byte is read before those ahead of it are written, with vectors too.
-void FogMasked(uint8_t *bytes, const uint8_t *mask, const SumRows &sums, const uint8_t *__restrict right,
+void FogMasked(uint8_t *bytes, const uint8_t *mask, const SumRows &sums, const FogDraws &draws,
                int64_t count) noexcept {
     const uint16_t *__restrict above = sums.above, *__restrict row = sums.row, *__restrict below = sums.below;
+    const uint8_t *__restrict draw = draws.draws;
+    const uint8_t *shown = draws.shown;
     for (int64_t i = 0; i < count; ++i) {
+        const uint8_t bright = draw[i] < 4 ? 255 : bytes[i + 3];
+        const uint8_t right = draw[i] == 0 ? shown[i] : bright;
         const auto around = static_cast<uint16_t>(above[i] + row[i] + below[i] - bytes[i]);
-        const auto sum = static_cast<uint16_t>(around - bytes[i + 3] + right[i]);
+        const auto sum = static_cast<uint16_t>(around - bytes[i + 3] + right);
         bytes[i] = mask[i] != 0 ? static_cast<uint8_t>(sum >> 3) : bytes[i];
     }
 }
