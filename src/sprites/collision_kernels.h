@@ -16,7 +16,7 @@ struct PixelBlock {
 };
 struct PixelBlocks {
     PixelBlock a, b;
-    int32_t width;
+    int32_t width;  // from 1
     int64_t rows;
 };
 

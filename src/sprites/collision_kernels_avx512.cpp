@@ -7,6 +7,28 @@
 namespace fenlight {
 namespace {
 
+// Which of some pixels are opaque.
+__mmask16 FindOpaque(__mmask16 pixels, const uint32_t *row, __m512i key) noexcept {
+    const __m512i words = _mm512_maskz_loadu_epi32(pixels, row);
+    return _mm512_mask_cmpneq_epi32_mask(pixels, _mm512_and_si512(words, _mm512_set1_epi32(kColourBits)),
+                                         key);
+}
+
+int64_t FindMeetingRowInVectors(const PixelBlocks &blocks) noexcept {
+    const __m512i keyA = _mm512_set1_epi32(static_cast<int32_t>(blocks.a.key));
+    const __m512i keyB = _mm512_set1_epi32(static_cast<int32_t>(blocks.b.key));
+    const int32_t last = (blocks.width - 1) & ~15;
+    const auto lastPixels = static_cast<__mmask16>((2u << (blocks.width - 1 - last)) - 1);
+    for (int64_t row = 0; row < blocks.rows; ++row) {
+        const uint32_t *a = PixelsOf(blocks.a, row), *b = PixelsOf(blocks.b, row);
+        unsigned isMet = FindOpaque(FindOpaque(lastPixels, a + last, keyA), b + last, keyB);
+        for (int32_t x = 0; x < last; x += 16)
+            isMet |= FindOpaque(FindOpaque(0xFFFF, a + x, keyA), b + x, keyB);
+        if (isMet != 0) return row;
+    }
+    return blocks.rows;
+}
+
 size_t FindNearInVectors(const SlabRows &rows, const EdgeSlabs &slabs, size_t sprite,
                          const NearSets &found) noexcept {
     const uint64_t *a = rows.lefts + slabs.right * rows.words, *b = rows.rights + slabs.left * rows.words;
@@ -54,7 +76,7 @@ uint64_t FindMeetingInVectors(const BoxArrays &boxes, size_t box, size_t first) 
 
 }  // namespace
 
-constexpr CollisionKernels kAvx512CollisionKernels{FindMeetingRow, SpreadBits, FindNearInVectors,
+constexpr CollisionKernels kAvx512CollisionKernels{FindMeetingRowInVectors, SpreadBits, FindNearInVectors,
                                                    FindMeetingInVectors};
 
 }  // namespace fenlight
