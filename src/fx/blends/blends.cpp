@@ -5,6 +5,7 @@
 
 #include "fenlight/fx_blends.h"
 #include "fx/array_blit.h"
+#include "fx/blends/band_paint.h"
 #include "fx/blends/blend_kernels.h"
 #include "fx/pixel_walks.h"
 
@@ -16,30 +17,23 @@ constexpr uint8_t AmountOfPercent(int32_t percent) {
     return static_cast<uint8_t>(std::min(256 * percent / 100, 255));
 }
 
-void ClearRest(uint8_t *pixels, const FXHeader &fx, int64_t done) {
-    std::memset(pixels + done, 0, static_cast<size_t>(fx.biSizeImage - done));
+// Bytes of an outcome from the `first` on, for as long as the walk over its pictures goes, and then black.
+template <size_t Buffers, typename Blend>
+void MakeBytes(uint8_t *result, BufferRun<Buffers> run, int64_t first, int64_t count, Blend blend) {
+    const int64_t walked = std::clamp(run.count - first, int64_t{0}, count);
+    for (uint8_t *&start : run.starts) start += walked > 0 ? first : 0;
+    blend(result, run.starts, walked);
+    std::memset(result + walked, 0, static_cast<size_t>(count - walked));
 }
 
-void Fade(uint8_t *result, const FXHeader &fx, const FXHeader &other, int32_t percent) {
-    const BufferRun<2> run = WalkBytes(fx, other);
-    const FadeAmounts amounts{AmountOfPercent(percent), AmountOfPercent(100 - percent)};
-    ChooseBlends().fade(result, run.starts[0], run.starts[1], run.count, amounts);
-    ClearRest(result, fx, run.count);
-}
-
-void Mix(uint8_t *result, const FXHeader &fx, const FXHeader &other, const FXHeader &mask) {
-    const BufferRun<3> run = WalkBytes(fx, other, mask);
-    ChooseBlends().mix(result, run.starts[0], run.starts[1], run.starts[2], run.count);
-    ClearRest(result, fx, run.count);
-}
-
-// blend(block), then the paint of that block. Nothing where there is no memory for it.
-template <typename Blend>
-void PaintResult(uintptr_t dc, int32_t x, int32_t y, const FXHeader &fx, Blend blend) {
-    const PixelBlock result(fx.biSizeImage);
-    if (!result) return;
-    blend(result.Bytes());
-    PaintFX(dc, x, y, fx, result.Bytes());
+// make(bytes, first, count), then the paint of what was made. Nothing where there is no memory for it.
+template <typename Make>
+void PaintOutcome(uintptr_t dc, int32_t x, int32_t y, const FXHeader &fx, Make make) {
+    if (PaintInBands(dc, x, y, fx, make)) return;
+    const PixelBlock outcome(fx.biSizeImage);
+    if (!outcome) return;
+    make(outcome.Bytes(), 0, fx.biSizeImage);
+    PaintFX(dc, x, y, fx, outcome.Bytes());
 }
 
 // Which neighbours are looked at depends on how far a pixel lies from both ends of the block.
@@ -97,21 +91,34 @@ using namespace fenlight;
 int32_t SemiTrans(uintptr_t dc, int32_t x, int32_t y, uintptr_t fx, uintptr_t other,
                   int32_t percent) noexcept {
     if (dc == 0 || fx == 0 || other == 0) return 0;
-    const FXHeader &first = *FXFromHandle(fx), &second = *FXFromHandle(other);
+    const FXHeader &first = *FXFromHandle(fx);
     const int32_t share = std::clamp(percent, 0, 100);
-    PaintResult(dc, x, y, first, [&](uint8_t *result) { Fade(result, first, second, share); });
+    const FadeAmounts amounts{AmountOfPercent(share), AmountOfPercent(100 - share)};
+    const auto fade = [&](uint8_t *result, const auto &starts, int64_t count) {
+        ChooseBlends().fade(result, starts[0], starts[1], count, amounts);
+    };
+    const BufferRun<2> run = WalkBytes(first, *FXFromHandle(other));
+    PaintOutcome(dc, x, y, first, [&](uint8_t *result, int64_t from, int64_t count) {
+        MakeBytes(result, run, from, count, fade);
+    });
     return 0;
 }
 
 int32_t AlphaTrans(uintptr_t dc, int32_t x, int32_t y, uintptr_t fx, uintptr_t other,
                    uintptr_t mask) noexcept {
     if (fx == 0 || other == 0 || mask == 0) return 0;
-    const FXHeader &first = *FXFromHandle(fx), &second = *FXFromHandle(other), &third = *FXFromHandle(mask);
-    const auto mix = [&](uint8_t *result) { Mix(result, first, second, third); };
+    const FXHeader &first = *FXFromHandle(fx);
+    const BufferRun<3> run = WalkBytes(first, *FXFromHandle(other), *FXFromHandle(mask));
+    const auto mix = [](uint8_t *result, const auto &starts, int64_t count) {
+        ChooseBlends().mix(result, starts[0], starts[1], starts[2], count);
+    };
+    const auto make = [&](uint8_t *result, int64_t from, int64_t count) {
+        MakeBytes(result, run, from, count, mix);
+    };
     if (dc == 0)
-        mix(first.Pixels);
+        make(first.Pixels, 0, first.biSizeImage);
     else
-        PaintResult(dc, x, y, first, mix);
+        PaintOutcome(dc, x, y, first, make);
     return 0;
 }
 
