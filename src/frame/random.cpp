@@ -78,6 +78,10 @@ void RandomFill(int32_t *words, int64_t count, int32_t base, uint32_t range) noe
     }
 }
 
+RandomTurn::RandomTurn() noexcept { randomLock.lock(); }
+RandomTurn::~RandomTurn() { randomLock.unlock(); }
+uint32_t RandomTurn::Draw(uint32_t limit) noexcept { return fenlight::Draw(limit); }
+
 uint32_t RandomStateWord(int index) noexcept {
     const std::lock_guard guard(randomLock);
     return RandomState[static_cast<size_t>(index)];

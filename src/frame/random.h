@@ -19,6 +19,17 @@ uint32_t RandomDraw(uint32_t limit) noexcept;
 // Fills count words with base plus a draw each, under one lock.
 void RandomFill(int32_t *words, int64_t count, int32_t base, uint32_t range) noexcept;
 
+// Several draws under one lock, which it holds as long as it stands: for a handful of draws in a row.
+class RandomTurn {
+  public:
+    RandomTurn() noexcept;
+    RandomTurn(const RandomTurn &) = delete;
+    RandomTurn &operator=(const RandomTurn &) = delete;
+    ~RandomTurn();
+
+    uint32_t Draw(uint32_t limit) noexcept;
+};
+
 // A word of the state as the last seeding or refill left it, for tests. Index 0 to 623.
 uint32_t RandomStateWord(int index) noexcept;
 

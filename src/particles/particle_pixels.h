@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Zlib
-// The pixels that particles give back and light, one by one in the order of the records: with the same
-// outcome as single GetPixel and SetPixel calls, but with one lock of both surfaces for a few hundred
-// particles.
+// The second half of a frame: the pixels that particles give back and light, one by one in the order of the
+// records: with the same outcome as single GetPixel and SetPixel calls, but with one lock of both surfaces
+// for a few hundred particles.
 //
 // The two are locked in the order of transfers, so no order of contexts can make two threads wait for each
 // other, and others get their turn between two locks. A thread that is stopped comes to rest there too.
@@ -12,12 +12,10 @@
 #include <span>
 
 #include "fenlight/platform/graphics.h"
+#include "particles/particle_steps.h"
 #include "platform/graphics/surface_access.h"
 
 namespace fenlight {
-
-// A place off every context: nothing is read or written there.
-inline constexpr int32_t kNowhere = -111;
 
 struct ParticleSurfaces {
     HDC dest = 0;
@@ -32,92 +30,99 @@ struct ParticleSurfaces {
 // The background may also be an empty view.
 class WordPixels {
   public:
+    using Place = PixelOffset;
+
     WordPixels(const platform::SurfacePairAccess &surfaces, COLORREF outside) noexcept
         : topRow_(surfaces.TargetView().topRow),
           background_(surfaces.SourceView().topRow),
-          pitch_(static_cast<uint32_t>(surfaces.TargetView().pitch)),
-          width_(static_cast<uint32_t>(surfaces.TargetView().width)),
-          height_(static_cast<uint32_t>(surfaces.TargetView().height)),
+          shape_{static_cast<uint32_t>(surfaces.TargetView().pitch),
+                 static_cast<uint32_t>(surfaces.TargetView().width),
+                 static_cast<uint32_t>(surfaces.TargetView().height)},
           outside_(platform::SwapRedBlue(outside)) {}
 
-    bool IsBlackBehind(int32_t x, int32_t y) const noexcept {
-        return (Contains(x, y) ? WordBehind(Offset(x, y)) : outside_) == 0;
+    const SurfaceShape &Shape() const noexcept { return shape_; }
+    Place PlaceOf(int32_t x, int32_t y) const noexcept {
+        const auto column = static_cast<uint32_t>(x), row = static_cast<uint32_t>(y);
+        const bool isOnSurface = column < shape_.width && row < shape_.height;
+        return isOnSurface ? static_cast<Place>(row * shape_.pitch + column * 4) : kNoOffset;
     }
-    // Both are false off the surfaces.
-    bool GiveBack(int32_t x, int32_t y) const noexcept {
-        if (!Contains(x, y)) return false;
-        const ptrdiff_t offset = Offset(x, y);
-        *reinterpret_cast<uint32_t *>(topRow_ + offset) = WordBehind(offset);
-        return true;
-    }
-    bool Light(int32_t x, int32_t y, COLORREF colour) const noexcept {
-        if (!Contains(x, y)) return false;
-        *reinterpret_cast<uint32_t *>(topRow_ + Offset(x, y)) = platform::SwapRedBlue(colour);
-        return true;
+    static uint32_t JobColour(COLORREF colour) noexcept { return platform::SwapRedBlue(colour); }
+
+    bool IsBlackBehind(Place place) const noexcept { return WordBehind(place) == 0; }
+    // Both are false off the surfaces. Whether a particle is there cannot be foretold, so there is no branch:
+    // what is off goes to a word of its own.
+    bool GiveBack(Place place) noexcept { return Light(place, WordBehind(place)); }
+    bool Light(Place place, uint32_t colour) noexcept {
+        const bool isOnSurface = place != kNoOffset;
+        auto *const word = reinterpret_cast<uint32_t *>(AddressIn(topRow_, place));
+        *(isOnSurface ? word : &sink_) = colour;
+        return isOnSurface;
     }
     // Has the processor fetch what lies behind a place soon; any place will do.
-    void Fetch(int32_t x, int32_t y) const noexcept {
-        __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(background_) +
-                                                          static_cast<uintptr_t>(Offset(x, y))));
+    void Fetch(Place place) const noexcept {
+        if (background_ != nullptr)
+            __builtin_prefetch(reinterpret_cast<const void *>(AddressIn(background_, place)));
     }
 
   private:
-    bool Contains(int32_t x, int32_t y) const noexcept {
-        return static_cast<uint32_t>(x) < width_ && static_cast<uint32_t>(y) < height_;
-    }
-    // A bitmap has less than 2^31 bytes.
-    ptrdiff_t Offset(int32_t x, int32_t y) const noexcept {
-        return static_cast<int32_t>(static_cast<uint32_t>(y) * pitch_ + static_cast<uint32_t>(x) * 4);
+    static uintptr_t AddressIn(const uint8_t *surface, Place place) noexcept {
+        return reinterpret_cast<uintptr_t>(surface) + static_cast<uintptr_t>(ptrdiff_t{place});
     }
     // Without the unused byte.
-    uint32_t WordBehind(ptrdiff_t offset) const noexcept {
+    uint32_t WordBehind(Place place) const noexcept {
         if (background_ == nullptr) return outside_;
-        return *reinterpret_cast<const uint32_t *>(background_ + offset) & 0xFFFFFF;
+        const auto *const word = reinterpret_cast<const uint32_t *>(AddressIn(background_, place));
+        return *(place != kNoOffset ? word : &outside_) & 0xFFFFFF;
     }
 
     uint8_t *topRow_;
     const uint8_t *background_;
-    uint32_t pitch_, width_, height_, outside_;
+    SurfaceShape shape_;
+    uint32_t outside_, sink_ = 0;
 };
 
 // The same for all other pairs of formats.
 class AnyPixels {
   public:
+    struct Place {
+        int32_t x, y;
+    };
+
     AnyPixels(const platform::SurfacePairAccess &surfaces, COLORREF outside) noexcept
         : dest_(surfaces.TargetView()), background_(surfaces.SourceView()), outside_(outside) {}
 
-    bool IsBlackBehind(int32_t x, int32_t y) const noexcept { return ColourBehind(x, y) == 0; }
-    bool GiveBack(int32_t x, int32_t y) const noexcept { return Light(x, y, ColourBehind(x, y)); }
-    bool Light(int32_t x, int32_t y, COLORREF colour) const noexcept {
-        if (!Contains(dest_, x, y)) return false;
+    static Place PlaceOf(int32_t x, int32_t y) noexcept { return {x, y}; }
+    static uint32_t JobColour(COLORREF colour) noexcept { return colour; }
+
+    bool IsBlackBehind(Place place) const noexcept { return ColourBehind(place) == 0; }
+    bool GiveBack(Place place) const noexcept { return Light(place, ColourBehind(place)); }
+    bool Light(Place place, COLORREF colour) const noexcept {
+        if (!Contains(dest_, place)) return false;
         if (dest_.format == platform::PixelFormat::Bgrx32)
-            *WordAt(dest_, x, y) = platform::SwapRedBlue(colour);
+            *WordAt(dest_, place) = platform::SwapRedBlue(colour);
         else
-            platform::WriteSurfacePixel(dest_, x, y, colour);
+            platform::WriteSurfacePixel(dest_, place.x, place.y, colour);
         return true;
     }
-    void Fetch(int32_t, int32_t) const noexcept {}
+    void Fetch(Place) const noexcept {}
 
   private:
-    static bool Contains(const platform::PixelView &view, int32_t x, int32_t y) noexcept {
-        return x >= 0 && y >= 0 && x < view.width && y < view.height;
+    static bool Contains(const platform::PixelView &view, Place place) noexcept {
+        return place.x >= 0 && place.y >= 0 && place.x < view.width && place.y < view.height;
     }
-    static uint32_t *WordAt(const platform::PixelView &view, int32_t x, int32_t y) noexcept {
-        return reinterpret_cast<uint32_t *>(view.Row(y)) + x;
+    static uint32_t *WordAt(const platform::PixelView &view, Place place) noexcept {
+        return reinterpret_cast<uint32_t *>(view.Row(place.y)) + place.x;
     }
-    COLORREF ColourBehind(int32_t x, int32_t y) const noexcept {
-        if (!Contains(background_, x, y)) return outside_;
+    COLORREF ColourBehind(Place place) const noexcept {
+        if (!Contains(background_, place)) return outside_;
         if (background_.format == platform::PixelFormat::Bgrx32)
-            return platform::SwapRedBlue(*WordAt(background_, x, y));
-        return platform::ReadSurfacePixel(background_, x, y);
+            return platform::SwapRedBlue(*WordAt(background_, place));
+        return platform::ReadSurfacePixel(background_, place.x, place.y);
     }
 
     const platform::PixelView dest_, background_;
     const COLORREF outside_;
 };
-
-// Records under one lock, which is held for about a microsecond.
-inline constexpr size_t kRecordsPerLock = 256;
 
 // Can WordPixels stand for them?
 inline bool AreOfOneShape(const platform::PixelView &dest, const platform::PixelView &background) noexcept {
@@ -128,25 +133,62 @@ inline bool AreOfOneShape(const platform::PixelView &dest, const platform::Pixel
             background.width == dest.width && background.height == dest.height);
 }
 
-// Has the processor fetch what lies behind a record some places ahead of `index`, or behind the last one.
-template <class Record, class Pixels>
-void FetchPixelAhead(std::span<Record> records, size_t index, const Pixels &pixels) noexcept {
-    constexpr size_t kPlaces = 16;
-    const Record &later = records[std::min(index + kPlaces, records.size() - 1)];
-    pixels.Fetch(later.prevX, later.prevY);
+// Does one job after the other. Returns whether it has written a pixel.
+//
+// Where pixels show on black only, what lies behind is looked at after the old pixel has got it back: if both
+// are one context with a palette, the nearest colour may be another one than was read.
+template <bool isOnBlackOnly, class Pixels>
+bool DoJobs(const PixelJobs<typename Pixels::Place> &jobs, Pixels &pixels) noexcept {
+    bool hasWritten = false;
+    size_t lastsDone = 0;
+    for (size_t i = 0; i < jobs.count; ++i) {
+        hasWritten |= pixels.GiveBack(jobs.erased[i]);
+        if (!isOnBlackOnly || pixels.IsBlackBehind(jobs.erased[i]))
+            hasWritten |= pixels.Light(jobs.drawn[i], jobs.colours[i]);
+        if (lastsDone == jobs.last.count || jobs.last.numbers[lastsDone] != i) continue;
+        hasWritten |= pixels.GiveBack(jobs.drawn[i]);
+        ++lastsDone;
+    }
+    return hasWritten;
 }
 
-// Calls `work(part, pixels)` for one part of the records after the other, in order, with the surfaces locked.
-// It returns whether it has written a pixel.
-template <class Record, class Work>
-void WorkOnPixels(const ParticleSurfaces &surfaces, std::span<Record> records, const Work &work) {
-    for (; !records.empty(); records = records.subspan(std::min(records.size(), kRecordsPerLock))) {
+template <class Pixels>
+void FetchPixels(const PixelJobs<typename Pixels::Place> &jobs, const Pixels &pixels) noexcept {
+    for (size_t i = 0; i < jobs.count; ++i) pixels.Fetch(jobs.erased[i]);
+    for (size_t i = 0; i < jobs.last.count; ++i) pixels.Fetch(jobs.drawn[jobs.last.numbers[i]]);
+}
+
+template <bool isOnBlackOnly, class Record, class Pixels, class Move>
+bool WorkInParts(std::span<Record> records, Pixels pixels, const Move &move) {
+    PixelJobs<typename Pixels::Place> jobs[2];
+    bool hasWritten = false;
+    size_t now = 0;
+    for (; !records.empty(); now ^= 1) {
+        const std::span<Record> part = records.first(std::min(records.size(), kRecordsAtATime));
+        jobs[now].Clear();
+        move(part, pixels, jobs[now]);
+        FetchPixels(jobs[now], pixels);
+        hasWritten |= DoJobs<isOnBlackOnly>(jobs[now ^ 1], pixels);
+        records = records.subspan(part.size());
+    }
+    return DoJobs<isOnBlackOnly>(jobs[now ^ 1], pixels) || hasWritten;
+}
+
+// Records under one lock of the surfaces, which is held for a few microseconds.
+inline constexpr size_t kRecordsPerLock = 1024;
+
+// Calls `move(part, pixels, jobs)` for one part of the records after the other, in order, which adds their
+// jobs, and does those in order, with the surfaces locked.
+template <bool isOnBlackOnly = false, class Record, class Move>
+void WorkOnPixels(const ParticleSurfaces &surfaces, std::span<Record> records, const Move &move) {
+    while (!records.empty()) {
         const std::span<Record> part = records.first(std::min(records.size(), kRecordsPerLock));
         platform::SurfacePairAccess pair(surfaces.dest, surfaces.isBlackBehind ? 0 : surfaces.background);
         if (AreOfOneShape(pair.TargetView(), pair.SourceView())
-                ? work(part, WordPixels(pair, surfaces.Outside()))
-                : work(part, AnyPixels(pair, surfaces.Outside())))
+                ? WorkInParts<isOnBlackOnly>(part, WordPixels(pair, surfaces.Outside()), move)
+                : WorkInParts<isOnBlackOnly>(part, AnyPixels(pair, surfaces.Outside()), move))
             pair.MarkTargetChanged();
+        records = records.subspan(part.size());
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <span>
+#include <type_traits>
 
 #include "fenlight/platform/system.h"
 #include "frame/random.h"
@@ -21,7 +22,6 @@ namespace {
 constexpr uint32_t kLongestDelay = 12;
 constexpr int32_t kGravityPeriod = 8;
 constexpr uint32_t kAnyColour = 0xFFFFFF;
-enum ColourMode : int32_t { kFading = 0, kSteady = 1, kRandom = 2 };
 
 // The bytes have to fit into 32 bits, as they always had to.
 size_t BlockBytes(int32_t particleCount) {
@@ -58,7 +58,7 @@ int32_t StartOf(int32_t centre, int32_t distance, int32_t speed) {
 }
 
 void MakeParticle(PixelParticle &particle, const EffectArguments &arguments) {
-    particle.prevX = particle.prevY = kNowhere;
+    particle.prevX = particle.prevY = kParkedAt;
     particle.life = WrappedSum(DrawBelow(kLongestDelay), arguments.lifeFrames);
     const int32_t dx = DrawBelow(arguments.radius);
     const int32_t dy = DrawBelow(arguments.radius);
@@ -129,105 +129,100 @@ Gravity GravityOf(int32_t mode) {
     }
 }
 
-// What one effect does in one frame.
-class EffectFrame {
-  public:
-    explicit EffectFrame(PixelEffectBlock &effect)
-        : lifeFrames_(effect.lifeFrames),
-          colourMode_(effect.colourMode),
-          colour_(effect.colour),
-          gravity_(NextGravity(effect)) {}
+ParticleRules NextRules(PixelEffectBlock &effect) {
+    const int32_t phase = effect.phase == 1 ? kGravityPeriod : effect.phase - 1;
+    StoreWord(effect.phase, phase);
+    const Gravity gravity = phase == 1 ? GravityOf(effect.gravityMode) : Gravity{0, 0};
+    return {effect.lifeFrames, effect.colourMode, effect.colour, gravity.x, gravity.y, nullptr};
+}
 
-    // Some of the particles. Returns whether it has written a pixel.
-    template <class Pixels>
-    bool Run(std::span<PixelParticle> particles, const Pixels &pixels) {
-        const EffectFrame frame = *this;  // a copy, which need not be read anew after each pixel
-        RandomColours random;
-        if (colourMode_ == kRandom) random.Draw(CountShown(particles));
-        bool hasWritten = false, isAnyShown = false;
-        for (size_t i = 0; i < particles.size(); ++i) {
-            PixelParticle &particle = particles[i];
-            FetchAhead(particle);
-            FetchPixelAhead(particles, i, pixels);
-            const int32_t life = particle.life;
-            if (life == 0) continue;
-            if (life <= frame.lifeFrames_) {
-                hasWritten |= frame.Show(particle, pixels, random);
-                isAnyShown = true;
-            }
-            StoreWord(particle.life, WrappedDifference(life, 1));
-            if (life == 1) hasWritten |= pixels.GiveBack(particle.prevX, particle.prevY);
-        }
-        isAnyShown_ |= isAnyShown;
-        return hasWritten;
+bool IsShown(const PixelParticle &particle, const ParticleRules &rules) {
+    return particle.life != 0 && particle.life <= rules.lifeFrames;
+}
+
+uint32_t NextColour(uint32_t colour, const ParticleRules &rules, size_t shownBefore) {
+    switch (rules.colourMode) {
+        case kFading:
+            return Fade(colour);
+        case kSteady:
+            return rules.colour;
+        case kRandom:
+            return rules.randomColours[shownBefore];
+        default:
+            return colour;
     }
-    bool IsAnyShown() const { return isAnyShown_; }
+}
+
+void Move(PixelParticle &particle, const ParticleRules &rules, size_t shownBefore) {
+    const int32_t x = particle.x, y = particle.y, vx = particle.vx, vy = particle.vy;
+    CopyPair(particle.prevX, particle.x);
+    StoreWord(particle.x, WrappedSum(x, vx));
+    StoreWord(particle.y, WrappedSum(y, vy));
+    StoreWord(particle.vx, WrappedSum(vx, rules.gravityX));
+    StoreWord(particle.vy, WrappedSum(vy, rules.gravityY));
+    StoreWord(particle.particleColour, NextColour(particle.particleColour, rules, shownBefore));
+}
+
+// What vectors take of the particles; returns how many that is, and adds to those that are shown.
+size_t MoveInVectors(std::span<PixelParticle> particles, const ParticleRules &rules,
+                     const SurfaceShape &shape, PixelJobs<PixelOffset> &jobs, size_t &shown) {
+    const auto moveParticles = ChooseParticleKernels().moveParticles;
+    if (moveParticles == nullptr) return 0;
+    const size_t count = particles.size() / kRecordsAtOnce * kRecordsAtOnce;
+    shown += moveParticles(particles.data(), count, rules, shape, jobs);
+    return count;
+}
+
+// Returns how many particles are shown.
+template <class Pixels>
+size_t MoveParticles(std::span<PixelParticle> particles, const ParticleRules &rules, const Pixels &pixels,
+                     PixelJobs<typename Pixels::Place> &jobs) {
+    size_t i = 0, shown = 0;
+    if constexpr (std::is_same_v<Pixels, WordPixels>)
+        i = MoveInVectors(particles, rules, pixels.Shape(), jobs, shown);
+    for (; i < particles.size(); ++i) {
+        PixelParticle &particle = particles[i];
+        if (particle.life == 0) continue;
+        const bool isShown = IsShown(particle, rules), isLast = particle.life == 1;
+        if (isLast) jobs.last.Add(jobs.count);
+        if (isShown || isLast)
+            jobs.Add(pixels.PlaceOf(particle.prevX, particle.prevY),
+                     isShown ? pixels.PlaceOf(particle.x, particle.y) : pixels.PlaceOf(kParkedAt, kParkedAt),
+                     Pixels::JobColour(particle.particleColour));
+        if (isShown) Move(particle, rules, shown++);
+        StoreWord(particle.life, WrappedDifference(particle.life, 1));
+    }
+    return shown;
+}
+
+// One for each particle that will be shown, drawn together: the generator's lock costs more than a number.
+// Vectors read beyond the last.
+class RandomColours {
+  public:
+    RandomColours(std::span<const PixelParticle> particles, const ParticleRules &rules) {
+        if (rules.colourMode != kRandom) return;
+        const auto count =
+            std::count_if(particles.begin(), particles.end(),
+                          [&](const PixelParticle &particle) { return IsShown(particle, rules); });
+        RandomFill(words_, count, 0, kAnyColour);
+    }
+    const uint32_t *First() const { return reinterpret_cast<const uint32_t *>(words_); }
 
   private:
-    // Drawn together, for the generator's lock costs more than a number.
-    class RandomColours {
-      public:
-        void Draw(int64_t count) { RandomFill(colours_, count, 0, kAnyColour); }
-        uint32_t Next() { return static_cast<uint32_t>(colours_[next_++]); }
-
-      private:
-        int32_t colours_[kRecordsPerLock];
-        size_t next_ = 0;
-    };
-
-    static Gravity NextGravity(PixelEffectBlock &effect) {
-        const int32_t phase = effect.phase == 1 ? kGravityPeriod : effect.phase - 1;
-        StoreWord(effect.phase, phase);
-        return phase == 1 ? GravityOf(effect.gravityMode) : Gravity{0, 0};
-    }
-
-    int64_t CountShown(std::span<const PixelParticle> particles) const {
-        return std::count_if(particles.begin(), particles.end(), [this](const PixelParticle &particle) {
-            return particle.life != 0 && particle.life <= lifeFrames_;
-        });
-    }
-
-    template <class Pixels>
-    bool Show(PixelParticle &particle, const Pixels &pixels, RandomColours &random) const {
-        const int32_t x = particle.x, y = particle.y, vx = particle.vx, vy = particle.vy;
-        const uint32_t colour = particle.particleColour;
-        const bool hasGivenBack = pixels.GiveBack(particle.prevX, particle.prevY);
-        const bool hasLit = pixels.Light(x, y, colour);
-        CopyPair(particle.prevX, particle.x);
-        StoreWord(particle.x, WrappedSum(x, vx));
-        StoreWord(particle.y, WrappedSum(y, vy));
-        if (gravity_.x != 0) StoreWord(particle.vx, WrappedSum(vx, gravity_.x));
-        if (gravity_.y != 0) StoreWord(particle.vy, WrappedSum(vy, gravity_.y));
-        if (const uint32_t next = NextColour(colour, random); next != colour)
-            StoreWord(particle.particleColour, next);
-        return hasGivenBack | hasLit;
-    }
-
-    uint32_t NextColour(uint32_t colour, RandomColours &random) const {
-        switch (colourMode_) {
-            case kFading:
-                return Fade(colour);
-            case kSteady:
-                return colour_;
-            case kRandom:
-                return random.Next();
-            default:
-                return colour;
-        }
-    }
-
-    int32_t lifeFrames_, colourMode_;
-    uint32_t colour_;
-    Gravity gravity_;
-    bool isAnyShown_ = false;
+    int32_t words_[kRecordsAtATime + kRecordsAtOnce];
 };
 
 // False: no particle was shown.
 bool RunEffect(PixelEffectBlock &effect) {
-    EffectFrame frame(effect);
-    WorkOnPixels({.dest = effect.destDC, .background = effect.backgroundDC}, ParticlesOf(effect),
-                 [&frame](auto particles, const auto pixels) { return frame.Run(particles, pixels); });
-    return frame.IsAnyShown();
+    ParticleRules rules = NextRules(effect);
+    bool isAnyShown = false;
+    const auto move = [&](std::span<PixelParticle> particles, const auto &pixels, auto &jobs) {
+        const RandomColours random(particles, rules);
+        rules.randomColours = random.First();
+        isAnyShown |= MoveParticles(particles, rules, pixels, jobs) != 0;
+    };
+    WorkOnPixels({.dest = effect.destDC, .background = effect.backgroundDC}, ParticlesOf(effect), move);
+    return isAnyShown;
 }
 
 }  // namespace

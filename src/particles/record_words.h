@@ -22,13 +22,6 @@ inline void CopyPair(int32_t &target, const int32_t &source) noexcept {
                      __ATOMIC_RELAXED);
 }
 
-// Has the processor fetch a record that will be worked on soon. May lie behind the last one.
-template <class Record>
-void FetchAhead(const Record &record) noexcept {
-    constexpr uintptr_t kBytes = 1024;  // the time of a few cache misses
-    __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(&record) + kBytes), 1);
-}
-
 // Callers may set any number, so positions and speeds wrap instead of overflowing.
 constexpr int32_t WrappedSum(int32_t a, int32_t b) noexcept {
     return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));

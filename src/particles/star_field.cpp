@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <span>
+#include <type_traits>
 
 #include "fenlight/platform/system.h"
 #include "frame/random.h"
@@ -16,8 +17,6 @@ static_assert(sizeof(StarRecord) == 32);
 constinit StarOptions StarSettings;
 
 namespace {
-
-constexpr int32_t kLongestAge = 256;
 
 // Written while no frame runs.
 constinit StarArguments settings;
@@ -45,7 +44,7 @@ void SetFirstOptions(int32_t frameDelay) {
 
 // Ages apart, so that the stars leave one by one.
 void Park(StarRecord &star) {
-    star.x = star.y = star.prevX = star.prevY = kNowhere;
+    star.x = star.y = star.prevX = star.prevY = kParkedAt;
     star.age = static_cast<int32_t>(RandomDraw(250));
 }
 
@@ -62,8 +61,8 @@ int32_t Middle(int32_t low, int32_t high) {
     return WrappedSum(low, static_cast<int32_t>(half));
 }
 
-int32_t DrawAround(uint32_t limit) {
-    return static_cast<int32_t>(RandomDraw(limit)) - static_cast<int32_t>(limit / 2);
+int32_t DrawAround(RandomTurn &random, uint32_t limit) {
+    return static_cast<int32_t>(random.Draw(limit)) - static_cast<int32_t>(limit / 2);
 }
 
 int32_t Option(const std::atomic<int32_t> &option) { return option.load(std::memory_order_relaxed); }
@@ -72,83 +71,91 @@ struct Course {
     int32_t position, speed;
 };
 
-Course DrawCourse(int32_t middle, int32_t bias, int32_t origin) {
-    const int32_t speed = DrawAround(10);
+Course DrawCourse(RandomTurn &random, int32_t middle, int32_t bias, int32_t origin) {
+    const int32_t speed = DrawAround(random, 10);
     return {WrappedSum(middle, WrappedSum(speed * 32, origin)), WrappedSum(speed, bias)};
 }
 
 // Half of the stars that move on one axis only are drawn anew, and all that would stand still.
-bool TryLaunch(StarRecord &star) {
-    StoreWord(star.age, static_cast<int32_t>(RandomDraw(96)));
-    const Course across = DrawCourse(Middle(settings.left, settings.right), Option(StarSettings.biasX),
-                                     Option(StarSettings.originX));
-    const Course down = DrawCourse(Middle(settings.top, settings.bottom), Option(StarSettings.biasY),
+bool TryLaunch(StarRecord &star, RandomTurn &random) {
+    StoreWord(star.age, static_cast<int32_t>(random.Draw(96)));
+    const Course across = DrawCourse(random, Middle(settings.left, settings.right),
+                                     Option(StarSettings.biasX), Option(StarSettings.originX));
+    const Course down = DrawCourse(random, Middle(settings.top, settings.bottom), Option(StarSettings.biasY),
                                    Option(StarSettings.originY));
-    if (across.speed == 0 && (RandomDraw(2) != 0 || down.speed == 0)) return false;
-    if (down.speed == 0 && RandomDraw(2) != 0) return false;
-    StoreWord(star.x, WrappedSum(across.position, DrawAround(48)));
-    StoreWord(star.y, WrappedSum(down.position, DrawAround(48)));
+    if (across.speed == 0 && (random.Draw(2) != 0 || down.speed == 0)) return false;
+    if (down.speed == 0 && random.Draw(2) != 0) return false;
+    StoreWord(star.x, WrappedSum(across.position, DrawAround(random, 48)));
+    StoreWord(star.y, WrappedSum(down.position, DrawAround(random, 48)));
     StoreWord(star.vx, across.speed);
     StoreWord(star.vy, down.speed);
     return true;
 }
 
 // Its former pixel stays noted and is erased in the next frame.
-void Launch(StarRecord &star) {
-    while (!TryLaunch(star)) {
+void Launch(StarRecord &star, RandomTurn &random) {
+    while (!TryLaunch(star, random)) {
     }
 }
 
-bool IsInside(const StarArguments &field, int32_t x, int32_t y) {
-    return field.left < x && x < field.right && field.top < y && y < field.bottom;
+bool IsInside(const StarRoom &room, int32_t x, int32_t y) {
+    return room.left < x && x < room.right && room.top < y && y < room.bottom;
 }
 
 // False: the star has left the rectangle or has lived long enough.
-bool Move(StarRecord &star, const StarArguments &field) {
+bool Move(StarRecord &star, const StarRoom &room) {
     const int32_t x = star.x, y = star.y;
     const int32_t nextX = WrappedSum(x, star.vx), nextY = WrappedSum(y, star.vy);
     CopyPair(star.prevX, star.x);
     StoreWord(star.x, nextX);
     StoreWord(star.y, nextY);
-    const bool isParked = nextX == kNowhere && nextY == kNowhere;
-    if (!IsInside(field, nextX, nextY) && !isParked) return false;
+    const bool isParked = nextX == kParkedAt && nextY == kParkedAt;
+    if (!IsInside(room, nextX, nextY) && !isParked) return false;
     const int32_t age = WrappedSum(star.age, 1);
     StoreWord(star.age, age);
-    return age < kLongestAge;
+    return age < kLongestStarAge;
 }
 
-// Where stars show on black only, what lies behind is looked at after the old pixel has got it back: if both
-// are one context with a palette, the nearest colour may be another one than was read.
-template <class Pixels>
-bool Draw(const StarRecord &star, bool isOnBlackOnly, const Pixels &pixels) {
-    bool hasWritten = pixels.GiveBack(star.prevX, star.prevY);
-    if (!isOnBlackOnly || pixels.IsBlackBehind(star.prevX, star.prevY))
-        hasWritten |= pixels.Light(star.x, star.y, ColourOfAge(star.age));
-    return hasWritten;
+// What vectors take of the stars; returns how many that is.
+size_t MoveInVectors(std::span<StarRecord> stars, const StarRoom &room, const SurfaceShape &shape,
+                     PixelJobs<PixelOffset> &jobs, NumberList &gone) {
+    const auto moveStars = ChooseParticleKernels().moveStars;
+    if (moveStars == nullptr) return 0;
+    const size_t count = stars.size() / kRecordsAtOnce * kRecordsAtOnce;
+    moveStars(stars.data(), count, room, shape, jobs, gone);
+    return count;
 }
 
 template <class Pixels>
-bool RunStars(std::span<StarRecord> stars, const Pixels &pixels) {
-    const StarArguments field = settings;
-    const bool isOnBlackOnly = (field.flags & 1) != 0;
-    bool hasWritten = false;
-    for (size_t i = 0; i < stars.size(); ++i) {
+void MoveStars(std::span<StarRecord> stars, const Pixels &pixels, PixelJobs<typename Pixels::Place> &jobs,
+               NumberList &gone) {
+    const StarRoom room{settings.left, settings.top, settings.right, settings.bottom};
+    size_t i = 0;
+    if constexpr (std::is_same_v<Pixels, WordPixels>)
+        i = MoveInVectors(stars, room, pixels.Shape(), jobs, gone);
+    for (; i < stars.size(); ++i) {
         StarRecord &star = stars[i];
-        FetchAhead(star);
-        FetchPixelAhead(stars, i, pixels);
-        hasWritten |= Draw(star, isOnBlackOnly, pixels);
-        if (Move(star, field)) continue;
-        ++goneCount;
-        if (Option(StarSettings.stopMode) != kRunOut) Launch(star);
+        jobs.Add(pixels.PlaceOf(star.prevX, star.prevY), pixels.PlaceOf(star.x, star.y),
+                 Pixels::JobColour(ColourOfAge(star.age)));
+        if (!Move(star, room)) gone.Add(i);
     }
-    return hasWritten;
+}
+
+// Moved first and drawn then: the jobs know where the stars were.
+template <class Pixels>
+void RunStars(std::span<StarRecord> stars, const Pixels &pixels, PixelJobs<typename Pixels::Place> &jobs) {
+    NumberList gone;
+    MoveStars(stars, pixels, jobs, gone);
+    goneCount += static_cast<int32_t>(gone.count);
+    if (gone.count == 0 || Option(StarSettings.stopMode) == kRunOut) return;
+    RandomTurn random;
+    for (const uint16_t number : std::span(gone.numbers, gone.count)) Launch(stars[number], random);
 }
 
 template <class Pixels>
-bool EraseEach(std::span<StarRecord> stars, const Pixels &pixels) {
-    bool hasWritten = false;
-    for (const StarRecord &star : stars) hasWritten |= pixels.GiveBack(star.prevX, star.prevY);
-    return hasWritten;
+void EraseEach(std::span<StarRecord> stars, const Pixels &pixels, PixelJobs<typename Pixels::Place> &jobs) {
+    for (const StarRecord &star : stars)
+        jobs.Add(pixels.PlaceOf(star.prevX, star.prevY), pixels.PlaceOf(kParkedAt, kParkedAt), 0);
 }
 
 }  // namespace
@@ -181,8 +188,11 @@ void FreeStarField() noexcept {
 
 void RunStarFrame() noexcept {
     goneCount = 0;
-    WorkOnPixels(Surfaces(), AllStars(),
-                 [](auto stars, const auto pixels) { return RunStars(stars, pixels); });
+    const auto runStars = [](auto stars, const auto &pixels, auto &jobs) { RunStars(stars, pixels, jobs); };
+    if ((settings.flags & 1) != 0)
+        WorkOnPixels<true>(Surfaces(), AllStars(), runStars);
+    else
+        WorkOnPixels(Surfaces(), AllStars(), runStars);
 }
 
 bool StarFieldGoesOn(int32_t stopMode) noexcept {
@@ -191,7 +201,7 @@ bool StarFieldGoesOn(int32_t stopMode) noexcept {
 
 void EraseStars() noexcept {
     WorkOnPixels(Surfaces(), AllStars(),
-                 [](auto stars, const auto pixels) { return EraseEach(stars, pixels); });
+                 [](auto stars, const auto &pixels, auto &jobs) { EraseEach(stars, pixels, jobs); });
 }
 
 }  // namespace fenlight

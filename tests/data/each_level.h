@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Zlib
-// One case for every version of a routine that this processor has, beside memory that must not be touched.
+// Texts beside memory that must not be touched.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,19 +8,9 @@
 #include <string_view>
 
 #include "data/memory_guard.h"
-#include "frame/vector_level.h"
+#include "support/each_level.h"
 
 namespace fenlight {
-
-template <typename Check>
-void WithEachLevel(Check check) {
-    for (int level = 0; level <= static_cast<int>(WidestVectorLevel()); ++level) {
-        ForceVectorLevel(static_cast<VectorLevel>(level));
-        SCOPED_TRACE("vector level " + std::to_string(level));
-        check();
-    }
-    ReleaseVectorLevel();
-}
 
 inline std::string TextAt(const uint8_t *bytes, int64_t count) {
     return {reinterpret_cast<const char *>(bytes), static_cast<size_t>(count)};

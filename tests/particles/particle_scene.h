@@ -15,6 +15,7 @@
 #include "platform/system/failure_point.h"
 #include "platform/system/handle_table.h"
 #include "sprites/sprite_scene.h"
+#include "support/each_level.h"
 
 namespace fenlight::test {
 
@@ -94,12 +95,14 @@ struct ContextPair {
 
 template <class Case>
 void ForAllContexts(Case run) {
-    for (const int bits : {1, 8, 24, 32})
-        for (const int behind : {kNone, kSame, kDead, kSmaller, 1, 8, 24, 32}) {
-            SCOPED_TRACE(std::to_string(bits) + " bits before " + std::to_string(behind));
-            run(bits, behind);
-            if (::testing::Test::HasFailure()) return;
-        }
+    WithEachLevel([&] {
+        for (const int bits : {1, 8, 24, 32})
+            for (const int behind : {kNone, kSame, kDead, kSmaller, 1, 8, 24, 32}) {
+                SCOPED_TRACE(std::to_string(bits) + " bits before " + std::to_string(behind));
+                run(bits, behind);
+                if (::testing::Test::HasFailure()) return;
+            }
+    });
 }
 
 }  // namespace fenlight::test

@@ -116,7 +116,7 @@ TEST(StarField, DrawsAndMovesAsDefinedInAllFormats) {
     // Narrower than the spread of the launches, beyond the context, and nearly as wide as numbers go.
     for (const RECT &room : {RECT{40, 30, 43, 33}, RECT{-300, -200, 500, 400}, RECT{7, 7, 8, 60},
                              RECT{-1000000000, -5, 1000000000, 80}})
-        CompareFields(32, 32, 1, room);
+        WithEachLevel([&room] { CompareFields(32, 32, 1, room); });
 }
 
 TEST(StarField, ParksItsStarsAtAgesApart) {

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Zlib
+// One case for every version of a routine that this processor has.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "frame/vector_level.h"
+
+namespace fenlight {
+
+template <typename Check>
+void WithEachLevel(Check check) {
+    for (int level = 0; level <= static_cast<int>(WidestVectorLevel()); ++level) {
+        ForceVectorLevel(static_cast<VectorLevel>(level));
+        SCOPED_TRACE("vector level " + std::to_string(level));
+        check();
+    }
+    ReleaseVectorLevel();
+}
+
+}  // namespace fenlight
