@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Zlib
-// FX buffers on memory of the test's own, and what a context shows of a block.
+// FX buffers on memory of the test's own, and what effects paint.
 #pragma once
 
 #include <random>
@@ -39,12 +39,22 @@ struct Buffer {
     Bytes bytes;
 };
 
-// Whether the context shows a block of the size of `fx`, rows taken as padded.
-inline ::testing::AssertionResult Shows(HDC context, const FXHeader &fx, Bytes block) {
-    FXHeader shown = fx;
-    shown.Pixels = block.data();
-    const auto pitch = static_cast<int64_t>(BlockPitch(fx.biWidth, true));
-    return SamePicture("painted", PictureOf(context, fx.biWidth, fx.biHeight), PictureInBlock(shown, pitch));
+// A context of that depth, and where on it a picture comes to lie.
+struct Place {
+    int depth = 32;
+    int32_t x = 0, y = 0;
+};
+
+// Whether paint(context) shows what painting `block`, of the size of `fx`, does; an empty one shows nothing.
+template <typename Paint>
+::testing::AssertionResult Paints(const FXHeader &fx, Bytes block, const Place &place, Paint paint) {
+    constexpr int kWidth = 50, kHeight = 40;
+    const Canvas actual(BitmapOfDepth(kWidth, kHeight, place.depth)),
+        expected(BitmapOfDepth(kWidth, kHeight, place.depth));
+    EXPECT_EQ(paint(actual.context), 0);
+    if (!block.empty()) PaintFX(expected.context, place.x, place.y, fx, block.data());
+    return SamePicture("painted", PictureOf(actual.context, kWidth, kHeight),
+                       PictureOf(expected.context, kWidth, kHeight));
 }
 
 }  // namespace fenlight::test

@@ -100,21 +100,23 @@ struct Scene {
 };
 
 TEST_P(Blends, GiveTheBytesOfTheDefinitionAndTouchNoOthers) {
-    for (unsigned number = 0; number < 840; ++number) {
+    for (unsigned number = 0; number < 600; ++number) {
         Scene scene(number);
         Buffer &fx = *scene.own[0];
         Buffer &other = *scene.own[scene.Pick(0, 9) == 0 ? 0 : 1], &mask = *scene.own[scene.Pick(1, 2)];
         const Bytes a = fx.Block(), b = other.Block(), m = mask.Block();
         const int percent = static_cast<int>(number % 107) - 3, flags = static_cast<int>(number % 9) - 1;
-        const Canvas canvas(fx.header.biWidth, fx.header.biHeight);
+        const Place place{kDepths[number % 9 < 6 ? 5 : number % 6], scene.Pick(-40, 30), scene.Pick(-25, 20)};
         SCOPED_TRACE(testing::Message()
                      << "scene " << number << ": " << fx.header.biWidth << " x " << fx.header.biHeight
                      << ", percent " << percent << ", flags " << flags);
         const std::vector<Bytes> before = scene.Memory();
-        SemiTrans(canvas.context, 0, 0, fx.Handle(), other.Handle(), percent);
-        ASSERT_TRUE(Shows(canvas.context, fx.header, Faded(a, b, std::clamp(percent, 0, 100))));
-        AlphaTrans(canvas.context, 0, 0, fx.Handle(), other.Handle(), mask.Handle());
-        ASSERT_TRUE(Shows(canvas.context, fx.header, Mixed(a, b, m)));
+        ASSERT_TRUE(Paints(fx.header, Faded(a, b, std::clamp(percent, 0, 100)), place, [&](HDC dc) {
+            return SemiTrans(dc, place.x, place.y, fx.Handle(), other.Handle(), percent);
+        }));
+        ASSERT_TRUE(Paints(fx.header, Mixed(a, b, m), place, [&](HDC dc) {
+            return AlphaTrans(dc, place.x, place.y, fx.Handle(), other.Handle(), mask.Handle());
+        }));
         ASSERT_EQ(scene.Memory(), before);
 
         if (number % 2 == 0) {
@@ -154,19 +156,20 @@ TEST_P(Blends, GiveTheValuesWorkedOutByHand) {
                                {255, 255, 30, 255},  {9, 200, 0, 9},      {9, 200, 100, 200},
                                {9, 200, kMost, 200}, {9, 200, kLeast, 9}, {255, 0, 1, 253},
                                {255, 0, 9, 232},     {0, 255, 1, 2},      {0, 255, 97, 248}};
-    const Canvas canvas(4, 4);
     const auto filled = [](Buffer &buffer, uint8_t value) {
         std::fill(buffer.bytes.begin(), buffer.bytes.end(), value);
         return buffer.Handle();
     };
     Buffer fx(4, 4, true, true), other(4, 4, true, true), mask(4, 4, true, true);
     for (const Fade &fade : kFades) {
-        EXPECT_EQ(
-            SemiTrans(canvas.context, 0, 0, filled(fx, fade.fx), filled(other, fade.other), fade.percent), 0);
-        EXPECT_TRUE(Shows(canvas.context, fx.header, Bytes(48, fade.expected))) << fade.percent;
+        filled(fx, fade.fx);
+        filled(other, fade.other);
+        EXPECT_TRUE(Paints(fx.header, Bytes(48, fade.expected), {}, [&](HDC dc) {
+            return SemiTrans(dc, 0, 0, fx.Handle(), other.Handle(), fade.percent);
+        })) << fade.percent;
     }
-    EXPECT_EQ(AlphaTrans(canvas.context, 0, 0, filled(fx, 0), filled(other, 255), filled(mask, 128)), 0);
-    EXPECT_TRUE(Shows(canvas.context, fx.header, Bytes(48, 127)));
+    EXPECT_EQ(AlphaTrans(0, 0, 0, filled(fx, 0), filled(other, 255), filled(mask, 128)), 0);
+    EXPECT_EQ(fx.Block(), Bytes(48, 127));
 
     // White (w) on key (k), which the last pixel is: copied (c), at the edge (e), key (-). To the left and
     // above a key does not count for the first row nor, at its very beginning, for the second; to the right
@@ -189,25 +192,37 @@ TEST_P(Blends, GiveTheValuesWorkedOutByHand) {
 }
 
 TEST_P(Blends, ChangeNothingWithoutABufferOrMemory) {
-    Buffer fx(5, 3, false, true), other(5, 3, false, true);
-    other.bytes.assign(other.bytes.size(), 200);
-    const Bytes before = fx.bytes;
-    const Canvas canvas(5, 3);
-    const uintptr_t dc = canvas.context, a = fx.Handle(), b = other.Handle();
-    for (const int without : {0, 1, 2}) {
-        const uintptr_t handles[] = {without == 0 ? 0 : a, without == 1 ? 0 : b, without == 2 ? 0 : b};
-        EXPECT_EQ(AlphaTrans(dc, 0, 0, handles[0], handles[1], handles[2]), 0);
-        EXPECT_EQ(AlphaTrans(0, 0, 0, handles[0], handles[1], handles[2]), 0);
-        if (without == 2) continue;
-        EXPECT_EQ(SemiTrans(dc, 0, 0, handles[0], handles[1], 100), 0);
-        Merge(handles[1], handles[0], 0);
+    for (const bool isPadded : {false, true}) {
+        Buffer fx(5, 3, isPadded, true), other(5, 3, isPadded, true);
+        other.bytes.assign(other.bytes.size(), 200);
+        const Bytes before = fx.bytes;
+        const uintptr_t a = fx.Handle(), b = other.Handle();
+        EXPECT_TRUE(Paints(fx.header, {}, {}, [&](HDC dc) {
+            int32_t sum = SemiTrans(dc, 0, 0, a, 0, 100) + SemiTrans(dc, 0, 0, 0, b, 100);
+            for (const HDC context : {dc, HDC{0}})
+                sum += AlphaTrans(context, 0, 0, 0, b, b) + AlphaTrans(context, 0, 0, a, 0, b) +
+                       AlphaTrans(context, 0, 0, a, b, 0);
+            platform::FailFrom(platform::Operation::Memory, 1);
+            sum += SemiTrans(dc, 0, 0, a, b, 100) + AlphaTrans(dc, 0, 0, a, b, b);
+            platform::ForgetFailures();
+            Merge(b, 0, 0);
+            Merge(0, a, 0);
+            return sum + SemiTrans(0, 0, 0, a, b, 100) + SemiTrans(12345, 0, 0, a, b, 100);
+        }));
+        EXPECT_EQ(fx.bytes, before);
     }
-    platform::FailFrom(platform::Operation::Memory, 1);
-    EXPECT_EQ(SemiTrans(dc, 0, 0, a, b, 100) + AlphaTrans(dc, 0, 0, a, b, b), 0);
-    platform::ForgetFailures();
-    EXPECT_EQ(SemiTrans(0, 0, 0, a, b, 100), 0);
-    EXPECT_EQ(fx.bytes, before);
-    EXPECT_TRUE(Shows(dc, fx.header, Bytes(45)));
+}
+
+// Wider than what is kept of the rows above and below.
+TEST_P(Blends, FindTheEdgeInRowsOfAnyWidth) {
+    std::mt19937 random(3);
+    for (const int32_t width : {9000, 14336, 14337, 20000}) {
+        Buffer fx(width, 3, true, false), target(width, 3, true, false);
+        fx.Fill(random, 2);
+        const Bytes expected = Merged(fx.header, fx.Block(), target.Block(), 3);
+        Merge(fx.Handle(), target.Handle(), 3);
+        EXPECT_TRUE(target.Block() == expected) << width;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, Blends,

@@ -110,18 +110,18 @@ class WaterEffect : public ::testing::Test {
         Bytes expected = fx.bytes;
         if (!isPainted && memory == 2)
             std::copy(frames.stepped.begin(), frames.stepped.end(), expected.begin() + Buffer::kGuard);
-        const Canvas canvas(fx.header.biWidth, fx.header.biHeight);
-        if (memory < 2) platform::FailOnce(Operation::Memory, memory + 1);
-        EXPECT_EQ(Water(isPainted ? canvas.context : 0, 0, 0, fx.Handle(),
-                        reinterpret_cast<const int32_t *>(address), calmRows),
-                  0);
-        platform::ForgetFailures();
+        const auto call = [&](HDC dc) {
+            if (memory < 2) platform::FailOnce(Operation::Memory, memory + 1);
+            const auto *waveTable = reinterpret_cast<const int32_t *>(address);
+            const int32_t result = Water(dc, 3, -4, fx.Handle(), waveTable, calmRows);
+            platform::ForgetFailures();
+            return result;
+        };
+        if (isPainted)
+            ASSERT_TRUE(Paints(fx.header, memory == 1 ? frames.shifted : frames.stepped, {32, 3, -4}, call));
+        else
+            EXPECT_EQ(call(0), 0);
         ASSERT_EQ(fx.bytes, expected);
-        const Bytes black(fx.header.biSizeImage);
-        const Bytes &shown = !isPainted || memory == 0 ? black
-                             : memory == 1             ? frames.shifted
-                                                       : frames.stepped;
-        ASSERT_TRUE(Shows(canvas.context, fx.header, shown));
     }
 
     std::mt19937 random{77};
