@@ -44,9 +44,9 @@ struct Import {
 
 constexpr int32_t kUntouched = -7, kCleared = 0;
 
-Bytes Noise(size_t size) {
-    Bytes bytes(size);
-    for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(i * i * 37 >> 3);
+Bytes Noise(int32_t size) {
+    Bytes bytes(static_cast<size_t>(size));
+    for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(i * i * 37 >> 3);
     return bytes;
 }
 
@@ -65,7 +65,7 @@ class AlphaFiles : public ::testing::Test {
 
 TEST_F(AlphaFiles, ComeBackAsTheyWereWrittenAndAsAnotherDecoderSeesThem) {
     for (const auto &[width, height] : {std::array{1, 1}, {3, 50}, {64, 33}}) {
-        Bytes pixels = Noise(static_cast<size_t>(4 * width * height));
+        Bytes pixels = Noise(4 * width * height);
         for (const bool isOpaque : {false, true}) {
             for (size_t i = 3; isOpaque && i < pixels.size(); i += 4) pixels[i] = 255;
             const int32_t size = ExportPng(pixels.data(), kFile.c_str(), width, height);
