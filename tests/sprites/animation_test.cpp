@@ -62,29 +62,5 @@ TEST(AnimStage, StopsWhereADelayIsWrittenBelowTheTimer) {
     EXPECT_EQ(sprite.Frame, kLowest) << "the new strip starts the timer anew, and the frame wraps";
 }
 
-// The strip for standing is shown in the pass after the last step.
-TEST(FacingStage, ShowsTheStripOfTheHeading) {
-    LooseSprite sprite({0, 0}, {0, 0}, {1, 1});
-    for (int32_t direction = 0; direction < 9; ++direction)
-        EXPECT_EQ(SetSpriteAnimMove(sprite.Handle(), direction, 100 + direction, 200 + direction), 0);
-    const Words words = WordsOf(sprite);
-    for (const auto &[position, value] : {Point{160, 101}, {220, 208}, {224, 100}})
-        EXPECT_EQ(words.at(position), value);
-    for (const int32_t direction : {-1, 9, kLowest, kHighest})
-        EXPECT_EQ(SetSpriteAnimMove(sprite.Handle(), direction, 1, 2), 0);
-    EXPECT_EQ(WordsOf(sprite), words);
-
-    constexpr int32_t kCodes[3][3] = {{7, 8, 1}, {6, 0, 2}, {5, 4, 3}};
-    for (int32_t y = -1; y <= 1; ++y)
-        for (int32_t x = -1; x <= 1; ++x) {
-            SetSpritePos(sprite.Handle(), 50, 60, 50 + x, 60 + y);
-            for (const int32_t code : {kCodes[y + 1][x + 1], 0}) {
-                FacingStage(sprite);
-                MoveStage(sprite);
-                EXPECT_EQ((Point{sprite.SourceX, sprite.SourceY}), (Point{100 + code, 200 + code}));
-            }
-        }
-}
-
 }  // namespace
 }  // namespace fenlight

@@ -28,21 +28,17 @@ TEST(StepOnAxis, GoesTowardsTheTargetAndNoFurther) {
     constexpr int32_t kLow = kLowest, kHigh = kHighest;
     // Position, target, speed, slow count, next position. A negative speed runs away from the target, and
     // round the end of the range.
-    const std::array<int32_t, 5> cases[] = {{10, 20, 9, 0, 19},
-                                            {10, 20, 11, 0, 20},
-                                            {20, 10, 4, 0, 16},
-                                            {20, 10, 99, 0, 10},
-                                            {10, 10, 4, 0, 10},
-                                            {10, 20, 4, 1, 10},
-                                            {10, 20, 4, -1, 10},
-                                            {kLow, kHigh, kHigh, 0, -1},
-                                            {kHigh, kLow, kHigh, 0, 0},
-                                            {kHigh - 1, kHigh, kHigh, 0, kHigh},
-                                            {kLow + 1, kLow, kHigh, 0, kLow},
-                                            {10, 20, -3, 0, 7},
-                                            {20, 10, -3, 0, 23},
-                                            {kLow, 0, -1, 0, kHigh},
-                                            {-1, kLow, kLow, 0, kHigh}};
+    const std::array<int32_t, 5> cases[] = {
+        {20, 10, 99, 0, 10},
+        {10, 20, 4, -1, 10},
+        {kLow, kHigh, kHigh, 0, -1},
+        {kHigh, kLow, kHigh, 0, 0},
+        {kHigh - 1, kHigh, kHigh, 0, kHigh},
+        {kLow + 1, kLow, kHigh, 0, kLow},
+        {10, 20, -3, 0, 7},
+        {20, 10, -3, 0, 23},
+        {-1, kLow, kLow, 0, kHigh},
+    };
     for (const auto &[position, target, speed, slowCount, expected] : cases)
         EXPECT_EQ(StepOnAxis({position, target, speed, slowCount}), expected)
             << position << " to " << target << " by " << speed;
@@ -162,75 +158,75 @@ TEST(Movement, CopiesThePictureFieldsOfAnotherSprite) {
     }
 }
 
-TEST(Movement, NamesTheDirectionOfTheTarget) {
+// Each heading by its code, and the strip that the sprite shows for it; that for standing is shown in the
+// pass after the last step.
+TEST(Movement, NamesTheDirectionOfTheTargetAndShowsItsStrip) {
     constexpr Point kHeadings[] = {{0, 0},  {1, -1}, {1, 0},   {1, 1}, {0, 1},
                                    {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}};
     for (int32_t code = 0; code < 9; ++code)
         for (const int32_t reach : {1, 2000, kHighest}) {
             const auto [x, y] = kHeadings[code];
-            LooseSprite sprite({-x, -y}, {x * reach, y * reach}, {0, 0});
+            LooseSprite sprite({-x, -y}, {x * reach, y * reach}, {kHighest, kHighest});
+            for (int32_t direction = 0; direction < 9; ++direction)
+                SetSpriteAnimMove(sprite.Handle(), direction, 100 + direction, 200 + direction);
             EXPECT_EQ(GetSpriteMoveXY(sprite.Handle()), code);
             EXPECT_EQ(GetSpriteMoveX(sprite.Handle()), x) << code;
             EXPECT_EQ(GetSpriteMoveY(sprite.Handle()), y) << code;
             EXPECT_EQ(HasSpriteArrived(sprite.Handle()), code == 0);
+            for (const int32_t shown : {code, reach == kHighest ? code : 0}) {
+                FacingStage(sprite);
+                MoveStage(sprite);
+                EXPECT_EQ((Point{sprite.SourceX, sprite.SourceY}), (Point{100 + shown, 200 + shown}));
+            }
         }
 }
 
-// Positions as callers know them. Every word is compared, so nothing else may be written.
+// What callers' numbers make of the words, at the positions that they know. Every word is compared.
 TEST(SteeringFunctions, WriteTheDocumentedWords) {
-    const SpriteRecord other;
-    const uintptr_t leader = HandleOf(&other);
-    const auto leaderWord = static_cast<intptr_t>(leader);
-    Words emptyPath = {{336, -8}};
-    for (int32_t position = 348; position <= 472; position += 4) emptyPath[position] = 11111;
     Words strip = {{4, 11}, {8, 22}, {12, 3}, {16, 4}, {20, 5}, {24, 6}, {28, 7}};
-    Words stripX = {{4, -6}};
-    Words stripY = {{8, 1}};
+    Words stripX = {{4, -6}}, stripY = {{8, 1}};
     for (int32_t position = 160; position < 232; position += 8) {
         strip[position] = 11;
         strip[position + 4] = 22;
         stripX[position] = -6;
         stripY[position + 4] = 1;
     }
-    const struct {
-        std::function<int32_t(uintptr_t)> call;
-        Words written;
-    } cases[] = {
-        {[](auto s) { return SetSpritePos(s, 1, 2, 3, 4); }, {{32, 1}, {36, 2}, {40, 3}, {44, 4}}},
-        {[](auto s) { return SetSpriteSpeed(s, 1, -2); }, {{48, 1}, {52, -2}}},
-        {[](auto s) { return SlowDownSprite(s, 1, 2); }, {{528, 1}, {536, 2}}},
-        {[](auto s) { return SetSpriteMovingMode(s, -8), 0; }, emptyPath},
-        {[](auto s) { return SpriteMovingRect(s, 1, 2, 3, 4); }, {{252, 1}, {256, 2}, {260, 3}, {264, 4}}},
-        {[](auto s) { return SetSpriteCage(s, 1, 2, 3, 4, 5, 6); },
-         {{496, 1}, {500, 2}, {504, 3}, {508, 4}, {512, 5}, {516, 6}}},
-        {[](auto s) { return SpriteTableMode(s, 77), 0; }, {{524, 77}}},
-        {[=](auto s) { return AttachSprite(s, leader, 1, 2); }, {{484, leaderWord}, {488, 1}, {492, 2}}},
-        {[=](auto s) { return AttachSpriteAnim(s, leader); }, {{544, leaderWord}}},
-        {[](auto s) { return SetSpriteAnim(s, 11, 22, 3, 4, 5, 6, 7); }, strip},
-        {[](auto s) { return SetSpriteAnimMove(s, 8, 3, 4); }, {{216, 3}, {220, 4}}},
-        {[](auto s) { return SetSpriteAnimMode(s, kLowest); }, {{144, 1}}},
-        {[](auto s) { return MoveSpriteWithTable(s, nullptr, 1, 2, 3, 0); }, {}},
-        {[](auto s) { return ChangeSpritePara(s, 4, -6); }, stripX},
-        {[](auto s) { return ChangeSpritePara(s, 8, 1); }, stripY},
-        {[](auto s) { return ChangeSpritePara(s, 76, kLowest); }, {{76, kLowest}}},
-        {[=](auto s) { return ChangeSpritePara(s, 484, leaderWord); }, {{484, leaderWord}}},
+    const std::pair<std::function<void(uintptr_t)>, Words> cases[] = {
+        {[](auto s) { SlowDownSprite(s, 1, 2); }, {{528, 1}, {536, 2}}},
+        {[](auto s) { SetSpriteAnim(s, 11, 22, 3, 4, 5, 6, 7); }, strip},
+        {[](auto s) { SetSpriteAnimMove(s, 8, 3, 4); }, {{216, 3}, {220, 4}}},
+        {[](auto s) { SetSpriteAnimMode(s, kLowest); }, {{144, 1}}},
+        {[](auto s) { ChangeSpritePara(s, 4, -6); }, stripX},
+        {[](auto s) { ChangeSpritePara(s, 8, 1); }, stripY},
+        {[](auto s) { ChangeSpritePara(s, 76, kLowest); }, {{76, kLowest}}},
+        {[](auto s) { ChangeSpritePara(s, 484, intptr_t{5} << 40); }, {{484, intptr_t{5} << 40}}},
+        {[](auto s) {
+             for (const int32_t direction : {-1, 9, kLowest, kHighest}) SetSpriteAnimMove(s, direction, 1, 2);
+             // Addresses and foreign positions.
+             for (const int32_t position : {88, 120, 320, -4, kLowest, 1024, kHighest, 1, 2, 5, 10, 1021})
+                 ChangeSpritePara(s, position, 0x1234);
+         },
+         {}},
     };
-    for (const auto &c : cases) {
+    for (const auto &[call, written] : cases) {
         SpriteRecord record;
-        // What the call starts anew.
-        if (&c - cases == 2) record.SlowCountX = record.SlowCountY = 5;
-        if (c.written == strip) record.FrameTimer = 9;
-        EXPECT_EQ(c.call(HandleOf(&record)), 0) << "row " << &c - cases;
-        EXPECT_EQ(WordsOf(record), c.written) << "row " << &c - cases;
-        EXPECT_EQ(c.call(0), 0) << "row " << &c - cases;
+        record.FrameTimer = written == strip ? 9 : 0;  // starts anew
+        record.SlowCountX = record.SlowCountY = written.contains(528) ? 5 : 0;
+        call(HandleOf(&record));
+        EXPECT_EQ(WordsOf(record), written) << "row " << &written - &cases[0].second;
+        call(0);
     }
-    EXPECT_EQ(HasSpriteArrived(0) | GetSpriteMoveXY(0) | GetSpriteMoveX(0) | GetSpriteMoveY(0) |
-                  GetSpriteAnimModeStatus(0),
-              0);
-    SpriteRecord record;
-    for (const int32_t position : {88, 120, 320, -4, kLowest, 1024, kHighest, 1, 2, 5, 10, 1021})
-        EXPECT_EQ(ChangeSpritePara(HandleOf(&record), position, 0x1234), 0);
-    EXPECT_EQ(WordsOf(record), Words{}) << "addresses and foreign positions stay";
+}
+
+TEST(SteeringFunctions, TakeHandleZeroForNoSprite) {
+    SetSpriteMovingMode(0, 1);
+    SpriteTableMode(0, 1);
+    for (const int32_t result :
+         {SetSpritePos(0, 1, 2, 3, 4), SetSpriteSpeed(0, 1, 2), SpriteMovingRect(0, 1, 2, 3, 4),
+          SetSpriteCage(0, 1, 2, 3, 4, 5, 6), AttachSprite(0, 1, 2, 3), AttachSpriteAnim(0, 1),
+          MoveSpriteWithTable(0, nullptr, 1, 2, 3, 0), HasSpriteArrived(0), GetSpriteMoveXY(0),
+          GetSpriteMoveX(0), GetSpriteMoveY(0), GetSpriteAnimModeStatus(0)})
+        EXPECT_EQ(result, 0);
 }
 
 // Without a cage or inside the cage the sprite stays; part of one beside part of the other sends it home.

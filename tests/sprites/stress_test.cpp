@@ -30,14 +30,11 @@ class RandomCaller {
 
     void CallSomething() {
         static constexpr std::array kCalls = {
-            &RandomCaller::MakeSprite, &RandomCaller::MakeSprite, &RandomCaller::MakeCopy,
-            &RandomCaller::Delete,     &RandomCaller::Forget,     &RandomCaller::Ask,
-            &RandomCaller::Move,       &RandomCaller::MoveOddly,  &RandomCaller::Tabulate,
-            &RandomCaller::Tabulate,   &RandomCaller::Animate,    &RandomCaller::StopAndGo,
-            &RandomCaller::Brake,      &RandomCaller::ChangeWord, &RandomCaller::Layer,
-            &RandomCaller::Layer,      &RandomCaller::Swap,       &RandomCaller::Swap,
-            &RandomCaller::DeleteMany, &RandomCaller::Fix,        &RandomCaller::Scroll,
-            &RandomCaller::PaintTiles, &RandomCaller::CollideAny, &RandomCaller::CollideWithMask};
+            &RandomCaller::MakeSprite, &RandomCaller::MakeSprite, &RandomCaller::Delete,
+            &RandomCaller::Forget,     &RandomCaller::Ask,        &RandomCaller::Move,
+            &RandomCaller::Tabulate,   &RandomCaller::StopAndGo,  &RandomCaller::Show,
+            &RandomCaller::ChangeWord, &RandomCaller::Layer,      &RandomCaller::Layer,
+            &RandomCaller::DeleteMany, &RandomCaller::Collide};
         (this->*kCalls[Below(kCalls.size())])();
         if (Below(4000) == 0) StartOver();
     }
@@ -62,20 +59,14 @@ class RandomCaller {
         ASSERT_NE(first_, 0u);
         MarkSprite(first_, 99);
     }
-    void Keep(uintptr_t sprite, int32_t mark, bool isDeleted) {
-        ASSERT_NE(sprite, 0u);
-        handles_.push_back({sprite, mark, isDeleted});
-    }
     void MakeSprite() {
         if (handles_.size() >= 60) return;
         SpriteArguments arguments = scene_.Sprite(Number(), Number(), 1 + static_cast<int32_t>(Below(4)));
         arguments.frameDelay = static_cast<int32_t>(Below(3));
-        Keep(InitSprite5(&arguments), 0, false);
-    }
-    void MakeCopy() {
-        if (handles_.size() >= 60) return;
+        handles_.push_back({InitSprite5(&arguments), 0, false});
+        if (Below(3) != 0) return;
         const Handle source = AnyHandle();
-        Keep(CopySprite(source.sprite), source.mark, source.isDeleted);
+        handles_.push_back({CopySprite(source.sprite), source.mark, source.isDeleted});
     }
     void Delete() {
         Handle &handle = AnyHandle();
@@ -97,6 +88,7 @@ class RandomCaller {
         }
         EXPECT_LE(GetSpritesFps(), 83);
         int32_t infos[8];
+        EXPECT_EQ(GetBackgroundInfos(infos), infos);
         const uintptr_t sprite = Any();
         EXPECT_EQ(GetSpriteInfos(sprite, infos), infos);
         EXPECT_EQ(TestSprite(sprite, 120), static_cast<intptr_t>(sprite));
@@ -108,8 +100,6 @@ class RandomCaller {
         MoveSprite(Any(), Number(), Number());
         SetSpriteSpeed(Any(), Number() / 20, Number() / 20);
         SetSpritePos(Any(), Number(), Number(), Number(), Number());
-    }
-    void MoveOddly() {
         AttachSprite(Any(), Below(3) == 0 ? 0 : Any(), Number(), Number());
         SlowDownSprite(Any(), Number() / 10, Number() / 10);
         SetSpriteMovingMode(Any(), static_cast<int32_t>(Below(2)));
@@ -124,12 +114,26 @@ class RandomCaller {
                             Number());
         SpriteTableMode(Any(), static_cast<int32_t>(Below(2)));
     }
-    void Animate() {
+    // What the thread draws, where and how fast.
+    void Show() {
         AttachSpriteAnim(Any(), Below(2) == 0 ? 0 : Any());
         SetSpriteAnim(Any(), 0, 0, 12, 10, 4, 1, static_cast<int32_t>(Below(3)));
         SetSpriteAnimMove(Any(), Number() / 10, 12, 0);
         SetSpriteAnimMode(Any(), static_cast<int32_t>(Below(2)));
         SpriteToHDC(Any());
+        SpriteThreadBrake(static_cast<int32_t>(Below(2)));
+        SystemThreadBrake(static_cast<int32_t>(Below(2)));
+        SetSpriteFixMode(Any(), static_cast<int32_t>(Below(2)));
+        const std::array table{Any(), uintptr_t{0}, Any(), Any()};
+        VisualTableFix(table.data(), sizeof table, Number(), Number(), 100 + Number(), 60 + Number());
+        InitSpriteBackground(static_cast<int32_t>(Below(2)), Number(), Number(), Number(), Number(),
+                             Number() / 20, Number() / 20);
+        SpriteScrollMode(Any(), static_cast<int32_t>(Below(2)));
+        // Tiles into the background and into what the thread draws in.
+        static constexpr uint8_t kMap[] = {0, 1, 2, 3, 2, 1, 255, 0};
+        static constexpr uint16_t kList[] = {0, 2, 1111};
+        SetTiles(scene_.image, 0, 2, 2, 12, 10, kMap, 4, 1, 0, Below(2) == 0 ? scene_.clean : scene_.back,
+                 Number(), Number(), Below(2) == 0 ? 0 : -1, Below(2) == 0 ? kList : nullptr);
     }
     void StopAndGo() {
         StopAllSprites(1);
@@ -137,10 +141,6 @@ class RandomCaller {
         Tabulate();
         CountAllSprites();
         StopAllSprites(0);
-    }
-    void Brake() {
-        SpriteThreadBrake(static_cast<int32_t>(Below(2)));
-        SystemThreadBrake(static_cast<int32_t>(Below(2)));
     }
     // The mark, some numbers, positions of no word.
     void ChangeWord() {
@@ -160,8 +160,6 @@ class RandomCaller {
             BringSpriteToBottom(Any());
         }
         SetSpriteLayer(first_, 2);
-    }
-    void Swap() {
         EXPECT_EQ(SwapSpriteLayers(Any(), Any()), 0);
         EXPECT_EQ(SwapSpriteLayers(Any(), first_), -1);
         EXPECT_EQ(GetSpriteLayer(first_), 1);
@@ -179,40 +177,7 @@ class RandomCaller {
             if (!handle.isDeleted && (handle.isDeleted = ExistSprite(handle.sprite) == -1)) ++chosen;
         EXPECT_EQ(deleted, chosen);
     }
-    void Fix() {
-        SetSpriteFixMode(Any(), static_cast<int32_t>(Below(2)));
-        const std::array table{Any(), uintptr_t{0}, Any(), Any()};
-        VisualTableFix(table.data(), sizeof table, Number(), Number(), 100 + Number(), 60 + Number());
-    }
-    void Scroll() {
-        InitSpriteBackground(static_cast<int32_t>(Below(2)), Number(), Number(), Number(), Number(),
-                             Number() / 20, Number() / 20);
-        int32_t infos[7];
-        EXPECT_EQ(GetBackgroundInfos(infos), infos);
-        SpriteScrollMode(Any(), static_cast<int32_t>(Below(2)));
-    }
-    // Into the background and into what the thread draws in.
-    void PaintTiles() {
-        static constexpr uint8_t kMap[] = {0, 1, 2, 3, 2, 1, 255, 0};
-        static constexpr uint16_t kList[] = {0, 2, 1111};
-        const TileArguments block{scene_.image,
-                                  0,
-                                  2,
-                                  2,
-                                  12,
-                                  10,
-                                  kMap,
-                                  4,
-                                  1,
-                                  0,
-                                  Below(2) == 0 ? scene_.clean : scene_.back,
-                                  Number(),
-                                  Number(),
-                                  Below(2) == 0 ? 0 : -1,
-                                  Below(2) == 0 ? kList : nullptr};
-        SetTiles5(&block);
-    }
-    void CollideAny() {
+    void Collide() {
         std::vector<uintptr_t> pairs(2 * 61 * 60 / 2), table;
         for (const Handle &handle : handles_) table.push_back(handle.sprite);
         const auto count = static_cast<int32_t>(table.size());
@@ -223,8 +188,6 @@ class RandomCaller {
         CollideAll(Any());
         Collision(Any(), Any(), 1 + Number() % 2, 1);
         MouseOverSprite(table.data(), count, Number(), Number());
-    }
-    void CollideWithMask() {
         const auto mode = static_cast<int32_t>(Below(9));
         if (mode == 7) return;  // it would delete sprites behind the caller's back
         SetBackAutoCollision(Any(), scene_.clean, mode, Number(), Number(), Number(), Number(), 4, 1, 1, 0);
