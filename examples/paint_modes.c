@@ -1,7 +1,6 @@
 /* SPDX-License-Identifier: Zlib */
 /* A balloon painted over a landscape in every mode of PaintImage, side by side, with borders and curves
- * below. The landscape is a tile map, and so is all text: a line is a map of characters, the font a strip of
- * tiles.
+ * below. The landscape is a tile map, and so is all text.
  *
  *   paint_modes [FILE.png]
  */
@@ -10,6 +9,7 @@
 #include <stdio.h>
 
 #include "picture_file.h"
+#include "tile_letters.h"
 
 #ifndef FENLIGHT_ASSETS
 #define FENLIGHT_ASSETS "assets/"
@@ -17,7 +17,7 @@
 
 enum { kColumns = 6, kCellWidth = 116, kCellHeight = 142, kWidth = kColumns * kCellWidth, kHeight = 504 };
 enum { kLandWidth = 80, kLandHeight = 112, kBalloonWidth = 68, kBalloonHeight = 104, kTile = 16 };
-enum { kLetterWidth = 8, kLetterHeight = 10, kLetters = 128, kTransparent = -1 };
+enum { kTransparent = -1 };
 
 static const char *const kNames[] = {"SRCCOPY",    "SRCAND",      "SRCPAINT",  "SRCINVERT",  "DSTINVERT",
                                      "NOTSRCCOPY", "NOTSRCERASE", "MERGECOPY", "MERGEPAINT", "PATCOPY",
@@ -29,30 +29,7 @@ static void FillArea(HDC dc, COLORREF colour, int x, int y, int width, int heigh
     ColorFillImage(dc, colour, x, y, x + width, y + height);
 }
 
-/* Letters of 3 x 5 points, a row to an octal digit from the top, drawn with points of 2 x 2 pixels. The rest
- * of each tile, its top right pixel too, is white and becomes transparent. */
-static void DrawFont(void) {
-    static const struct {
-        char letter;
-        int rows;
-    } kGlyphs[] = {{'-', 000700}, {'0', 075557}, {'1', 026227}, {'2', 071747}, {'3', 071717}, {'4', 055711},
-                   {'5', 074717}, {'6', 074757}, {'7', 071222}, {'8', 075757}, {'9', 075717}, {'A', 025755},
-                   {'B', 065656}, {'C', 034443}, {'D', 065556}, {'E', 074647}, {'F', 074644}, {'G', 034553},
-                   {'H', 055755}, {'I', 072227}, {'K', 055655}, {'L', 044447}, {'M', 057755}, {'N', 065555},
-                   {'O', 025552}, {'P', 065644}, {'R', 065655}, {'S', 034216}, {'T', 072222}, {'U', 055557},
-                   {'V', 055522}, {'W', 055775}, {'Y', 055222}};
-    FillArea(font, 0xFFFFFF, 0, 0, kLetters * kLetterWidth, kLetterHeight);
-    for (size_t i = 0; i < sizeof kGlyphs / sizeof *kGlyphs; ++i)
-        for (int point = 0; point < 15; ++point)
-            if (kGlyphs[i].rows >> (14 - point) & 1)
-                FillArea(font, 0x402000, kGlyphs[i].letter * kLetterWidth + point % 3 * 2, point / 3 * 2, 2,
-                         2);
-}
-
-static void Write(const char *text, int x, int y) {
-    SetTiles(font, 0, (int)strlen(text), 1, kLetterWidth, kLetterHeight, (const uint8_t *)text, 0, 0, 0,
-             picture, x, y, kTransparent, 0);
-}
+static void Write(const char *text, int x, int y) { WriteText(picture, font, text, x, y); }
 
 /* Sky, a hill's left and right side, its inside, meadow. */
 static int DrawLand(void) {
@@ -105,9 +82,8 @@ int main(int count, char **arguments) {
     picture = CreateImage(screen, kWidth, kHeight);
     land = CreateImage(screen, kLandWidth, kLandHeight);
     balloon = CreateImage(screen, kBalloonWidth, kBalloonHeight);
-    font = CreateImage(screen, kLetters * kLetterWidth, kLetterHeight);
+    font = MakeLetters(0x402000);
     if (!strip || !picture || !land || !balloon || !font || !DrawLand()) return 1;
-    DrawFont();
     SizeImage(balloon, 0, 0, kBalloonWidth, kBalloonHeight, strip, 0, 0, kBalloonWidth / 2,
               kBalloonHeight / 2, 0);
 
