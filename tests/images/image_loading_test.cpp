@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Zlib
 #include <filesystem>
 #include <functional>
-#include <random>
 
 #include "fenlight/images.h"
 #include "fenlight/platform/system.h"
@@ -222,24 +221,6 @@ TEST_F(ImageLoading, WhatRenderSaysBecomesTheLastError) {
     FailingPicture picture;
     EXPECT_EQ(PictureToBitmap(&picture), 0u);
     EXPECT_EQ(GetLastError(), 0x80041234u);
-}
-
-TEST_F(ImageLoading, MutatedFilesCostNoSlot) {
-    constexpr unsigned kSeed = 31415;
-    std::mt19937 random(kSeed);
-    for (const char *name : {"sample.png", "sample.gif", "sample.jpg", "sample.ico"}) {
-        const Bytes whole = ReadSample(name);
-        for (int round = 0; round < 700; ++round) {
-            Bytes bytes = whole;
-            for (auto changes = 1 + random() % 4; changes > 0; --changes)
-                bytes[random() % bytes.size()] = static_cast<uint8_t>(random());
-            bytes.resize(bytes.size() - (random() % 4 == 0 ? random() % bytes.size() : 0));
-            const uintptr_t image = LoadBytes(bytes);
-            if (image == 0) continue;
-            EXPECT_GT(GetWidthImage(image), 0) << name << " " << round;
-            EXPECT_EQ(FreeImage(image), 1) << name << " " << round;
-        }
-    }
 }
 
 }  // namespace

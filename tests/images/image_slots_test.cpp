@@ -2,7 +2,9 @@
 #include "images/image_slots.h"
 
 #include <algorithm>
+#include <array>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "fenlight/images.h"
@@ -35,40 +37,38 @@ class ImageSlots : public ::testing::Test {
     int brushes_ = platform::CountHandles(platform::HandleKind::Brush);
 };
 
-TEST_F(ImageSlots, FullTableRefusesTheNextImageAndKeepsAllOthers) {
-    std::vector<uintptr_t> images;
-    for (int i = 0; i < 32; ++i) {
-        images.push_back(CreateImage(GetDC(0), 10 + i, 20 + i));
-        EXPECT_GT(static_cast<int32_t>(images.back()), 3) << i;
-        EXPECT_EQ(ImageDCTable[static_cast<size_t>(i)], images.back());
+// The model is the table as it should stand: the lowest free slot is taken, and the handle 0 names it.
+TEST_F(ImageSlots, FollowAModelThroughFullAndEmptyTables) {
+    std::array<uintptr_t, 32> model{};
+    const auto slotOf = [&](uintptr_t image) {
+        return static_cast<int32_t>(std::find(model.begin(), model.end(), image) - model.begin());
+    };
+    std::mt19937 random(9);
+    uintptr_t dead = 3;
+    for (int round = 0; round < 1000; ++round) {
+        SCOPED_TRACE(round);
+        const bool isFilling = round % 200 < 100;
+        if ((random() % 4 != 0) == isFilling) {
+            const int32_t slot = slotOf(0);
+            const uintptr_t image = CreateImage(GetDC(0), 10 + slot, 20 + slot);
+            if (slot < 32) model[static_cast<size_t>(slot)] = image;
+            EXPECT_EQ(static_cast<int32_t>(image) > 3, slot < 32);
+        } else {
+            const uintptr_t image = std::array{model[random() % 32], dead, uintptr_t{0}}[random() % 8 % 3];
+            const int32_t slot = slotOf(image);
+            EXPECT_EQ(FreeImage(image), slot < 32 ? 4 * slot + 1 : 0);
+            if (image != 0 && slot < 32) dead = std::exchange(model[static_cast<size_t>(slot)], 0);
+        }
+        ASSERT_TRUE(std::equal(model.begin(), model.end(), ImageDCTable.begin()));
     }
-    EXPECT_EQ(CreateImage(GetDC(0), 5, 5), 0u);
-    EXPECT_EQ(FreeImage(0), 0);
-    EXPECT_EQ(FreeImage(3), 0);
-    EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{32, 32}));
-    for (int i = 0; i < 32; ++i) {
-        EXPECT_EQ(GetWidthImage(images[static_cast<size_t>(i)]), 10 + i);
-        EXPECT_EQ(GetHeightImage(images[static_cast<size_t>(i)]), 20 + i);
+    const auto live = static_cast<int32_t>(32 - std::count(model.begin(), model.end(), 0u));
+    EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{live, live}));
+    for (const uintptr_t image : model) {
+        EXPECT_EQ(GetWidthImage(image), image != 0 ? 10 + slotOf(image) : -1);
+        EXPECT_EQ(GetHeightImage(image), image != 0 ? 20 + slotOf(image) : 0);
     }
-    EXPECT_EQ(FreeImage(images[0]), 1);
-    EXPECT_EQ(FreeImage(images[0]), 0);  // the handle is dead
-    EXPECT_EQ(FreeImage(images[31]), 125);
-    EXPECT_EQ(FreeAllImages(), 30);
+    EXPECT_EQ(FreeAllImages(), live);
     EXPECT_EQ(FreeAllImages(), 0);
-}
-
-TEST_F(ImageSlots, TheLowestFreeSlotIsTakenAndAnswersToZero) {
-    uintptr_t images[4];
-    for (uintptr_t &image : images) image = CreateImage(GetDC(0), 4, 4);
-    EXPECT_EQ(FreeImage(0), 17);  // slot 4 is the first free one; nothing is released
-    EXPECT_EQ(CountGraphicsHandles(), (LiveHandles{4, 4}));
-    EXPECT_EQ(FreeImage(images[3]), 13);
-    EXPECT_EQ(FreeImage(CreateImage(GetDC(0), 4, 4)), 13);
-    EXPECT_EQ(FreeImage(images[0]), 1);
-    EXPECT_EQ(FreeImage(images[1]), 5);
-    EXPECT_EQ(FreeImage(0), 1);
-    EXPECT_NE(CreateImage(GetDC(0), 4, 4), 0u);
-    EXPECT_EQ(FreeAllImages(), 2);  // slots 0 and 2
 }
 
 // Dead, of another kind, or any number at all.
@@ -126,29 +126,18 @@ TEST_F(ImageSlots, FailedCreationLeavesTheSlotFree) {
     }
 }
 
-TEST_F(ImageSlots, RectanglesAreFilledWithoutTheirRightAndBottomEdge) {
-    const uintptr_t image = CreateImage(GetDC(0), 8, 6);
-    ColorFillImage(image, 0x332211, 0, 0, 8, 6);
-    ColorFillImage(image, 0x0000FF, 2, 1, 5, 4);
-    ColorFillImage(image, 0x00FF00, 6, 0, 6, 6);
-    EXPECT_EQ(ColorFillImage(image, 0xFF0000, 7, 5, 100, 100), 0);
-    Picture expected(8, 6, 0x112233);
-    for (int y = 1; y < 4; ++y)
-        for (int x = 2; x < 5; ++x) expected.At(x, y) = 0xFF0000;
-    expected.At(7, 5) = 0x0000FF;
-    EXPECT_TRUE(SamePicture("color-fill", ShownBy(image, 8, 6), expected));
-}
-
-TEST_F(ImageSlots, SizingRepeatsAndDropsPixels) {
+TEST_F(ImageSlots, FillingLeavesOutTwoEdgesAndSizingRepeatsPixels) {
     const uintptr_t source = CreateImage(GetDC(0), 4, 2), target = CreateImage(GetDC(0), 10, 6);
     for (int i = 0; i < 8; ++i)
         SetPixel(source, i % 4, i / 4, static_cast<COLORREF>(i % 4 * 40 + (i / 4 * 100 << 8)));
     constexpr int32_t kOtherMode = 1;
     for (const uintptr_t image : {source, target}) SetStretchBltMode(image, kOtherMode);
     for (const int32_t mode : {0, 0xCC0020}) {
-        ColorFillImage(target, 0, 0, 0, 10, 6);
+        ColorFillImage(target, 0x0000FF, 0, 0, 100, 6);
+        EXPECT_EQ(ColorFillImage(target, 0x332211, -3, 0, 9, 5), 0);
         EXPECT_NE(SizeImage(target, 1, 1, 8, 4, source, 0, 0, 4, 2, mode), 0);
-        Picture expected(10, 6);
+        Picture expected(10, 6, 0xFF0000);
+        for (int i = 0; i < 9 * 5; ++i) expected.At(i % 9, i / 9) = 0x112233;
         for (int y = 0; y < 4; ++y)
             for (int x = 0; x < 8; ++x)
                 expected.At(1 + x, 1 + y) = uint32_t(x / 2 * 40 << 16 | y / 2 * 100 << 8);
@@ -158,31 +147,21 @@ TEST_F(ImageSlots, SizingRepeatsAndDropsPixels) {
         EXPECT_EQ(SetStretchBltMode(image, kOtherMode), COLORONCOLOR);
 }
 
-// What the names of the operations mean, bit by bit, over pattern (the brush, white), source and target.
+// As truth tables: bit 4 P + 2 S + T is the result for the bits of pattern (the brush, white), source,
+// target.
 TEST_F(ImageSlots, RasterModesDoWhatTheirNamesSay) {
-    const uint32_t source = 0x5A3CF0, target = 0x0FF0C6, pattern = 0xFFFFFF;
-    const uint32_t expected[] = {source,
-                                 source & target,
-                                 source | target,
-                                 source ^ target,
-                                 ~target,
-                                 ~source,
-                                 ~(source | target),
-                                 source & pattern,
-                                 ~source | target,
-                                 pattern,
-                                 pattern | ~source | target,
-                                 pattern ^ target,
-                                 source & ~target,
-                                 0,
-                                 0xFFFFFF};
-    const uintptr_t from = CreateImage(GetDC(0), 1, 1);
-    const uintptr_t to = CreateImage(GetDC(0), 1, 1);
+    constexpr uint32_t kTables[] = {0xCC, 0x88, 0xEE, 0x66, 0x55, 0x33, 0x11, 0xC0,
+                                    0xBB, 0xF0, 0xFB, 0x5A, 0x44, 0x00, 0xFF};
+    const uint32_t source = 0x5A3CF0, target = 0x0FF0C6;
+    const uintptr_t from = CreateImage(GetDC(0), 1, 1), to = CreateImage(GetDC(0), 1, 1);
     SetPixel(from, 0, 0, source);
     for (int32_t mode = 0; mode < 15; ++mode) {
+        uint32_t expected = 0;
+        for (int bit = 0; bit < 24; ++bit)
+            expected |= (kTables[mode] >> (4 + 2 * (source >> bit & 1) + (target >> bit & 1)) & 1) << bit;
         SetPixel(to, 0, 0, target);
         EXPECT_NE(SizeImage(to, 0, 0, 1, 1, from, 0, 0, 1, 1, mode), 0) << mode;
-        EXPECT_EQ(GetPixel(to, 0, 0), expected[mode] & 0xFFFFFF) << mode;
+        EXPECT_EQ(GetPixel(to, 0, 0), expected) << mode;
     }
     for (const int32_t code : {15, -1, INT32_MIN, 0x660046})
         EXPECT_EQ(RasterCodeOfMode(code), static_cast<DWORD>(code));
