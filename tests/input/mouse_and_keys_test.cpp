@@ -2,6 +2,9 @@
 // Keys and mouse, fed as the display thread does it, without a display.
 #include <gtest/gtest.h>
 
+#include <array>
+#include <random>
+#include <set>
 #include <vector>
 
 #include "fenlight/input.h"
@@ -40,6 +43,29 @@ TEST(SystemKey, GivesEachPressOnceLowestCodeFirstAndNoneWithoutAWindow) {
     EXPECT_EQ(GetSystemKey(), 'C');
     ReleaseKey('D');
     EXPECT_EQ(GetSystemKey(), -1);
+}
+
+// The scan beside the calls that it stands for, over random presses.
+TEST(SystemKey, IsTheFirstCodeWhoseAsyncStateIsDownAndPressedSince) {
+    std::minstd_rand random(9);
+    std::array<std::vector<int32_t>, 2> answers;
+    for (auto &found : answers) {
+        ForgetInput();
+        random.seed(9);
+        for (int round = 0; round < 3000; ++round) {
+            const auto key = static_cast<uint8_t>(random() % 256);
+            random() % 3 != 0 ? PressKey(key) : ReleaseKey(key);
+            if (random() % 3 != 0) continue;
+            int32_t code = 0;
+            if (&found == &answers[0]) code = GetSystemKey();
+            while (&found == &answers[1] && code < 256 &&
+                   int32_t{GetAsyncKeyState(code)} != int32_t(0xFFFF8001))
+                ++code;
+            found.push_back(code < 256 ? code : -1);
+        }
+    }
+    EXPECT_EQ(answers[0], answers[1]);
+    EXPECT_GT(std::set<int32_t>(answers[0].begin(), answers[0].end()).size(), 100u);
 }
 
 TEST(KeyState, TellsDownToggledAndPressedSinceApart) {

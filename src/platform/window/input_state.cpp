@@ -92,6 +92,15 @@ KeyState QueryKey(uint8_t key) noexcept {
     return Unpack(state);
 }
 
+int32_t TakeFreshKey() noexcept {
+    for (size_t key = 0; key < keys.size(); ++key) {
+        if ((keys[key].load(std::memory_order_relaxed) & kPressedSince) == 0) continue;
+        const KeyState state = QueryKey(static_cast<uint8_t>(key));
+        if (state.isDown && state.wasPressed) return static_cast<int32_t>(key);
+    }
+    return -1;
+}
+
 void MoveCursor(CursorPosition position) noexcept {
     const std::lock_guard lock(moving);
     MoveLocked(position);

@@ -51,6 +51,9 @@ KeyState PeekKey(uint8_t key) noexcept;
 // The same, and forgets that the key was pressed.
 KeyState QueryKey(uint8_t key) noexcept;
 
+// Queries all keys in the order of their codes up to the first that is down and was pressed: that one, or -1.
+FENLIGHT_API int32_t TakeFreshKey() noexcept;
+
 // Goes there, or to the nearest place of the confining rectangle.
 void MoveCursor(CursorPosition position) noexcept;
 CursorPosition CurrentCursor() noexcept;

@@ -137,10 +137,13 @@ struct Wishes {
     HWND parent;
 };
 
+// The parent is looked at again where it would be taken down: a tooltip must not come too late to go with it.
 bool PutUp(HWND window, Wishes wishes) {
     const PinnedWindow record(window);
     if (!record) return false;
-    return RunOnDisplayThread([&] {
+    bool isLinked = false;
+    RunOnDisplayThread([&] {
+        if (wishes.parent != 0 && IsWindow(wishes.parent) == 0) return;
         auto &tooltip = static_cast<TooltipRecord &>(*record);
         tooltip.handle = window;
         tooltip.title = std::move(wishes.title);
@@ -148,7 +151,9 @@ bool PutUp(HWND window, Wishes wishes) {
         tooltip.style = wishes.style;
         tooltip.extendedStyle = wishes.extendedStyle;
         Link(tooltip);
+        isLinked = true;
     });
+    return isLinked;
 }
 
 HWND CreateTooltip(Wishes wishes) {

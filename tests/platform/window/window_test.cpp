@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "fenlight/platform/graphics.h"
+#include "fenlight/platform/input.h"
 #include "fenlight/platform/windows.h"
 #include "platform/system/failure_point.h"
 #include "platform/window/display_thread.h"
@@ -133,6 +134,12 @@ TEST(Window, ManyAreOpenedDrawnOnAndDestroyedOnAllThreadsAtOnce) {
                 if (random() % 4 == 0) destroyed += DestroyWindow(other);
                 ReleaseDC(other, GetDC(other));
                 IsWindow(other);
+                if (other != 0) CreateWindowExA(0, TOOLTIPS_CLASSA, "", 0, 0, 0, 0, 0, other, 0, 0, nullptr);
+                SetWindowLongA(other, GWL_EXSTYLE, GetWindowLongA(other, GWL_EXSTYLE) ^ 8);
+                SetWindowPos(other, 0, 1, 2, 30, 40, SWP_FRAMECHANGED);
+                SendMessageA(other, TTM_SETMAXTIPWIDTH, 0, FindWindowA(nullptr, "many") != 0);
+                POINT point{};
+                ScreenToClient(ShowWindow(other, SW_SHOW) != 0 ? GetActiveWindow() : other, &point);
                 destroyed += DestroyWindow(old);
             }
         });
