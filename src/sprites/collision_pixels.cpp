@@ -193,7 +193,7 @@ bool DoMeetIn(const Side &a, const Side &b, const Area &area, Steps steps) noexc
 // X of the mark at the list's end.
 int64_t ListedColumns(const Side &side, const Frame &frame, Steps steps) noexcept {
     const int64_t column = int64_t{kPointListEnd} - frame.x;
-    if (column < 0 || column >= frame.width || column % steps.x != 0) return frame.width;
+    if (column < 0 || column >= frame.width) return frame.width;
     return DoMeetIn(side, side, {{column, column + 1}, {0, frame.height}}, steps) ? column : frame.width;
 }
 

@@ -132,11 +132,11 @@ TEST(CollideUnknown, FindsThePairsOfThePlainSearchInItsOrder) {
         const Scene scene;
         Handles sprites;
         for (int32_t i = 0; i < list.count; ++i) {
-            const bool isStray = list.hasStrays && random() % 16 == 0;
-            const int32_t lowest = isStray ? kLowest : 0, highest = isStray ? kHighest : list.world;
+            const bool isStray = list.hasStrays && random() % 16 == 0, isFar = isStray && random() % 2 == 0;
+            const int32_t lowest = isFar ? kLowest : 0, highest = isFar ? kHighest : list.world;
             const int32_t largest = isStray ? list.world : list.largest;
-            sprites.push_back(
-                AddBox(from(lowest, highest), from(lowest, highest), from(-2, largest), from(-2, largest)));
+            const int32_t x = from(lowest, highest), y = from(lowest, highest);
+            sprites.push_back(AddBox(x, y, from(-2, largest), from(-2, largest)));
             RecordOf(sprites.back())->FixMode = random() % 20 == 0;
             RecordOf(sprites.back())->State = random() % 20 == 0 ? 2 : 0;
         }
