@@ -46,7 +46,7 @@ void ClearGap(uint8_t *row, int64_t width, int64_t shift) {
     ClearBytes(row + kFXPixelBytes * first, kFXPixelBytes * (end - first));
 }
 
-// A row of `width` pixels, or of fewer than ten, whose ends then overlap; `target` may be `source`.
+// `target` may be `source`. The ends of a row of less than ten pixels overlap: the right one wins.
 void ShiftRow(uint8_t *target, const uint8_t *source, int64_t width, int64_t shift) {
     const int64_t bytes = kFXPixelBytes * width;
     if (width <= kEndPixels || shift == 0) {
@@ -95,7 +95,7 @@ int32_t TakeWaveStart(int32_t count) noexcept {
     int32_t before = wavePhase.load(std::memory_order_relaxed), phase = 0;
     do {
         // A table before may have been longer.
-        phase = before > 0 && before - 1 <= count ? before - 1 : count;
+        phase = before > 0 ? std::min(before - 1, count) : count;
     } while (!wavePhase.compare_exchange_weak(before, phase, std::memory_order_relaxed));
     return phase == count ? 0 : phase + 1;
 }

@@ -2,10 +2,12 @@
 // FX buffers on memory of the test's own, and what effects paint.
 #pragma once
 
+#include <cstring>
 #include <random>
 #include <vector>
 
 #include "fx/fx_picture.h"
+#include "platform/graphics/surface_access.h"
 
 namespace fenlight::test {
 
@@ -53,8 +55,12 @@ template <typename Paint>
         expected(BitmapOfDepth(kWidth, kHeight, place.depth));
     EXPECT_EQ(paint(actual.context), 0);
     if (!block.empty()) PaintFX(expected.context, place.x, place.y, fx, block.data());
-    return SamePicture("painted", PictureOf(actual.context, kWidth, kHeight),
-                       PictureOf(expected.context, kWidth, kHeight));
+    const auto same = SamePicture("painted", PictureOf(actual.context, kWidth, kHeight),
+                                  PictureOf(expected.context, kWidth, kHeight));
+    const platform::SurfacePairAccess views(actual.context, expected.context);
+    for (int y = 0; y < kHeight && place.depth == 32; ++y)  // the unused bytes too
+        EXPECT_EQ(std::memcmp(views.TargetView().Row(y), views.SourceView().Row(y), 4 * kWidth), 0) << y;
+    return same;
 }
 
 }  // namespace fenlight::test

@@ -190,8 +190,8 @@ TEST_F(WaterEffect, HasTablesOfTheRightShape) {
 // Each of the calls takes a turn of its own, so that afterwards the phases stand where they would after as
 // many calls in a row.
 TEST_F(WaterEffect, TakesEveryTurnOnceOnTwoThreads) {
-    constexpr int kCalls = 150;
-    Buffer first(9, 9, true, true), second(9, 9, true, true);
+    constexpr int kCalls = 20000;
+    Buffer first(4, 2, true, true), second(4, 2, true, true);
     const auto call = [](Buffer &fx) {
         for (int i = 0; i < kCalls; ++i) Water(0, 0, 0, fx.Handle(), nullptr, 0);
     };
