@@ -40,7 +40,7 @@ static void ShowPoints(void) {
     static int16_t points[kPixels][2];
     HGDIOBJ before = SelectObject(scratch, CreatePen(PS_SOLID, 1, 0));
     CopyFX(scratch, 0, 0, lakeFx);
-    Curve(scratch, 12, 100, 40, -60, 170, 110);
+    Curve(scratch, 12, 100, 60, -20, 180, 80);
     DeleteObject(SelectObject(scratch, before));
     const uintptr_t drawn = InitFX(scratch);
     const int count = PixelToMemory(drawn, &points[0][0], 8) / (int)sizeof points[0];
@@ -55,7 +55,7 @@ static void ShowPoints(void) {
 static void ShowFilters(void) {
     Begin("PHOTOGRAPH", lakeFx);
     CopyFX(sheet, x, y, fx);
-    Begin("ANOTHER", meadowFx);
+    Begin("SECOND PICTURE", meadowFx);
     CopyFX(sheet, x, y, fx);
     Begin("DARKEN 80", lakeFx);
     Darken(sheet, x, y, fx, 80);
@@ -87,9 +87,9 @@ static void ShowSmoothing(void) {
     for (int i = 0; i < 8; ++i) Smooth(sheet, x, y, fx, ovalFx);
     Begin("FOG 12 TIMES", lakeFx);
     for (int i = 0; i < 12; ++i) Fog(sheet, x, y, lakeFx, fx, ovalFx);
-    Begin("ANTIALIASING 0", balloonFx);
+    Begin("ANTIALIASING KEY", balloonFx);
     Antialiasing(sheet, x, y, fx, 0xFFFFFFFF, 0, 0);
-    Begin("ANTIALIASING 3", balloonFx);
+    Begin("ANTIALIASING ALL", balloonFx);
     Antialiasing(sheet, x, y, fx, 0xFFFFFFFF, 3, 1);
     Begin("RUSTLE", lakeFx);
     Rustle(sheet, x, y, fx);
@@ -102,15 +102,15 @@ static void ShowGeometry(void) {
     FlipY(sheet, x, y, fx);
     Begin("ROTATE180", lakeFx);
     Rotate180(sheet, x, y, fx);
-    Begin("ROTATE 0", lakeFx);
+    Begin("ROTATE 30", lakeFx);
     Rotate(sheet, x, y, meadowFx, fx, 30, 0);
-    Begin("ROTATE -1", lakeFx);
+    Begin("ROTATE 30 KEY", lakeFx);
     Rotate(sheet, x, y, fx, balloonFx, 30, kTransparent);
-    Begin("ROTATEIMAGE 0", lakeFx);
+    Begin("ROTATEIMAGE 30", lakeFx);
     CopyFX(scratch, 0, 0, meadowFx);
     RotateImage(scratch, 0, 0, kTileWidth, kTileHeight, lake, 0, 0, 30, 0);
     PaintImage(sheet, x, y, kTileWidth, kTileHeight, scratch, 0, 0, 0);
-    Begin("ROTATEIMAGE -1", lakeFx);
+    Begin("ROTATEIMAGE KEY", lakeFx);
     CopyFX(scratch, 0, 0, fx);
     RotateImage(scratch, 0, 0, kTileWidth, kTileHeight, balloon, 0, 0, 30, kTransparent);
     PaintImage(sheet, x, y, kTileWidth, kTileHeight, scratch, 0, 0, 0);
@@ -145,35 +145,34 @@ static void ShowBlends(void) {
     Water(sheet, x, y, fx, 0, 54);
 }
 
+static void ShowAlphaImage(const char *label, const uint8_t *image) {
+    Begin(label, lakeFx);
+    CopyFX(sheet, x, y, fx);
+    PaintPng(image, 4 * kPixels, sheet, x, y, kTileWidth, kTileHeight, 0);
+}
+
 static int ShowAlphaImages(void) {
     int32_t width, height, bytes;
-    uint8_t *oval = FXToPng(meadowFx, &width, &height, &bytes, ovalFx), *plain;
-    plain = FXToPng(lakeFx, &width, &height, &bytes, 0);
+    uint8_t *oval = FXToPng(meadowFx, &width, &height, &bytes, ovalFx);
+    uint8_t *plain = FXToPng(lakeFx, &width, &height, &bytes, 0);
+    uintptr_t alpha = 0, colours = 0;
     const int isMade = oval && plain;
     if (isMade) {
-        Begin("FXTOPNG", lakeFx);
-        CopyFX(sheet, x, y, fx);
-        PaintPng(oval, bytes, sheet, x, y, width, height, 0);
-        Begin("INVERTCHANNELPNG", lakeFx);
-        CopyFX(sheet, x, y, fx);
+        ShowAlphaImage("PAINTPNG", oval);
         InvertChannelPng(oval, bytes);
-        PaintPng(oval, bytes, sheet, x, y, width, height, 0);
-        Begin("MERGECHANNELPNG", lakeFx);
-        CopyFX(sheet, x, y, fx);
+        ShowAlphaImage("INVERTCHANNELPNG", oval);
         for (int i = 0; i < 4; ++i) MergeChannelPng(oval, plain, bytes, 32);
-        PaintPng(oval, bytes, sheet, x, y, width, height, 0);
-        Begin("MERGEIMAGEPNG", lakeFx);
+        ShowAlphaImage("MERGECHANNELPNG", oval);
         for (int i = 0; i < 2; ++i) MergeImagePng(plain, oval, bytes, 32);
-        PaintPng(plain, bytes, sheet, x, y, width, height, 0);
-        uintptr_t alpha = 0;
-        const uintptr_t colours = PngToFX(oval, width, height, bytes, &alpha);
+        ShowAlphaImage("MERGEIMAGEPNG", plain);
+        colours = PngToFX(oval, width, height, bytes, &alpha);
         Begin("PNGTOFX", lakeFx);
         CopyFX(sheet, x, y, colours);
         Begin("PNGTOFX ALPHA", lakeFx);
         CopyFX(sheet, x, y, alpha);
-        FreeFX(colours);
-        FreeFX(alpha);
     }
+    FreeFX(colours);
+    FreeFX(alpha);
     FreePng(oval);
     FreePng(plain);
     return isMade;
