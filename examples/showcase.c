@@ -1,10 +1,11 @@
 /* SPDX-License-Identifier: Zlib */
-/* A country of tiles, 1600 x 1200, that scrolls under a view of 640 x 480 after a wanderer in red. Wanderers
- * on the road and in the village (who stands further down is in front), fish on patrol, ladybirds in a cage,
- * butterflies that follow wanderers, balloons on waypoints, birds on line paths, fireworks that run once,
- * flowers that are stamped into the ground, coins to collect; a yard in which balls bounce and mines explode,
- * heard when the view is near. Compass, purse and lanterns are fixed to the view; what is far outside the view
- * is switched off. With a display it runs until the window is closed, without one for five seconds.
+/* A country of tiles, 1600 x 1200, that scrolls under a view of 640 x 480 after a wanderer in red, whom the
+ * arrow keys or a joystick steer. Wanderers on the road and in the village (who stands further down is in
+ * front), fish on patrol, ladybirds in a cage, butterflies that follow wanderers, balloons on waypoints,
+ * birds on line paths, fireworks that run once, flowers that are stamped into the ground, coins to collect;
+ * a yard in which balls bounce and mines explode, heard when the view is near. Compass, purse and lanterns
+ * are fixed to the view; what is far outside the view is switched off. With a display it runs until the
+ * window is closed, without one for five seconds.
  *
  *   showcase [--picture FILE] [--seconds N] [--assets FOLDER/]
  */
@@ -263,6 +264,20 @@ static int32_t Clamp(int32_t number, int32_t lowest, int32_t highest) {
     return number < lowest ? lowest : number > highest ? highest : number;
 }
 
+/* An arrow key or the joystick takes the hero off his round for good; from then on he goes where he is sent.
+ * An axis that is not there says 256. */
+static void SteerHero(void) {
+    static int isSteered;
+    const int32_t tiltX = JoystickX(1) % 256, tiltY = JoystickY(1) % 256;
+    const int32_t x = (GetKeyState(VK_RIGHT) < 0 || tiltX > 40) - (GetKeyState(VK_LEFT) < 0 || tiltX < -40);
+    const int32_t y = (GetKeyState(VK_DOWN) < 0 || tiltY > 40) - (GetKeyState(VK_UP) < 0 || tiltY < -40);
+    if (!isSteered && x == 0 && y == 0) return;
+    if (!isSteered) MoveSpriteWithTable(hero, NULL, 0, 0, 0, 0);
+    isSteered = 1;
+    MoveSprite(hero, Clamp(GetSpriteX(hero) + 10 * x, 0, kWorldWidth - 32),
+               Clamp(GetSpriteY(hero) + 10 * y, 0, kWorldHeight - 40));
+}
+
 /* The view follows the hero, the sooner the further he is from its middle, and never leaves the world. */
 static void FollowHero(void) {
     int32_t infos[7];
@@ -320,6 +335,7 @@ static void Direct(int poll) {
         if (HasSpriteArrived(ladybirds[i]))
             MoveSprite(ladybirds[i], Between(kCageLeft - 10, kCageRight),
                        Between(kCageTop - 10, kCageBottom));
+    SteerHero();
     FollowHero();
     SortByDepth();
     CollectCoins();
