@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Zlib
-// Antialiasing in place. A row is written while the row below is still the old one; of the row itself and the
-// one above, copies are kept, and of five rows the marks that tell where the key colour was. So a pass is one
-// walk through the picture.
+// Antialiasing in place. Of three rows copies are kept from before they were written, and of the rows around
+// the marks that tell where the key colour was. So a pass is one walk through the picture.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -18,10 +17,11 @@ constexpr int32_t kWithCentre = 1;
 constexpr int32_t kEverywhere = 2;
 constexpr uint32_t kColourOfLastPixel = 0xFFFFFFFF;
 constexpr uint32_t kColours = 0x01000000;  // no pixel has a colour from here on
+constexpr int64_t kCacheLine = 64;
 // Reach of the search for the key colour.
 constexpr int64_t kReach = 2;
-constexpr int64_t kCopySlack = 64;
 constexpr int64_t kMarkRows = 2 * kReach + 1;
+constexpr int64_t kKeptRows = 3;
 // Marks are made a row ahead, since words that were just written one by one are slow to read in vectors. A
 // power of two.
 constexpr int64_t kKeptMarkRows = 8;
@@ -31,27 +31,31 @@ struct AntialiasingRule {
     int32_t flags;
 };
 
-// Rows of marks by the picture's row, each with an empty word at both ends and a multiple of 8 between them,
-// so that vectors need no shorter last one. Words that are never marked stay empty.
+// Rows of marks by the picture's row, with empty words between them. They begin on vectors of 8 words and
+// take whole ones. Words that are never marked stay empty.
 class MarkRing {
   public:
     explicit MarkRing(int64_t pixels) noexcept
-        : rowWords_((WordsForMarks(pixels) + 7) / 8 * 8 + 2), block_(Bytes()) {
+        : words_((WordsForMarks(pixels) + kVector - 1) / kVector * kVector), block_(Bytes()) {
         if (block_) std::memset(block_.Bytes(), 0, static_cast<size_t>(Bytes()));
     }
     explicit operator bool() const noexcept { return static_cast<bool>(block_); }
     uint64_t *Row(int64_t row) const { return Slot(row & (kKeptMarkRows - 1)); }
     // One more, for what is to be done.
     uint64_t *Outcome() const { return Slot(kKeptMarkRows); }
-    int64_t Words() const { return rowWords_ - 2; }
+    int64_t Words() const { return words_; }
 
   private:
-    uint64_t *Slot(int64_t slot) const {
-        return reinterpret_cast<uint64_t *>(block_.Bytes()) + slot * rowWords_ + 1;
-    }
-    int64_t Bytes() const { return (kKeptMarkRows + 1) * rowWords_ * int64_t{sizeof(uint64_t)}; }
+    static constexpr int64_t kVector = 8;
 
-    int64_t rowWords_;
+    uint64_t *Slot(int64_t slot) const {
+        return reinterpret_cast<uint64_t *>(block_.Bytes()) + slot * (words_ + kVector) + kVector;
+    }
+    int64_t Bytes() const {
+        return ((kKeptMarkRows + 1) * (words_ + kVector) + kVector) * int64_t{sizeof(uint64_t)};
+    }
+
+    int64_t words_;
     PixelBlock block_;
 };
 
@@ -62,7 +66,8 @@ class Antialiaser {
           rule_(rule),
           pitch_(rows.pitches[0]),
           marks_(IsNearKey() ? rows.width : 0),
-          copies_(4 * kCopySlack + 3 * pitch_),
+          keptBytes_((pitch_ + kCacheLine - 1) / kCacheLine * kCacheLine + kCacheLine),
+          copies_(kKeptRows * keptBytes_ + kCacheLine),
           kernels_(ChooseSmoothingKernels()) {}
     // False without memory.
     explicit operator bool() const noexcept { return marks_ && copies_; }
@@ -71,17 +76,14 @@ class Antialiaser {
         uint8_t *above = Kept(0), *current = Kept(1), *next = Kept(2);
         Keep(above, 0);
         Keep(current, 1);
-        for (int64_t row = 0; row <= kReach + 1; ++row)
-            if (row < rows_.rows) MarkRow(row);
+        for (int64_t row = 0; row <= kReach + 1; ++row) MarkRow(row);
         for (int64_t row = 1; row < rows_.rows - 1; ++row) {
-            if (row + kReach + 1 < rows_.rows) MarkRow(row + kReach + 1);
+            MarkRow(row + kReach + 1);
             Keep(next, row + 1);
             SmoothRow(row, above, current, next);
             if (IsNearKey() && IsInside(row)) TakeBack(row, current);
-            uint8_t *used = above;
-            above = current;
-            current = next;
-            next = used;
+            std::swap(above, current);
+            std::swap(current, next);
         }
     }
 
@@ -91,12 +93,14 @@ class Antialiaser {
         return rows_.width > 2 * kReach && row >= kReach && row < rows_.rows - kReach;
     }
 
-    uint8_t *Kept(int64_t i) const { return copies_.Bytes() + kCopySlack + i * (kCopySlack + pitch_); }
+    // With room before and behind, since the row's first and last pixel are smoothed too before they are set
+    // right again: so vectors are whole and on cache lines.
+    uint8_t *Kept(int64_t i) const { return copies_.Bytes() + kCacheLine + i * keptBytes_; }
     void Keep(uint8_t *kept, int64_t row) const { kernels_.keep(kept, rows_.Row(row), pitch_); }
 
     // Before the row is written.
     void MarkRow(int64_t row) const {
-        if (!IsNearKey() || rule_.key >= kColours) return;
+        if (!IsNearKey() || rule_.key >= kColours || row >= rows_.rows) return;
         kernels_.markColour(marks_.Row(row), rows_.Row(row), rows_.width, rule_.key);
     }
 
@@ -129,6 +133,7 @@ class Antialiaser {
     AntialiasingRule rule_;
     int64_t pitch_;
     MarkRing marks_;
+    int64_t keptBytes_;
     PixelBlock copies_;
     const SmoothingKernels &kernels_;
 };

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <algorithm>
+#include <utility>
 
 #include "fx/pixel_walks.h"
 #include "fx/smoothing/smoothing_kernels.h"
@@ -53,10 +54,8 @@ class MaskedWalk {
             const int64_t count = std::min(piece_, filtered_.end - first);
             kernels.addAcross(below, bytes_ + first + pitch_, count);
             action(first, SumRows{above, row, below}, count);
-            uint16_t *used = above;
-            above = row;
-            row = below;
-            below = used;
+            std::swap(above, row);
+            std::swap(row, below);
         }
     }
 
