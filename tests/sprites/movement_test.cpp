@@ -136,7 +136,13 @@ TEST(Movement, FollowsTheLeaderOneFrameLater) {
     AttachSprite(follower.Handle(), follower.Handle(), kHighest, kLowest);
     Pass(follower);
     EXPECT_EQ(follower.Target(), (Point{kLowest + 25, kHighest - 4})) << "its own leader, and sums wrap";
+    AttachSprite(follower.Handle(), follower.Handle(), 0, 0);
+    const int16_t waypoint[] = {77, 88};
+    MoveSpriteWithTable(follower.Handle(), waypoint, 1, 0, 0, 0);
+    Pass(follower);
+    EXPECT_EQ(follower.Target(), (Point{77, 88})) << "a waypoint has the last word";
     AttachSprite(follower.Handle(), 0, 1, 1);
+    MoveSpriteWithTable(follower.Handle(), nullptr, 0, 0, 0, 0);
     SetSpritePos(follower.Handle(), 5, 5, 5, 5);
     EXPECT_EQ(Pass(follower), (Point{5, 5}));
     EXPECT_EQ(follower.Target(), (Point{5, 5}));

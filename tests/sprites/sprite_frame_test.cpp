@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "fenlight/sprite_animation.h"
+#include "fenlight/sprite_layers.h"
 #include "fenlight/sprite_movement.h"
 #include "platform/system/failure_point.h"
 #include "sprites/sprite_scene.h"
@@ -255,7 +256,9 @@ TEST(PassOrder, SlowPeriodsAndTheCageComeFirstAndServeSpritesInEveryState) {
         MoveSprite(HandleOf(&record), 95, 30);
         SlowDownSprite(HandleOf(&record), 5, 5);
         SetSpriteCage(HandleOf(&record), 0, 0, 50, 50, 20, 10);
+        SetSpriteFixMode(HandleOf(&record), INT32_MIN);
         Scene::Step(1);
+        EXPECT_EQ(GetSpriteFixMode(HandleOf(&record)), state == kStateAlive ? INT32_MIN : 0) << state;
         EXPECT_EQ((Numbers{record.SlowCountX, record.SlowCountY, record.X}), (Numbers{1, 1, 20})) << state;
         EXPECT_EQ(record.SourceX, 0) << "at home it stands";
         EXPECT_EQ((Numbers{record.DrawnX, record.DrawnY}),

@@ -42,14 +42,6 @@ TEST(WaypointTable, LeadsFromPointToPoint) {
     for (const int32_t mode : {0, 2, -1}) EXPECT_EQ(RunTable(mode), expected) << "mode " << mode;
 }
 
-TEST(WaypointTable, HasTheLastWordAfterTheLeader) {
-    LooseSprite sprite;
-    AttachSprite(sprite.Handle(), sprite.Handle(), 0, 0);
-    MoveSpriteWithTable(sprite.Handle(), kPoints, 3, 0, 0, 1);
-    MoveStage(sprite);
-    EXPECT_EQ(sprite.Target(), (Point{3, -4}));
-}
-
 TEST(WaypointTable, TakesOneWaypointPerRunOfALine) {
     LooseSprite sprite({0, 0}, {0, 0}, {5, 0});
     const int16_t points[] = {2, 0, 2, 3};
