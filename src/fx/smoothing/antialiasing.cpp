@@ -2,7 +2,6 @@
 // Antialiasing in place. Of three rows copies are kept from before they were written, and of the rows around
 // the marks that tell where the key colour was. So a pass is one walk through the picture.
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <utility>
 
@@ -106,14 +105,16 @@ class Antialiaser {
 
     void SmoothRow(int64_t row, const uint8_t *above, const uint8_t *current, const uint8_t *next) const {
         const RowNeighbours neighbours{above, current, next};
-        uint8_t *bytes = rows_.Row(row), *last = bytes + pitch_ - kFXPixelBytes;
-        std::array<uint8_t, kFXPixelBytes> leftEdge, rightEdge;
-        std::copy_n(bytes, kFXPixelBytes, leftEdge.begin());
-        std::copy_n(last, kFXPixelBytes, rightEdge.begin());
+        uint8_t *bytes = rows_.Row(row);
         const bool hasCentre = (rule_.flags & kWithCentre) != 0;
         (hasCentre ? kernels_.averageWithCentre : kernels_.average)(bytes, neighbours, pitch_);
-        std::copy_n(leftEdge.begin(), kFXPixelBytes, bytes);
-        std::copy_n(rightEdge.begin(), kFXPixelBytes, last);
+        TakePixel(bytes, current);
+        TakePixel(bytes + pitch_ - kFXPixelBytes, current + pitch_ - kFXPixelBytes);
+    }
+
+    // From a kept row: the picture's own bytes may lie under a masked store that is not yet through.
+    static void TakePixel(uint8_t *pixel, const uint8_t *kept) {
+        for (int64_t i = 0; i < kFXPixelBytes; ++i) pixel[i] = static_cast<uint8_t>(~kept[i]);
     }
 
     // What lies too far from the key colour is as it was. The outer two pixels at both ends are left alone.
