@@ -112,6 +112,10 @@ uintptr_t MakeBlackFX(int32_t width, int32_t height) noexcept {
     return HandOver(AllocateFX(width, height, kFXPixelBytes * width, GPTR));
 }
 
+uintptr_t MakeBlankFX(int32_t width, int32_t height) noexcept {
+    return HandOver(AllocateFX(width, height, kFXPixelBytes * width, GMEM_FIXED));
+}
+
 uintptr_t CopyOfFX(const FXHeader &fx) noexcept {
     OwnedFX copy = AllocateFX(fx, GMEM_FIXED);
     if (copy == nullptr) return 0;

@@ -42,6 +42,8 @@ enum class RowOrder : uint8_t {
 // then.
 uintptr_t MakeFX(uintptr_t image, RowOrder order) noexcept;
 uintptr_t MakeBlackFX(int32_t width, int32_t height) noexcept;
+// The same without clearing, for who writes every pixel.
+uintptr_t MakeBlankFX(int32_t width, int32_t height) noexcept;
 uintptr_t CopyOfFX(const FXHeader &fx) noexcept;
 void ReleaseFX(FXHeader *fx) noexcept;
 

@@ -31,6 +31,11 @@ uint8_t *AllocateImage(int32_t bytes) {
     return static_cast<uint8_t *>(block);
 }
 
+void ClearFrom(const FXHeader &fx, int64_t pixel) {
+    const int64_t kept = kFXPixelBytes * pixel;
+    std::memset(fx.Pixels + kept, 0, static_cast<size_t>(fx.biSizeImage - kept));
+}
+
 }  // namespace
 
 AlphaImage AlphaImageOfFX(const FXHeader &fx, const FXHeader *alpha) noexcept {
@@ -45,9 +50,9 @@ AlphaImage AlphaImageOfFX(const FXHeader &fx, const FXHeader *alpha) noexcept {
 
 AlphaBuffers FXOfAlphaImage(const AlphaImage &image, bool wantsAlpha) noexcept {
     AlphaBuffers buffers;
-    buffers.colours.reset(FXFromHandle(MakeBlackFX(image.width, image.height)));
+    buffers.colours.reset(FXFromHandle(MakeBlankFX(image.width, image.height)));
     if (wantsAlpha && buffers.colours != nullptr)
-        buffers.alpha.reset(FXFromHandle(MakeBlackFX(image.width, image.height)));
+        buffers.alpha.reset(FXFromHandle(MakeBlankFX(image.width, image.height)));
     if (buffers.colours == nullptr || (wantsAlpha && buffers.alpha == nullptr)) return {};
     const AlphaKernels &kernels = CurrentAlphaKernels();
     const BufferRun<1> colours = WalkPixels(*buffers.colours);
@@ -56,6 +61,8 @@ AlphaBuffers FXOfAlphaImage(const AlphaImage &image, bool wantsAlpha) noexcept {
         kernels.narrowWithAlpha(colours.starts[0], buffers.alpha->Pixels, image.pixels, pixels);
     else
         kernels.narrow(colours.starts[0], image.pixels, pixels);
+    for (const FXHeader *fx : {buffers.colours.get(), buffers.alpha.get()})
+        if (fx != nullptr) ClearFrom(*fx, pixels);
     return buffers;
 }
 
