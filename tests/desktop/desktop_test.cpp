@@ -29,6 +29,12 @@ Uint32 FlagsOf(HWND window) {
     return flags;
 }
 
+std::pair<int, int> SizeOf(HWND window) {
+    std::pair<int, int> size;
+    RunOnDisplayThread([&] { SDL_GetWindowSize(PinnedWindow(window)->frame, &size.first, &size.second); });
+    return size;
+}
+
 bool FillsScreen(HWND window) { return (FlagsOf(window) & SDL_WINDOW_FULLSCREEN) != 0; }
 
 std::string CurrentMode() {
@@ -54,9 +60,7 @@ TEST(Display, TakesTheUsualSizesForTheNewestWindowAndGivesTheUsersBack) {
     EXPECT_EQ(ChangeDisplay(0, 12345), 0);
     EXPECT_EQ(CurrentMode(), "1024x768");
     EXPECT_FALSE(FillsScreen(older));
-    int width = 0;
-    RunOnDisplayThread([&] { SDL_GetWindowSize(PinnedWindow(older)->frame, &width, nullptr); });
-    EXPECT_EQ(width, 60);
+    EXPECT_EQ(SizeOf(older), std::pair(60, 40));
     DestroyWindow(older);
 }
 
@@ -85,19 +89,19 @@ TEST(Style, AllBitsAreKeptAndOnlyOnePicksTheExtendedOnes) {
     EXPECT_EQ(plain, 0x10CA0000u);
     EXPECT_EQ(GetWindowLongA(window, GWL_EXSTYLE), 0);
     for (int bit = 0; bit < 32; ++bit) {
-        const uint32_t style = 1u << bit;
         for (const int32_t extended : {0, 1, 2, -1}) {
-            const int32_t index = extended == 1 ? GWL_EXSTYLE : GWL_STYLE;
-            const int32_t other = extended == 1 ? GWL_STYLE : GWL_EXSTYLE;
-            const LONG otherBefore = GetWindowLongA(window, other);
+            const uint32_t style = 1u << bit, before = extended == 1 ? 0 : plain;
+            const auto expect = [&](uint32_t changed) {
+                EXPECT_EQ(static_cast<uint32_t>(GetWindowLongA(window, GWL_STYLE)),
+                          extended == 1 ? plain : changed);
+                EXPECT_EQ(static_cast<uint32_t>(GetWindowLongA(window, GWL_EXSTYLE)),
+                          extended == 1 ? changed : 0);
+            };
             EXPECT_EQ(AddWindowStyle(window, style, extended), 1);
-            EXPECT_EQ(AddWindowStyle(window, style, extended), 1) << "set already";
-            const uint32_t before = extended == 1 ? 0 : plain;
-            EXPECT_EQ(static_cast<uint32_t>(GetWindowLongA(window, index)), before | style);
+            expect(before | style);
             EXPECT_EQ(SubWindowStyle(window, style, extended), 1);
-            EXPECT_EQ(static_cast<uint32_t>(GetWindowLongA(window, index)), before & ~style);
-            EXPECT_EQ(GetWindowLongA(window, other), otherBefore);
-            SetWindowLongA(window, index, static_cast<LONG>(before));
+            expect(before & ~style);
+            if (extended != 1) SetWindowLongA(window, GWL_STYLE, static_cast<LONG>(plain));
         }
     }
     EXPECT_EQ(AddWindowStyle(window, 0, 0), 1) << "shows what was put back";
@@ -108,10 +112,7 @@ TEST(Style, AllBitsAreKeptAndOnlyOnePicksTheExtendedOnes) {
     EXPECT_EQ(ShowWindow(window, 9999), 1);
     EXPECT_FALSE(FlagsOf(window) & SDL_WINDOW_HIDDEN);
     EXPECT_EQ(SetWindowPos(window, 0, 5, 6, 70, 80, SWP_FRAMECHANGED), 1);
-    int width = 0;
-    int height = 0;
-    RunOnDisplayThread([&] { SDL_GetWindowSize(PinnedWindow(window)->frame, &width, &height); });
-    EXPECT_EQ(std::pair(width, height), std::pair(70, 80));
+    EXPECT_EQ(SizeOf(window), std::pair(70, 80));
     EXPECT_EQ(SetWindowPos(window, 0, 5, 6, -1, 0, 0), 1);
     EXPECT_EQ(GetWindowLongA(window, 0) + SetWindowLongA(window, -4, 1), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_INDEX);
@@ -133,18 +134,14 @@ TEST(Style, ClosedAndForeignWindowsAreRefused) {
 }
 
 TEST(Windows, AreFoundByClassAndTitle) {
-    const HWND first = OpenWindow("title", 9, 9);
-    const HWND second = OpenWindow("title", 9, 9);
-    const HWND umlaut = OpenWindow("\xFC", 9, 9);
-    EXPECT_EQ(FindWindowA("fenlightwindow", "title"), second);
-    EXPECT_EQ(FindWindowA(nullptr, "\xC3\xBC"), umlaut);
-    EXPECT_EQ(FindWindowA(nullptr, nullptr), umlaut);
-    EXPECT_EQ(FindWindowA("Shell_TrayWnd", "") + FindWindowA("Shell_TrayWnd", nullptr), 0u);
-    EXPECT_EQ(FindWindowA(nullptr, "titl") + FindWindowA(nullptr, ""), 0u);
-    DestroyWindow(second);
-    EXPECT_EQ(FindWindowA(nullptr, "title"), first);
-    DestroyWindow(first);
-    DestroyWindow(umlaut);
+    const HWND windows[] = {OpenWindow("title", 9, 9), OpenWindow("title", 9, 9), OpenWindow("\xFC", 9, 9)};
+    EXPECT_EQ(FindWindowA("fenlightwindow", "title"), windows[1]) << "the newest";
+    EXPECT_EQ(FindWindowA(nullptr, "\xC3\xBC"), windows[2]);
+    EXPECT_EQ(FindWindowA(nullptr, nullptr), windows[2]);
+    EXPECT_EQ(FindWindowA("Shell_TrayWnd", nullptr) + FindWindowA(nullptr, "titl") + FindWindowA(nullptr, ""),
+              0u);
+    for (const HWND window : windows) DestroyWindow(window);
+    EXPECT_EQ(FindWindowA(nullptr, nullptr), 0u);
 }
 
 // All steps in one task, so that the display thread's own ticks do not come in between.

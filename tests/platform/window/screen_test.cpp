@@ -10,7 +10,6 @@
 #include "fenlight/platform/windows.h"
 #include "platform/graphics/canvas.h"
 #include "platform/system/waiting.h"
-#include "platform/window/input_state.h"
 #include "processes.h"
 
 namespace fenlight::platform {
@@ -60,23 +59,6 @@ TEST(DISABLED_OnScreen, AWindowShowsItsContextPixelForPixelUntilItIsDestroyed) {
     EXPECT_TRUE(ScreenShows("pattern", PictureOf(context, 203, 117))) << "after a change of one pixel";
     EXPECT_EQ(DestroyWindow(window), 1);
     EXPECT_TRUE(BecomesTrue([] { return test::WindowOnScreen("pattern").pixels.empty(); }));
-}
-
-TEST(DISABLED_OnScreen, KeysAndMouseArrive) {
-    if (!test::IsInstalled("xdotool")) GTEST_SKIP() << "needs xdotool";
-    const HWND window = OpenWindow("input", 300, 200);
-    ASSERT_TRUE(ScreenShows("input", Picture(300, 200)));
-    OutputOf(
-        "xdotool search --name '^input$' windowfocus --sync mousemove --window %1 30 40 mousedown 3 keydown "
-        "a");
-    EXPECT_TRUE(BecomesTrue([] { return PeekKey('A').isDown && PeekKey(kRightButton).isDown; }));
-    const std::string place = OutputOf("xdotool getmouselocation");
-    std::ostringstream expected;
-    expected << "x:" << CurrentCursor().x << " y:" << CurrentCursor().y << ' ';
-    EXPECT_EQ(place.substr(0, expected.str().size()), expected.str());
-    OutputOf("xdotool keyup a mouseup 3");
-    EXPECT_TRUE(BecomesTrue([] { return !PeekKey('A').isDown && !PeekKey(kRightButton).isDown; }));
-    EXPECT_EQ(DestroyWindow(window), 1);
 }
 
 // The number of the window with that name as the server's own list has it, empty if there is none.
