@@ -72,11 +72,12 @@ void FadeOurs(benchmark::State &state) {
 
 void FadePlain(benchmark::State &state) {
     const Scene scene(state);
-    Measure(state, [&] {
-        for (int64_t i = 0; i < scene.Bytes(); ++i) {
-            const int first = scene.fx->Pixels[i] - kLossFirst, second = scene.other->Pixels[i] - kLossSecond;
-            scene.result->Pixels[i] =
-                static_cast<uint8_t>((first > 0 ? first : 0) + (second > 0 ? second : 0));
+    const uint8_t *first = scene.fx->Pixels, *second = scene.other->Pixels;
+    uint8_t *result = scene.result->Pixels;
+    Measure(state, [=, bytes = scene.Bytes()] {
+        for (int64_t i = 0; i < bytes; ++i) {
+            const int a = first[i] - kLossFirst, b = second[i] - kLossSecond;
+            result[i] = static_cast<uint8_t>((a > 0 ? a : 0) + (b > 0 ? b : 0));
         }
     });
 }
@@ -106,11 +107,12 @@ void AlphaTransPainted(benchmark::State &state) {
 
 void AlphaTransPlain(benchmark::State &state) {
     const Scene scene(state);
-    Measure(state, [&] {
-        for (int64_t i = 0; i < scene.Bytes(); ++i) {
-            const int share = scene.mask->Pixels[i] * 100 / 255;
-            const int sum = (100 - share) * scene.fx->Pixels[i] + share * scene.other->Pixels[i];
-            scene.fx->Pixels[i] = static_cast<uint8_t>(sum / 100);
+    const uint8_t *second = scene.other->Pixels, *mask = scene.mask->Pixels;
+    uint8_t *first = scene.fx->Pixels;
+    Measure(state, [=, bytes = scene.Bytes()] {
+        for (int64_t i = 0; i < bytes; ++i) {
+            const int share = mask[i] * 100 / 255;
+            first[i] = static_cast<uint8_t>(((100 - share) * first[i] + share * second[i]) / 100);
         }
     });
 }
