@@ -60,10 +60,10 @@ FENLIGHT_API int32_t AlphaTrans(uintptr_t dc, int32_t x, int32_t y, uintptr_t fx
 /// @param fx      FX handle of the picture on top; stays as it was
 /// @param target  FX handle of the other, which is changed as far as both buffers go. Given twice, a buffer
 ///                stays as it was.
-/// @param flags   bit 0 clear: all pixels but those of the key colour are copied. 1: pixels at the edge
-/// become
+/// @param flags   bit 0 clear: all pixels but those of the key colour are copied. 1: pixels at the edge are
 ///                the average of both pictures, rounded down in each byte. 3: `target` keeps its own there.
 ///                Other bits are ignored.
+/// @note Any thread; see above.
 FENLIGHT_API void Merge(uintptr_t fx, uintptr_t target, int32_t flags) FENLIGHT_NOEXCEPT;
 
 /// Makes the next frame of a picture that ripples like water. Each row is shifted sideways by an entry of a
@@ -76,22 +76,19 @@ FENLIGHT_API void Merge(uintptr_t fx, uintptr_t target, int32_t flags) FENLIGHT_
 /// Each call moves the wave one row down and the pattern one row up, whatever its buffer and table. The two
 /// positions are kept for the whole process: a wave table of N entries is back after N + 1 calls, the
 /// pattern after 107. The first call begins with the first entry of both.
-/// @param dc         context to paint on; 0 puts the frame into `fx`, so that the next call distorts it
-/// further
+/// @param dc         context to paint on; 0 puts the frame into `fx`, so that the next call distorts it more
 /// @param x, y       pixels, top left corner in the context
 /// @param fx         FX handle, rows taken as packed; changed only if `dc` is 0. Rows of a picture less than
 ///                   6 pixels wide are not shifted.
-/// @param waveTable  shifts in pixels, one for each row, positive to the right, of any size; ended by 255,
-/// which
-///                   is a row without a shift, and then the table starts again. After 65536 entries without a
-///                   255 the table is taken to end. An address below 16, such as 0, selects the library's own
-///                   table of 119 entries.
+/// @param waveTable  shifts in pixels, one for each row, positive to the right, of any size; ended by 255.
+///                   That end stands for a row without a shift, and then the table starts again. After 65536
+///                   entries without a 255 it is taken to end. An address below 16, such as 0, selects the
+///                   library's own table of 119 entries.
 /// @param calmRows   so many rows at the top are neither dropped nor doubled; 0 or less for none
 /// @return 0
 /// @note May be called on several threads at once for different buffers; each call gets its own position.
-/// @note Without memory for the frame nothing but the wave's position changes. Without memory for its rows
-/// the
-///       picture is painted with its shifted rows all in place, or, if `dc` is 0, left as it was.
+/// @note Without memory for the frame only the wave's position changes. Without memory for the order of its
+///       rows the frame has them shifted but all in their places; it is painted, or lost if `dc` is 0.
 FENLIGHT_API int32_t Water(uintptr_t dc, int32_t x, int32_t y, uintptr_t fx, const int32_t *waveTable,
                            int32_t calmRows) FENLIGHT_NOEXCEPT;
 

@@ -31,7 +31,7 @@ inline constexpr int64_t kBandBytes = 16384;
 template <typename Make>
 bool PaintInBands(uintptr_t dc, int32_t x, int32_t y, const FXHeader &fx, Make make) {
     const int64_t pitch = PaddedRowBytes(fx.biWidth);
-    if (fx.biSizeImage < pitch * fx.biHeight) return false;
+    if (fx.biWidth < 1 || fx.biSizeImage < pitch * fx.biHeight) return false;
     const int64_t bandRows = std::max(kBandBytes / pitch, int64_t{1});
     const PixelBlock band(bandRows * pitch + kWidenSlack);
     if (!band) return true;

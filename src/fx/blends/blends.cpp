@@ -42,21 +42,16 @@ EdgeMerge PlanEdges(const FXHeader &fx, const FXHeader &target, uint32_t key) {
     // The first pixel that begins behind a byte, and the first that begins there or later.
     const auto behind = [](int64_t offset) { return offset / 3 + 1; };
     const auto from = [](int64_t offset) { return offset <= 0 ? 0 : (offset + 2) / 3; };
-    EdgeMerge merge{target.Pixels,
-                    fx.Pixels,
-                    WalkPixels(fx, target).count,
-                    fx.biSizeImage / 3,
-                    fx.biWidth,
-                    key,
-                    0,
-                    0,
-                    0,
-                    0};
-    merge.leftFrom = behind(row + 3);
-    merge.aboveFrom = behind(row);
-    merge.rightEnd = from(last - row - 5);
-    merge.belowEnd = from(last - row - 2);
-    return merge;
+    return {.target = target.Pixels,
+            .source = fx.Pixels,
+            .count = WalkPixels(fx, target).count,
+            .sourcePixels = fx.biSizeImage / 3,
+            .width = fx.biWidth,
+            .key = key,
+            .leftFrom = behind(row + 3),
+            .aboveFrom = behind(row),
+            .rightEnd = from(last - row - 5),
+            .belowEnd = from(last - row - 2)};
 }
 
 // All pixels as one row, so that the widths of the two buffers play no part.
