@@ -63,7 +63,6 @@ FENLIGHT_API int32_t AlphaTrans(uintptr_t dc, int32_t x, int32_t y, uintptr_t fx
 /// @param flags   bit 0 clear: all pixels but those of the key colour are copied. 1: pixels at the edge are
 ///                the average of both pictures, rounded down in each byte. 3: `target` keeps its own there.
 ///                Other bits are ignored.
-/// @note Any thread; see above.
 FENLIGHT_API void Merge(uintptr_t fx, uintptr_t target, int32_t flags) FENLIGHT_NOEXCEPT;
 
 /// Makes the next frame of a picture that ripples like water. Each row is shifted sideways by an entry of a

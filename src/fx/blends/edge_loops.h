@@ -18,9 +18,8 @@ constexpr int64_t kWordPixels = 64;
 constexpr int64_t kWordBytes = 3 * kWordPixels;
 constexpr int64_t kRingWords = 512;
 constexpr int64_t kGroupWords = 32;
+// Rows above and below, a group of words and those beside it stay known at a time.
 constexpr int64_t kWidestRow = (kRingWords / 2 - kGroupWords) * kWordPixels;
-
-// The ends of a picture are kept out of the loops over its words, which need all registers.
 
 // Bits of the pixels of a word that begins with pixel `start`.
 uint64_t BitsFrom(int64_t start, int64_t pixel) noexcept {
@@ -37,6 +36,7 @@ uint64_t KeysInWord(const uint8_t *pixels, const ColourPlanes &key) noexcept {
     return keys;
 }
 
+// The ends of a picture are kept out of the loops over its words, which need all registers.
 [[gnu::noinline]] uint64_t KeysInRest(const uint8_t *pixels, int64_t count, uint32_t key) noexcept {
     uint64_t keys = 0;
     for (int64_t i = 0; i < count; ++i, pixels += 3)
