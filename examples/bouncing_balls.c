@@ -1,8 +1,8 @@
 /* SPDX-License-Identifier: Zlib */
 /* Balls bounce in a maze of walls, which they know from a mask: black where a wall is. Each hit is heard. Two
- * balls whose pixels meet swap their headings. A mine, larger than they, explodes at the first wall that it
+ * balls whose pixels meet part again. A mine, larger than they, explodes at the first wall that it
  * meets, and a new one takes its place. With a display it runs until the window is closed, without one for
- * five seconds.
+ * three seconds.
  *
  *   bouncing_balls [--picture FILE] [--seconds N] [--assets FOLDER/]
  */
@@ -17,7 +17,7 @@
 
 enum { kWidth = 640, kHeight = 480, kTile = 40 };
 enum { kBalls = 10, kBallSize = 26, kMineSize = 48, kBurstFrames = 10, kBurstDelay = 4 };
-enum { kFar = 5000 /* targets that no ball reaches */, kMineMark = 1, kPollMs = 10, kHeadlessSeconds = 5 };
+enum { kFar = 5000 /* targets that no ball reaches */, kMineMark = 1, kPollMs = 10, kHeadlessSeconds = 3 };
 enum { kBackCollideMode = 268, kExploding = 1111, kFrame = 24 }; /* words of a sprite's record */
 
 static const RECT walls[] = {{0, 0, 640, 20},      {0, 460, 640, 480},   {0, 0, 20, 480},
