@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
 #include <thread>
 
 #include "fenlight/fx_blends.h"
@@ -167,24 +166,16 @@ TEST_F(WaterEffect, ReadsATableWithoutAnEndOnlySoFar) {
         Call(fx, table, reinterpret_cast<uintptr_t>(table.data()), 0, call == 0);
 }
 
-TEST_F(WaterEffect, HasTablesOfTheRightShape) {
-    EXPECT_EQ(kDefaultWave.size(), 120u);
-    EXPECT_EQ(kDefaultWave[9], 5);
-    EXPECT_EQ(kDefaultWave[79], -2);
-    EXPECT_EQ(std::count(kDefaultWave.begin(), kDefaultWave.end(), 255), 1);
-    EXPECT_EQ(std::accumulate(kRowStep.begin(), kRowStep.end(), 0), 108 + 5 - 8);
-    const Wave wave = WaveOf(nullptr);
-    EXPECT_EQ(wave.count, 119);
+TEST_F(WaterEffect, CalmsTheRowsAtTheTopUnevenly) {
+    const int32_t both[] = {-5, 5, 255};
     std::vector<int32_t> shifts(120);
-    PlanShifts(shifts.data(), 120, 100, wave, 0);
-    EXPECT_EQ(shifts[9], 1);
-    EXPECT_EQ(shifts[79], -2);
-    EXPECT_EQ(shifts[119], 0);
-    const int32_t even[] = {-5, 5, 255};
-    PlanShifts(shifts.data(), 120, 100, WaveOf(even), 0);
-    for (const auto &[row, shift] :
-         {std::pair(0, 0), {1, 1}, {18, 0}, {19, 2}, {33, -2}, {34, 3}, {63, -2}, {64, 5}, {66, -5}})
-        EXPECT_EQ(shifts[static_cast<size_t>(row)], shift) << row;
+    PlanShifts(shifts.data(), 67, 100, WaveOf(both), 0);
+    constexpr std::pair<size_t, int32_t> kShifts[] = {{0, 0},  {1, 1},   {18, 0}, {19, 2}, {33, -2},
+                                                      {34, 3}, {63, -2}, {64, 5}, {66, -5}};
+    for (const auto &[row, shift] : kShifts) EXPECT_EQ(shifts[row], shift) << row;
+    PlanShifts(shifts.data(), 120, 100, WaveOf(nullptr), 0);
+    EXPECT_EQ(std::vector({shifts[9], shifts[79], shifts[118], shifts[119]}), std::vector({1, -2, 0, 0}));
+    EXPECT_EQ(WaveOf(nullptr).count, 119);
 }
 
 // As many turns as bring both phases back to where they were, unless one is lost.
