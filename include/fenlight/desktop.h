@@ -12,8 +12,7 @@ FENLIGHT_BEGIN_C
 /// Changes the mode of the display: the window that was opened last fills the screen, also one that is opened
 /// later. When the program ends, the user's own mode comes back.
 /// @param width   pixels: one of the usual sizes from 320 x 200 to 3840 x 2160, or the user's own; 0 brings
-/// the
-///                user's own mode back
+///                the user's own mode back
 /// @param height  pixels; not looked at if `width` is 0
 /// @return 0; -2 for a size that is no mode, and nothing is changed
 /// @note A screen that has no such mode takes the next larger one, with the window's picture at its top left.
@@ -53,13 +52,12 @@ FENLIGHT_API int32_t SwitchTaskbar(int32_t mode) FENLIGHT_NOEXCEPT;
 /// seconds. ASCII letters are drawn, for others a box.
 /// @param controlHandle   window that is explained. The tooltip of one that is not open never comes up.
 /// @param text            zero-terminated UTF-8 text, or code page 1252 if it is no valid UTF-8; lines end
-/// with
-///                        \n. At most 1024 bytes are read, during the call only. 0 or "": never comes up.
+///                        with \n. At most 1024 bytes are read, during the call only. 0 or "": never comes
+///                        up.
 /// @param parentHandle    window with which the tooltip is destroyed, or 0
 /// @param instanceHandle  not looked at
 /// @return the tooltip's window handle, for DestroyWindow; 0 if `parentHandle` is neither 0 nor open, and
-/// where
-///         memory ran out
+///         where memory ran out
 FENLIGHT_API uintptr_t Tooltip(uintptr_t controlHandle, const char *text, uintptr_t parentHandle,
                                uintptr_t instanceHandle) FENLIGHT_NOEXCEPT;
 

@@ -53,7 +53,7 @@ FENLIGHT_API int32_t JoystickV(int32_t joystick) FENLIGHT_NOEXCEPT;
 /// Reads the buttons of a joystick.
 /// @param joystick  number, 1 to 16
 /// @return a bit for each button that is down, bit 0 for the first of up to 32; 0 if there is no such
-/// joystick
+///         joystick
 FENLIGHT_API int32_t JoystickButton(int32_t joystick) FENLIGHT_NOEXCEPT;
 
 /// Tells how many buttons a joystick has.
@@ -80,7 +80,7 @@ FENLIGHT_API int32_t MouseButton(void) FENLIGHT_NOEXCEPT;
 /// Tells whether the mouse cursor is in a rectangle of the active window's picture. Where no window of this
 /// program is active, the rectangle is one of the screen.
 /// @param left, top, right, bottom  pixels; right and bottom are excluded, so nothing is in an empty
-/// rectangle
+///                                  rectangle
 /// @return 1 or 0
 FENLIGHT_API int32_t PMouse(int32_t left, int32_t top, int32_t right, int32_t bottom) FENLIGHT_NOEXCEPT;
 

@@ -46,8 +46,7 @@ FENLIGHT_API int16_t GetAsyncKeyState(int32_t key) FENLIGHT_NOEXCEPT;
 /// queue here, and its messages are taken as they come, so this is the state of GetAsyncKeyState.
 /// @param key  virtual key, 0 to 255
 /// @return bit 15 (the number is negative): down; bit 0: turned round by each press, off at first. 0 for
-/// other
-///         codes. Asking changes nothing.
+///         other codes. Asking changes nothing.
 FENLIGHT_API int16_t GetKeyState(int32_t key) FENLIGHT_NOEXCEPT;
 
 /// Tells where the cursor is.

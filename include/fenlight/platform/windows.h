@@ -210,9 +210,8 @@ FENLIGHT_API HWND FindWindowA(const char *className, const char *title) FENLIGHT
 /// Describes a mode of the display.
 /// @param device  0, the default one; others fail
 /// @param number  from 0 on; or ENUM_CURRENT_SETTINGS for the one in use, ENUM_REGISTRY_SETTINGS for the
-/// user's
-///                own. The list has the usual sizes from 320 x 200 to 3840 x 2160, all with 32 bits and 60
-///                refreshes a second.
+///                user's own. The list has the usual sizes from 320 x 200 to 3840 x 2160, all with 32 bits
+///                and 60 refreshes a second.
 /// @param mode    takes it; unchanged on failure
 /// @return 1, or 0 behind the end of the list
 FENLIGHT_API BOOL EnumDisplaySettingsA(const char *device, DWORD number, DEVMODEA *mode) FENLIGHT_NOEXCEPT;

@@ -52,7 +52,7 @@ constexpr KeyState Unpack(uint8_t state) {
     return {(state & kDown) != 0, (state & kToggled) != 0, (state & kPressedSince) != 0};
 }
 
-// The excluded edge of a free cursor keeps the last place there is out of reach, which no screen has.
+// A rectangle that reaches to the end of the range is open on that side.
 constexpr int32_t Confine(int32_t place, int32_t first, int32_t end) {
     return end == kHighest ? std::max(place, first) : std::clamp(place, first, end - 1);
 }

@@ -195,7 +195,8 @@ void PumpEvents() noexcept {
     if (isBoxStanding) return;
     SDL_Event event;
     while (SDL_PollEvent(&event) != 0) {
-        FeedInput(event);
+        // Behind the last window's end nobody would hear a key go up.
+        if (HasShownWindows()) FeedInput(event);
         if (event.type == SDL_WINDOWEVENT) TakeWindowEvent(event.window);
     }
     NoteCorners();
