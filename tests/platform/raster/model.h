@@ -22,13 +22,14 @@ inline bool IsPalette(PixelFormat format) {
 }
 
 // A bitmap in memory of its own with guard bytes around, filled at random. The start and the pitch are odd,
-// so that every row begins at another alignment.
+// so that every row begins at another alignment. One of an odd width ends with its last pixel, so that
+// AddressSanitizer sees whatever is read behind it.
 class Bitmap {
   public:
     Bitmap(PixelFormat format, int width, int height, std::mt19937 &random, bool isBottomUp = false)
         : bits_(platform::BitsPerPixel(format)), palette_(256) {
-        const ptrdiff_t pitch = (width * bits_ + 7) / 8 + 3;
-        bytes_.resize(static_cast<size_t>(pitch * height) + 2 * kGuard);
+        const ptrdiff_t pitch = (width * bits_ + 7) / 8 + kGap;
+        bytes_.resize(static_cast<size_t>(pitch * height + kGuard + (width % 2 == 0 ? kGuard : -kGap)));
         for (uint8_t &byte : bytes_) byte = static_cast<uint8_t>(random());
         // Few colours, so that keys and backgrounds match often; black and white among them.
         const int count = 1 << std::min(bits_, 4);
@@ -61,7 +62,7 @@ class Bitmap {
                                                       0x00FF01, 0x808080, 0x102031};
 
   private:
-    static constexpr int kGuard = 37;
+    static constexpr int kGuard = 37, kGap = 3;
     int bits_;
     std::vector<uint8_t> bytes_;
     std::vector<uint32_t> palette_;

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "platform/raster/model.h"
+#include "platform/raster/row_kernels.h"
 #include "platform/system/failure_point.h"
 
 namespace fenlight::test {
@@ -102,6 +103,29 @@ TEST(BlitBlock, CrossesThePiecesOfLongRows) {
         Bitmap target(to, 1201, 2, random);
         for (const DWORD code : {SRCCOPY, SRCPAINT, PATINVERT, DSTINVERT, WHITENESS})
             CheckBlit(target, source.View(), {1, 0, 1300, 2, 3, 0}, code);
+    });
+}
+
+// The row loops, at widths around those of their vectors.
+class EachVersion : public ::testing::TestWithParam<const platform::RowKernels *> {
+  protected:
+    void SetUp() override { platform::ForceKernels(GetParam()); }
+    void TearDown() override { platform::ForceKernels(nullptr); }
+};
+INSTANTIATE_TEST_SUITE_P(, EachVersion, ::testing::ValuesIn(platform::AvailableKernels()),
+                         [](const auto &version) { return version.param->name; });
+
+TEST_P(EachVersion, CopiesAndKeysRowsOfAnyWidth) {
+    std::mt19937 random(17);
+    ForEachPairOfFormats([&](PixelFormat from, PixelFormat to) {
+        for (int width = 1; width <= 140 && !HasFatalFailure(); ++width) {
+            const Block block{width % 5, 0, width, 3, width % 4, 0};
+            Bitmap source(from, width + block.sourceX, 3, random);
+            Bitmap target(to, width + 2 * block.targetX, 3, random, true);
+            CheckBlit(target, source.View(), block, SRCCOPY);
+            CheckKeyed(target, source.View(), Scaled(block),
+                       width % 9 == 0 ? CLR_INVALID : Bitmap::kColours[random() % 7]);
+        }
     });
 }
 
@@ -236,59 +260,7 @@ TEST(Transfers, ReadEverythingBeforeItIsOverwritten) {
     }
 }
 
-// Key-colour painting told by eight plain transfers with two masks, in contexts of their own: monochrome ones
-// for a monochrome target, 32 bits for all others. Only the source has another background than white.
-void PaintThroughMasks(const PixelView &target, const PixelView &source, const Block &b, COLORREF key,
-                       COLORREF background, std::mt19937 &random) {
-    const PixelFormat format = target.format == PixelFormat::Mono ? PixelFormat::Mono : PixelFormat::Bgrx32;
-    Bitmap mask(PixelFormat::Mono, b.width, b.height, random);
-    Bitmap inverse(PixelFormat::Mono, b.width, b.height, random);
-    Bitmap compose(format, b.width, b.height, random);
-    Bitmap frame(format, b.width, b.height, random);
-    const Block fromSource{0, 0, b.width, b.height, b.sourceX, b.sourceY};
-    const Block fromTarget{0, 0, b.width, b.height, b.targetX, b.targetY};
-    const Block whole{0, 0, b.width, b.height, 0, 0};
-    TransferColours keyed, own;
-    keyed.sourceBackground = key;
-    own.sourceBackground = background;
-    BlitBlock(mask.View(), &source, fromSource, SRCCOPY, keyed);
-    BlitBlock(inverse.View(), &mask.View(), whole, NOTSRCCOPY, {});
-    BlitBlock(compose.View(), &target, fromTarget, SRCCOPY, {});
-    BlitBlock(compose.View(), &mask.View(), whole, SRCAND, {});
-    BlitBlock(frame.View(), &source, fromSource, SRCCOPY, own);
-    BlitBlock(frame.View(), &inverse.View(), whole, SRCAND, {});
-    BlitBlock(compose.View(), &frame.View(), whole, SRCINVERT, {});
-    BlitBlock(target, &compose.View(), {b.targetX, b.targetY, b.width, b.height, 0, 0}, SRCCOPY, {});
-}
-
-TEST(KeyedBlock, EqualsEightTransfersThroughMasksForEveryPairOfFormats) {
-    std::mt19937 random(17);
-    ForEachPairOfFormats([&](PixelFormat from, PixelFormat to) {
-        Bitmap source(from, 83, 7, random);
-        Bitmap target(to, 79, 9, random, true);
-        for (int round = 0; round < 40; ++round) {
-            Block block{Between(random, -9, 70), Between(random, -2, 8), 1, 1, Between(random, 0, 30), 1};
-            block.width = Between(random, 1, 83 - block.sourceX);
-            block.height = Between(random, 1, 6);
-            const int32_t right = block.sourceX + block.width - 1;
-            const COLORREF key = round == 0 ? CLR_INVALID : ReadPixel(source.View(), right, block.sourceY);
-            TransferColours colours = kColours;
-            colours.sourceBackground = platform::SwapRedBlue(Bitmap::kColours[random() % 7]);
-            const std::vector<uint8_t> before = target.Bytes();
-            PaintThroughMasks(target.View(), source.View(), block, key, colours.sourceBackground, random);
-            const PixelView &view = target.View();
-            std::vector<uint32_t> expected = TakePixels(view);
-            for (uint32_t &pixel : expected) pixel = ModelColour(view, pixel);
-            target.Bytes() = before;
-            ASSERT_TRUE(KeyedBlock(view, source.View(), Scaled(block), key, colours));
-            std::vector<uint32_t> actual = TakePixels(view);
-            for (uint32_t &pixel : actual) pixel = ModelColour(view, pixel);
-            ASSERT_EQ(actual, expected) << Describe(view, source.View(), Scaled(block), key);
-        }
-    });
-}
-
-TEST(CopyUnion, CopiesEachPixelOfAnyRectangleAndNoOther) {
+TEST_P(EachVersion, CopiesEachPixelOfAUnionAndNoOther) {
     std::mt19937 random(18);
     ForEachPairOfFormats([&](PixelFormat from, PixelFormat to) {
         Bitmap source(from, 331, 60, random);
