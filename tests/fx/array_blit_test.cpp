@@ -1,48 +1,22 @@
 // SPDX-License-Identifier: Zlib
 #include "fx/array_blit.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <limits>
 #include <ostream>
-#include <random>
-#include <vector>
 
-namespace fenlight {
+#include "fx/filters/filter_buffer.h"
+
+namespace fenlight::test {
 namespace {
 
-constexpr VectorLevel kLevels[] = {VectorLevel::Plain, VectorLevel::Avx2, VectorLevel::Avx512};
+bool Contains(const GuardedBuffer &buffer, int64_t x, int64_t y) {
+    return x >= 0 && y >= 0 && x < buffer.header.biWidth && y < buffer.header.biHeight;
+}
 
-// A buffer behind guard bytes, `slack` bytes longer than its packed rows. Behind an even number of bytes
-// there are others; an odd one ends where its memory does, for the address sanitizer to see.
-struct Buffer {
-    Buffer(int32_t width, int32_t height, uint32_t slack = 0) {
-        header.biWidth = width;
-        header.biHeight = height;
-        header.biSizeImage = static_cast<uint32_t>(3 * width * height) + slack;
-        bytes.assign(kGuard + header.biSizeImage + (header.biSizeImage % 2 == 0 ? kGuard : 0), 0);
-    }
-    Buffer(const Buffer &other) : header(other.header), bytes(other.bytes) {}
-    Buffer &operator=(const Buffer &) = delete;
-
-    uintptr_t Handle() {
-        header.Pixels = bytes.data() + kGuard;
-        return reinterpret_cast<uintptr_t>(&header);
-    }
-    uint8_t *At(int64_t x, int64_t y) { return bytes.data() + kGuard + 3 * (header.biWidth * y + x); }
-    bool Contains(int64_t x, int64_t y) const {
-        return x >= 0 && y >= 0 && x < header.biWidth && y < header.biHeight;
-    }
-    // Few values, so that keys and equal pixels come up.
-    void Fill(std::mt19937 &random, uint32_t values) {
-        for (uint8_t &byte : bytes) byte = static_cast<uint8_t>(random() % values * 85);
-    }
-
-    static constexpr size_t kGuard = 96;
-    FXHeader header{};
-    std::vector<uint8_t> bytes;
-};
+uint8_t *PixelAt(GuardedBuffer &buffer, int64_t x, int64_t y) {
+    return buffer.At(3 * (buffer.header.biWidth * y + x));
+}
 
 struct Call {
     ArrayRectangle at;
@@ -51,15 +25,15 @@ struct Call {
 };
 
 // The definition, a pixel at a time, each one of the target tested against every edge.
-void Walk(Buffer &dest, Buffer &source, const Buffer &mask, const Call &call) {
+void Walk(GuardedBuffer &dest, GuardedBuffer &source, GuardedBuffer &mask, const Call &call) {
     const ArrayRectangle &at = call.at;
     for (int64_t destY = 0; destY < dest.header.biHeight; ++destY) {
         for (int64_t destX = 0; destX < dest.header.biWidth; ++destX) {
             const int64_t x = destX - at.destX, y = destY - at.destY;
             if (x < 0 || y < 0 || x >= at.width || y >= at.height) continue;
-            if (!source.Contains(at.srcX + x, at.srcY + y)) continue;
-            const uint8_t *from = source.At(at.srcX + x, at.srcY + y);
-            uint8_t *to = dest.At(destX, destY);
+            if (!Contains(source, at.srcX + x, at.srcY + y)) continue;
+            const uint8_t *from = PixelAt(source, at.srcX + x, at.srcY + y);
+            uint8_t *to = PixelAt(dest, destX, destY);
             const std::array<uint8_t, 3> pixel{from[0], from[1], from[2]};
             const uint32_t colour = uint32_t{pixel[0]} << 16 | uint32_t{pixel[1]} << 8 | pixel[2];
             if (call.mode == 1 && colour == call.key) continue;
@@ -70,7 +44,7 @@ void Walk(Buffer &dest, Buffer &source, const Buffer &mask, const Call &call) {
                 if (call.mode != 2) {
                     to[i] = pixel[i];
                 } else if (inMask + i < mask.header.biSizeImage) {
-                    const uint32_t m = mask.bytes[Buffer::kGuard + inMask + i];
+                    const uint32_t m = *mask.At(static_cast<int64_t>(inMask + i));
                     to[i] = static_cast<uint8_t>((to[i] * m + pixel[i] * (255 - m)) / 255);
                 }
             }
@@ -84,11 +58,7 @@ std::ostream &operator<<(std::ostream &out, const Call &call) {
                << ", " << at.srcY << ") to (" << at.destX << ", " << at.destY << ")";
 }
 
-class ArrayBlit : public ::testing::TestWithParam<VectorLevel> {
-  protected:
-    void SetUp() override { ForceVectorLevel(GetParam()); }
-    void TearDown() override { ReleaseVectorLevel(); }
-};
+using ArrayBlit = FilterLevels;
 
 constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
 constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
@@ -104,22 +74,20 @@ constexpr ArrayRectangle kFar[] = {{0, 0, 4, kLeast, 0, 0},
 // Rectangles inside, across the edges and off the buffers, masks of every length, one buffer in two or three
 // roles. Nothing but the target's bytes may differ from before.
 TEST_P(ArrayBlit, DoesWhatTheWalkDoesAlsoWithinOneBuffer) {
-    std::mt19937 random(20240607);
-    const auto pick = [&](int low, int high) {
-        return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
-    };
     for (int scene = 0; scene < 6000; ++scene) {
-        Buffer buffers[3] = {{pick(1, 90), pick(1, 9), static_cast<uint32_t>(pick(0, 12))},
-                             {pick(1, 90), pick(1, 9)},
-                             {pick(1, 90), pick(1, 9)}};
-        for (Buffer &buffer : buffers) buffer.Fill(random, scene % 3 == 0 ? 2 : 256);
+        const auto noise = [&] { return Noise(Between(1, 90), Between(1, 9)); };
+        GuardedBuffer buffers[3] = {noise(), noise(), noise()};
+        // Few values, so that keys and equal pixels come up.
+        for (GuardedBuffer &buffer : buffers)
+            for (uint8_t &byte : buffer.bytes) byte = scene % 3 == 0 ? byte % 2 * 85 : byte;
         const size_t source = scene % 2 == 0 ? 1 : 0;
         const size_t mask = scene % 5 == 0 ? 0 : scene % 7 == 0 ? source : 2;
-        Call call{{pick(-9, 60), pick(-3, 6), pick(-1, 95), pick(-1, 10), pick(-9, 60), pick(-3, 6)},
-                  scene % 11 == 0 ? pick(-9, 9) : pick(0, 2),
+        Call call{{Between(-9, 60), Between(-3, 6), Between(-1, 95), Between(-1, 10), Between(-9, 60),
+                   Between(-3, 6)},
+                  scene % 11 == 0 ? Between(-9, 9) : Between(0, 2),
                   static_cast<uint32_t>(random() % 2 * 0x550000 | random() % 2 * 0x5500)};
         if (scene % 40 == 0) call.at = kFar[random() % std::size(kFar)];
-        Buffer expected[3] = {buffers[0], buffers[1], buffers[2]};
+        GuardedBuffer expected[3] = {buffers[0], buffers[1], buffers[2]};
         Walk(expected[0], expected[source], expected[mask], call);
         const auto &at = call.at;
         BitBltArray(buffers[0].Handle(), at.destX, at.destY, at.width, at.height, buffers[source].Handle(),
@@ -133,18 +101,17 @@ TEST_P(ArrayBlit, DoesWhatTheWalkDoesAlsoWithinOneBuffer) {
 
 TEST_P(ArrayBlit, MixesEveryTargetSourceAndMaskByteExactly) {
     constexpr int32_t kPixels = 256 * 256 / 3 + 1;
-    Buffer target(kPixels, 1), source(kPixels, 1), mask(kPixels, 1);
-    const auto bytes = [](Buffer &buffer) { return buffer.bytes.data() + Buffer::kGuard; };
+    GuardedBuffer target(kPixels, 1), source(kPixels, 1), mask(kPixels, 1);
     for (uint32_t m = 0; m < 256; ++m) {
-        for (size_t i = 0; i < target.header.biSizeImage; ++i) {
-            bytes(target)[i] = static_cast<uint8_t>(i);
-            bytes(source)[i] = static_cast<uint8_t>(i >> 8);
-            bytes(mask)[i] = static_cast<uint8_t>(m);
+        for (uint32_t i = 0; i < target.header.biSizeImage; ++i) {
+            *target.At(i) = static_cast<uint8_t>(i);
+            *source.At(i) = static_cast<uint8_t>(i >> 8);
+            *mask.At(i) = static_cast<uint8_t>(m);
         }
         BitBltArray(target.Handle(), 0, 0, kPixels, 1, source.Handle(), 0, 0, 2, mask.Handle());
         int wrong = 0;
         for (uint32_t i = 0; i < 256 * 256; ++i) {
-            const uint32_t sum = (i & 255) * m + (i >> 8) * (255 - m), mixed = bytes(target)[i];
+            const uint32_t sum = (i & 255) * m + (i >> 8) * (255 - m), mixed = *target.At(i);
             wrong += mixed * 255 > sum || sum - mixed * 255 >= 255;
         }
         ASSERT_EQ(wrong, 0) << "mask byte " << m;
@@ -152,8 +119,8 @@ TEST_P(ArrayBlit, MixesEveryTargetSourceAndMaskByteExactly) {
 }
 
 TEST_P(ArrayBlit, DoesNothingWithoutOneOfItsBuffers) {
-    Buffer target(40, 4), source(40, 4), noMask(0, 0);
-    std::fill(source.bytes.begin(), source.bytes.end(), uint8_t{9});
+    GuardedBuffer target(40, 4), source = Noise(40, 4), noMask(0, 0);
+    const auto before = target.bytes;
     for (const int32_t mode : {0, 1, 2}) {
         const uintptr_t parameter = mode == 2 ? source.Handle() : 0;
         BitBltArray(0, 0, 0, 4, 4, source.Handle(), 0, 0, mode, parameter);
@@ -161,10 +128,10 @@ TEST_P(ArrayBlit, DoesNothingWithoutOneOfItsBuffers) {
     }
     for (const uintptr_t mask : {uintptr_t{0}, noMask.Handle()})
         BitBltArray(target.Handle(), 0, 0, 4, 4, source.Handle(), 0, 0, 2, mask);
-    EXPECT_EQ(target.bytes, std::vector<uint8_t>(target.bytes.size(), 0));
+    EXPECT_EQ(target.bytes, before);
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, ArrayBlit, ::testing::ValuesIn(kLevels));
+INSTANTIATE_TEST_SUITE_P(Levels, ArrayBlit, kLevels);
 
 }  // namespace
-}  // namespace fenlight
+}  // namespace fenlight::test
