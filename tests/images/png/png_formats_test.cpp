@@ -64,7 +64,8 @@ platform::PixelFormat FormatOf(int bitCount) {
                             : Bgrx32;
 }
 
-// Into memory that is not clear, with guard rows above and below.
+// Into memory that is not clear, with guard rows above and below. Several Paeth rows in a row are frequent:
+// they are taken together.
 void ExpectStores(const RandomPicture &picture, bool isInterlaced, const FilterKernels &kernels,
                   std::mt19937 &random) {
     const Bytes stream = picture.Encode(isInterlaced, test::RandomFilters(picture.height, random));
@@ -89,103 +90,16 @@ void ExpectStores(const RandomPicture &picture, bool isInterlaced, const FilterK
     PngLoaderCleanup(&context);
 }
 
-TEST(PngFormats, RowsAreStoredWholeWhateverTheTargetHeldAndNotBeyondIt) {
+TEST(PngFormats, EveryKernelStoresWholeRowsWhateverTheTargetHeldAndNotBeyondIt) {
     std::mt19937 random(24);
     for (const FilterKernels *kernels : UsableFilterKernels()) {
         for (const test::PngKind &kind : test::kPngKinds) {
-            for (const unsigned width : {1u, 13u, 64u}) {
+            for (unsigned width = 1; width <= 70; width += width < 36 ? 1 : 11) {
                 const RandomPicture picture(kind, width, 19, random);
                 SCOPED_TRACE(std::string(kernels->name) + " type" + std::to_string(kind.type) + " depth" +
                              std::to_string(kind.depth));
                 ExpectStores(picture, false, *kernels, random);
                 ExpectStores(picture, true, *kernels, random);
-                if (HasFatalFailure()) return;
-            }
-        }
-    }
-}
-
-// As the PNG standard puts it, with the three distances.
-int TextbookPaeth(int left, int up, int corner) {
-    const int estimate = left + up - corner;
-    const int toLeft = std::abs(estimate - left), toUp = std::abs(estimate - up);
-    const int toCorner = std::abs(estimate - corner);
-    if (toLeft <= toUp && toLeft <= toCorner) return left;
-    return toUp <= toCorner ? up : corner;
-}
-
-struct Layout {
-    PixelLayout layout;
-    size_t bytes;
-    std::vector<size_t> order;  // of the filtered bytes that become a pixel's bytes
-};
-
-void UnfilterByTheBook(const Layout &layout, size_t filter, uint8_t *row, const uint8_t *previous,
-                       const uint8_t *filtered, size_t rowBytes) {
-    for (size_t i = 0; i < rowBytes; ++i) {
-        const bool isFirst = i < layout.bytes;
-        const int left = isFirst ? 0 : row[i - layout.bytes], up = previous[i];
-        const int corner = isFirst ? 0 : previous[i - layout.bytes];
-        const int predictions[] = {0, left, up, (left + up) / 2, TextbookPaeth(left, up, corner)};
-        const size_t source = i - i % layout.bytes + layout.order[i % layout.bytes];
-        row[i] = static_cast<uint8_t>(filtered[source] + predictions[filter]);
-    }
-}
-
-const Layout kLayouts[] = {{PixelLayout::Bytes1, 1, {0}},
-                           {PixelLayout::Bytes2, 2, {0, 1}},
-                           {PixelLayout::Bytes4, 4, {0, 1, 2, 3}},
-                           {PixelLayout::Bytes6, 6, {0, 1, 2, 3, 4, 5}},
-                           {PixelLayout::Bytes8, 8, {0, 1, 2, 3, 4, 5, 6, 7}},
-                           {PixelLayout::SwappedRgb, 3, {2, 1, 0}},
-                           {PixelLayout::SwappedRgba, 4, {2, 1, 0, 3}}};
-
-// Four rows under one another in a picture with guard bytes around and between them.
-struct GuardedRows {
-    static constexpr size_t kGuard = 32;
-    size_t rowBytes;
-    Bytes memory;
-
-    explicit GuardedRows(size_t bytes) : rowBytes(bytes), memory(4 * Pitch() + kGuard, 0xA5) {}
-    size_t Pitch() const { return rowBytes + kGuard; }
-    uint8_t *Row(size_t y) { return &memory[kGuard + y * Pitch()]; }
-};
-
-void CompareKernels(const FilterKernels &kernels, const Layout &layout, size_t pixels, std::mt19937 &random) {
-    const LayoutKernels &tested = kernels.layouts[static_cast<size_t>(layout.layout)];
-    const size_t rowBytes = pixels * layout.bytes;
-    Bytes previous(rowBytes), filtered(4 * (rowBytes + 1) - 1);
-    // Coarse steps make equal distances frequent.
-    for (uint8_t &byte : previous)
-        byte = static_cast<uint8_t>(random() % 2 == 0 ? random() : random() % 4 * 85);
-    for (uint8_t &byte : filtered)
-        byte = static_cast<uint8_t>(random() % 2 == 0 ? random() : random() % 4 * 85);
-    for (size_t filter = 0; filter < kFilterTypes; ++filter) {
-        GuardedRows actual(rowBytes), expected(rowBytes);
-        tested.rows[filter](actual.Row(0), previous.data(), filtered.data(), rowBytes);
-        UnfilterByTheBook(layout, filter, expected.Row(0), previous.data(), filtered.data(), rowBytes);
-        ASSERT_EQ(actual.memory, expected.memory) << "filter " << filter;
-    }
-    GuardedRows expected(rowBytes);
-    for (size_t y = 0; y < 4; ++y) {
-        UnfilterByTheBook(layout, 4, expected.Row(y), y == 0 ? previous.data() : expected.Row(y - 1),
-                          &filtered[y * (rowBytes + 1)], rowBytes);
-        const UnfilterPaethRows several = y == 1 ? tested.twoPaeth : y == 3 ? tested.fourPaeth : nullptr;
-        if (several == nullptr) continue;
-        GuardedRows actual(rowBytes);
-        several({actual.Row(0), actual.Pitch(), previous.data(), filtered.data(), rowBytes});
-        ASSERT_EQ(actual.memory, expected.memory) << y + 1 << " Paeth rows";
-    }
-}
-
-TEST(PngFilters, EveryKernelAgreesWithTheTextbookAndStaysInsideItsRow) {
-    std::mt19937 random(21);
-    for (const FilterKernels *kernels : UsableFilterKernels()) {
-        for (const Layout &layout : kLayouts) {
-            for (size_t pixels = 1; pixels <= 100; ++pixels) {
-                SCOPED_TRACE(std::string(kernels->name) + ", " + std::to_string(pixels) + " pixels of " +
-                             std::to_string(layout.bytes) + " bytes");
-                CompareKernels(*kernels, layout, pixels, random);
                 if (HasFatalFailure()) return;
             }
         }
