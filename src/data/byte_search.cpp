@@ -41,6 +41,9 @@ constexpr std::array<uint8_t, 256> kRanks = RankBytes();
 // a look at all of a long pattern.
 void ChooseProbes(ProbedPattern &pattern, int64_t candidates) noexcept {
     int ranks[3] = {256, 256, 256};
+    pattern.probes[0] = 0;
+    pattern.probes[1] = pattern.length - 1;
+    pattern.probes[2] = pattern.length / 2;
     const int64_t end = std::min<int64_t>(pattern.length, 64 + candidates / 64);
     for (int64_t i = 0; i < end; ++i) {
         if (i > 0 && pattern.bytes[i] == pattern.bytes[i - 1]) continue;
@@ -56,22 +59,38 @@ void ChooseProbes(ProbedPattern &pattern, int64_t candidates) noexcept {
     }
 }
 
-using PairMarks = std::array<uint8_t, 256>;
-
-// A long pattern of few different pairs lets a scan leap over its whole length where a text has none of them.
-// True: that beats looking at 64 places at a time, which needs no leaps.
-bool MarkPairs(const Pattern &pattern, PairMarks &marks) noexcept {
-    constexpr int64_t kMostPairs = 16;
-    if (pattern.length < 16) return false;
-    marks.fill(0);
-    const auto mark = [&](int64_t from, int64_t end) {
-        for (int64_t i = from; i < end; ++i) marks[HashPair(pattern.bytes[i], pattern.bytes[i + 1])] = 1;
-        return ChooseMemoryKernels().countEqual[0](marks.data(), std::ssize(marks), 1);
+// Three places that cost nothing to choose; only the middle one gives way to a byte that neither end has.
+void TakeFirstProbes(ProbedPattern &pattern) noexcept {
+    const int64_t last = pattern.length - 1;
+    const auto isNew = [&](int64_t i) {
+        return pattern.bytes[i] != pattern.bytes[0] && pattern.bytes[i] != pattern.bytes[last];
     };
-    const int64_t pairs = pattern.length - 1, first = std::min<int64_t>(pairs, 64);
-    int64_t different = mark(0, first);
-    if (different <= kMostPairs && first < pairs) different = mark(first, pairs);
-    return different <= kMostPairs && pattern.length >= 16 * std::min<int64_t>(different, 3);
+    int64_t middle = pattern.length / 2;
+    for (int64_t i = 1; !isNew(middle) && i < std::min<int64_t>(last, 16); ++i) {
+        if (isNew(i)) middle = i;
+    }
+    pattern.probes[0] = 0;
+    pattern.probes[1] = last;
+    pattern.probes[2] = middle;
+}
+
+void MarkWords(ProbedPattern &pattern, int turn, WordMarks &words) noexcept {
+    constexpr uint64_t kFactors[] = {0x9E3779B97F4A7C15U, 0xD6E8FEB86659FD93U, 0xA0761D6478BD642FU};
+    // Of a longer pattern only so much, for that takes time, and the more marks, the fewer leaps.
+    const int64_t marked = std::min<int64_t>(pattern.length, 256);
+    const bool areLong = marked >= 48;
+    const uint64_t mask = areLong ? ~uint64_t{0} : ~uint64_t{0} << 32, factor = kFactors[turn];
+    const uint8_t *const bytes = pattern.bytes;
+    words.marks.fill(0);
+    const auto mark = [&, factor](uint64_t word) { words.marks[WordMarks::Hash(word, mask, factor)] = 1; };
+    for (int64_t i = 0; i + 8 <= marked; ++i) mark(WordMarks::Load(bytes + i));
+    for (int64_t i = 0; i < 4 && !areLong; ++i) mark(WordMarks::Load(bytes + i) << 32);
+    words.wordBytes = areLong ? 8 : 4;
+    words.mask = mask;
+    words.factor = factor;
+    words.mayChange = turn + 1 < std::ssize(kFactors);
+    pattern.marked = marked;
+    pattern.words = &words;
 }
 
 bool Matches(const uint8_t *text, int64_t at, const Pattern &pattern, int64_t from, int64_t count) noexcept {
@@ -123,21 +142,130 @@ ScanText<Sink> *ChooseScan() noexcept {
     }
 }
 
+template <typename Sink>
+bool TakeRange(int64_t from, int64_t end, Sink &matches) noexcept {
+    for (; from < end; from += 64) {
+        const uint64_t bits = end - from >= 64 ? ~uint64_t{0} : (uint64_t{1} << (end - from)) - 1;
+        if (matches.TakeBits(from, bits)) return true;
+    }
+    return false;
+}
+
+// Where the run of one byte starts that ends at `at`; not below `lowest`.
+int64_t StartOfRun(const uint8_t *text, int64_t lowest, int64_t at) noexcept {
+    const uint64_t eight = 0x0101010101010101U * text[at];
+    uint64_t word = 0;
+    for (; at - 8 >= lowest; at -= 8) {
+        std::memcpy(&word, text + at - 8, sizeof word);
+        if (word != eight) break;
+    }
+    while (at > lowest && text[at - 1] == text[at]) --at;
+    return at;
+}
+
+// The first of the places `step` apart from `at` on where eight times the byte stand; `end` or more if there
+// is none.
+int64_t NextEight(const uint8_t *text, int64_t at, int64_t end, int64_t step, uint8_t byte) noexcept {
+    const uint64_t eight = 0x0101010101010101U * byte;
+    const auto isEqual = [=](int64_t place) {
+        uint64_t word = 0;
+        std::memcpy(&word, text + place, sizeof word);
+        return static_cast<int>(word == eight);
+    };
+    for (; at + 3 * step < end; at += 4 * step) {
+        if ((isEqual(at) | isEqual(at + step) | isEqual(at + 2 * step) | isEqual(at + 3 * step)) != 0) break;
+    }
+    while (at < end && isEqual(at) == 0) at += step;
+    return at;
+}
+
+// Finds runs of one byte. A match covers a whole word at one of any `step` places in a row, so that the
+// others need no look unless the word there is all of that byte.
+template <typename Sink>
+void ScanForRuns(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
+    const uint8_t byte = pattern.bytes[0];
+    const int64_t length = pattern.length, end = candidates + length - 1, step = length - 7;
+    // How much of a run is looked at beyond its first match; more and more, for a caller may want the first.
+    int64_t reach = 0, lowest = 0;
+    for (int64_t at = step - 1; (at = NextEight(text, at, end - 7, step, byte)) < end - 7;) {
+        const int64_t start = StartOfRun(text, std::max(lowest, at - step + 1), at);
+        const int64_t limit = std::min(end, std::max(at + 8, start + length + reach));
+        int64_t stop = at + 8;
+        if (stop < limit) stop += ChooseMemoryKernels().countLeading(text + stop, limit - stop, byte);
+        if (stop - start >= length) {
+            if (TakeRange(start, stop - length + 1, matches)) return;
+            reach = std::max<int64_t>(length, std::min<int64_t>(2 * reach + 64, 4096));
+        }
+        // In a run that goes on, the starts up to here are done.
+        const bool goesOn = stop == limit && stop < end;
+        lowest = goesOn ? std::max(start, stop - length + 1) : stop + 1;
+        at = lowest + step - 1;
+    }
+}
+
+// Copied with room in front, few places can be looked at like many.
+template <typename Sink>
+bool ScanFew(const uint8_t *text, int64_t candidates, const ProbedPattern &pattern, Sink &matches) noexcept {
+    constexpr int64_t kMost = 320;
+    const int64_t length = candidates + pattern.length - 1;
+    if (length > kMost) return false;
+    std::array<uint8_t, kScanned + kMost> room;
+    std::memset(room.data(), 0, kScanned);
+    std::memcpy(room.data() + kScanned, text, static_cast<size_t>(length));
+    return ChooseScan<Sink>()(pattern, room.data() + kScanned, 0, candidates, matches) == candidates;
+}
+
+bool IsRun(const Pattern &pattern) noexcept {
+    return std::memcmp(pattern.bytes, pattern.bytes + 1, static_cast<size_t>(pattern.length - 1)) == 0;
+}
+
+// Begins without any preparation, which would cost more than many a search, marks the pairs of a long pattern
+// when the match is not near, and chooses the probes when the first ones hold too often. Gives the first
+// position that was not looked at.
+template <typename Sink>
+int64_t ScanMany(const uint8_t *text, int64_t candidates, ProbedPattern &probed, Sink &matches) noexcept {
+    constexpr int64_t kFirstLook = 256, kWorthChoosing = 128, kShortestLeap = 20, kWorthMarking = 4096,
+                      kWorthChanging = 16384;
+    const bool willLeap = probed.length >= kShortestLeap && candidates >= kWorthMarking;
+    WordMarks words;
+    bool isChosen = probed.length <= 3;
+    int turns = 0;
+    int64_t end = willLeap ? kFirstLook : candidates;
+    for (int64_t from = 0;;) {
+        from = ChooseScan<Sink>()(probed, text, from, end, matches);
+        if (from == candidates || matches.HasEnough()) return candidates;
+        const bool changes =
+            probed.words != nullptr && words.mayChange && candidates - from >= kWorthChanging;
+        if (from == end || changes) {
+            MarkWords(probed, turns++, words);
+            words.mayChange &= candidates - from >= kWorthChanging;
+            end = candidates;
+        } else {
+            if (isChosen || candidates - from < kWorthChoosing) return from;
+            ChooseProbes(probed, candidates - from);
+            isChosen = true;
+            probed.patience = 256;
+            probed.allowance = 128;
+        }
+    }
+}
+
 // Gives the matches at the first `candidates` positions to `matches`. All bytes of them may be read.
 template <typename Sink>
 void ScanInside(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
+    constexpr int64_t kShortestRun = 24;
+    const int64_t length = pattern.length;
+    ProbedPattern probed{pattern.bytes, length, {0, length - 1, length / 2}, 32, 512, nullptr, 0};
+    if (length > 3) TakeFirstProbes(probed);
     int64_t from = 0;
-    if (candidates >= kScanned) {
-        ProbedPattern probed{
-            pattern.bytes, pattern.length, {0, pattern.length - 1, pattern.length / 2}, nullptr};
-        PairMarks marks;
-        if (MarkPairs(pattern, marks)) probed.pairs = marks.data();
-        if (pattern.length > 3) ChooseProbes(probed, candidates);
-        from = ChooseScan<Sink>()(probed, text, candidates, matches);
+    if (candidates < kScanned) {
+        if (ScanFew(text, candidates, probed, matches)) return;
+    } else if (length >= kShortestRun && IsRun(pattern)) {
+        return ScanForRuns(text, candidates, pattern, matches);
+    } else {
+        from = ScanMany(text, candidates, probed, matches);
     }
-    if (from < candidates && !matches.HasEnough()) {
-        ChainMatches(text, from, candidates, pattern, matches);
-    }
+    if (from < candidates) ChainMatches(text, from, candidates, pattern, matches);
 }
 
 // For each length of a match that broke off, the longest beginning of the pattern that is also its end. Known
@@ -184,19 +312,38 @@ void ScanWithBorders(const uint8_t *text, int64_t from, int64_t candidates, cons
     }
 }
 
-// The positions from which a match may reach behind the range. Byte by byte, and with a table of borders once
-// that costs too much.
+// Passes those positions at the end of a range at which no match can start, because the pattern does not have
+// the range's last bytes.
+int64_t PassEdge(const uint8_t *text, int64_t from, int64_t candidates, const Pattern &pattern) noexcept {
+    constexpr int64_t kTail = 8;
+    const int64_t places = candidates - from - kTail + 1;
+    if (places < 2) return from;
+    NthMatch tails(0);
+    ScanInside(pattern.bytes, places, {text + candidates - kTail, kTail}, tails);
+    return tails.HasEnough() ? from : from + places;
+}
+
+// How many bytes of the pattern stand at a place of which so many may be read at once.
+int64_t CountMatched(const uint8_t *text, int64_t readable, const Pattern &pattern) noexcept {
+    int64_t matched = 0;
+    if (std::memcmp(text, pattern.bytes, static_cast<size_t>(readable)) == 0) matched = readable;
+    while (matched < pattern.length && text[matched] == pattern.bytes[matched]) ++matched;
+    return matched;
+}
+
+// The positions from which a match may reach behind the range, where a byte is read only when all before it
+// match. One by one, and with a table of borders once that costs too much.
 void ScanEdge(const uint8_t *text, int64_t from, int64_t candidates, const Pattern &pattern,
               NthMatch &matches) noexcept {
-    int64_t patience = pattern.length + 256;
-    for (int64_t at = from; at < candidates; ++at) {
-        const void *start = std::memchr(text + at, pattern.bytes[0], static_cast<size_t>(candidates - at));
-        if (start == nullptr) return;
-        at = static_cast<const uint8_t *>(start) - text;
-        int64_t matched = 1;
-        while (matched < pattern.length && text[at + matched] == pattern.bytes[matched]) ++matched;
-        if (matched == pattern.length && matches.Take(at)) return;
-        patience -= matched;
+    int64_t patience = 2 * pattern.length + 256, fault = 0;
+    for (int64_t at = PassEdge(text, from, candidates, pattern); at < candidates; ++at) {
+        if (text[at] != pattern.bytes[0]) continue;
+        // Where the last one failed, this one may do so too.
+        if (at + fault < candidates && text[at + fault] != pattern.bytes[fault]) continue;
+        fault = CountMatched(text + at, candidates - at, pattern);
+        if (fault == pattern.length && matches.Take(at)) return;
+        patience -= 8 + fault / 8;
+        if (fault >= pattern.length) fault = 0;
         if (patience > 0) continue;
         Borders borders(pattern);
         if (borders.HasMemory()) {

@@ -8,7 +8,7 @@ namespace {
 
 // Without vectors the C library's own search is the better one: leave all to it.
 template <typename Matches>
-int64_t ScanNothing(const ProbedPattern &, const uint8_t *, int64_t, Matches &) noexcept {
+int64_t ScanNothing(const ProbedPattern &, const uint8_t *, int64_t, int64_t, Matches &) noexcept {
     return 0;
 }
 

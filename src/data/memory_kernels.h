@@ -4,8 +4,10 @@
 // and a kernel reads and writes exactly the elements that it is told. Only tests choose a version.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include "frame/vector_level.h"
@@ -26,16 +28,42 @@ struct ProbedPattern {
     int64_t length;
     // Places of bytes that rarely occur; all of a pattern of up to three bytes.
     int64_t probes[3];
-    // Marks the pairs of neighbours that the pattern has, by HashPair. 0: they are not worth a look.
-    const uint8_t *pairs;
+    // So many vectors may be looked at in vain beside one for each `allowance` places.
+    int64_t patience;
+    int64_t allowance;
+    // The words that end within the first `marked` bytes of the pattern, so that a scan leaps over texts that
+    // have none of them. 0: it does not leap.
+    const struct WordMarks *words;
+    int64_t marked;
 };
 
-// A scan is for so many candidates or more.
-inline constexpr int64_t kScanned = 64;
+// A set of words of four or eight bytes, which hardly ever meet by chance. Now and then it says that it has a
+// word which it has not.
+struct WordMarks {
+    static constexpr int kBits = 12;
+    int64_t wordBytes;
+    uint64_t mask;
+    uint64_t factor;
+    // A scan that hardly leaps returns, to be called again with another factor.
+    bool mayChange;
+    // Bytes and not bits: neighbours in a pattern may be alike, and must not wait for each other.
+    std::array<uint8_t, size_t{1} << kBits> marks;
 
-constexpr uint8_t HashPair(uint8_t first, uint8_t second) noexcept {
-    return static_cast<uint8_t>(first * 5 + second);
-}
+    // By the eight bytes of which the word is the last ones.
+    static uint64_t Load(const uint8_t *place) noexcept {
+        uint64_t word = 0;
+        std::memcpy(&word, place, sizeof word);
+        return word;
+    }
+    // The high bits of the product depend on all bytes.
+    static uint64_t Hash(uint64_t word, uint64_t mask, uint64_t factor) noexcept {
+        return (word & mask) * factor >> (64 - kBits);
+    }
+};
+
+// A scan looks at so many candidates at a time. For fewer ones, so many bytes in front of the last
+// candidate's end must be there to read.
+inline constexpr int64_t kScanned = 64;
 
 // Takes matches from the left, counts them, and has enough with number `wanted`.
 class NthMatch {
@@ -59,6 +87,7 @@ class NthMatch {
         return Take(base + __builtin_ctzll(bits));
     }
     bool HasEnough() const noexcept { return seen_ > wanted_; }
+    bool WantsFirst() const noexcept { return seen_ == wanted_; }
     // So many matches before the wanted one may be passed, counted and not looked at.
     int64_t Far() const noexcept { return wanted_ - seen_; }
     void Pass(int64_t matches) noexcept { seen_ += matches; }
@@ -93,6 +122,7 @@ class SeparateList {
         return false;
     }
     bool HasEnough() const noexcept { return count_ == positions_.size(); }
+    static bool WantsFirst() noexcept { return false; }
     size_t Count() const noexcept { return count_; }
     // Where the next match may start.
     int64_t Next() const noexcept { return next_; }
@@ -104,11 +134,11 @@ class SeparateList {
     int64_t next_ = 0;
 };
 
-// Gives matches that start at the first `candidates` positions of a text, all bytes of which may be read, to
-// `matches`, and tells the first position that it has not looked at: all are done, `matches` has enough, or
-// the probes hold too often to be of use.
+// Gives matches that start at the positions of a text from `from` to before `candidates`, all bytes of which
+// may be read, to `matches`, and tells the first position that it has not looked at: all are done, `matches`
+// has enough, or the probes hold too often to be of use.
 template <typename Matches>
-using ScanText = int64_t(const ProbedPattern &pattern, const uint8_t *text, int64_t candidates,
+using ScanText = int64_t(const ProbedPattern &pattern, const uint8_t *text, int64_t from, int64_t candidates,
                          Matches &matches) noexcept;
 
 struct MemoryKernels {

@@ -202,6 +202,11 @@ struct VectorLoops {
             }
         }
 
+        void ReplaceLast(const ProbedPattern &pattern, const uint8_t *text, int64_t place) noexcept {
+            bytes[2] = Lanes::template Spread<1>(pattern.bytes[place]);
+            texts[2] = text + place;
+        }
+
         uint64_t operator()(int64_t at) const noexcept {
             uint64_t bits = 0;
             for (int64_t part = 0; part < 64; part += kBytes) {
@@ -235,39 +240,87 @@ struct VectorLoops {
         return length <= 16 || std::memcmp(a + 8, b + 8, static_cast<size_t>(length - 16)) == 0;
     }
 
-    // Leaves of the bits those at which the whole pattern stands: byte after byte for all at once, and the
-    // last few one by one. `work` goes up by what that took, counted in vectors.
-    static uint64_t Verify(const ProbedPattern &pattern, const uint8_t *text, uint64_t bits,
-                           int64_t &work) noexcept {
+    struct Verdict {
+        uint64_t bits;  // those at which the whole pattern stands, or the first of them
+        int64_t work;   // what that took, counted in vectors
+        int64_t fault;  // where the last of many failed; 0: no such place
+    };
+
+    // Looks at byte after byte for all places at once, and at the last few ones, or the lasting ones, one by
+    // one.
+    static Verdict Verify(const ProbedPattern &pattern, const uint8_t *text, uint64_t bits,
+                          bool wantsFirst) noexcept {
+        const int64_t end = std::min<int64_t>(pattern.length, 300);
+        if (wantsFirst && IsEqual(text + __builtin_ctzll(bits), pattern.bytes, pattern.length)) {
+            return {bits & -bits, 0, 0};
+        }
         int64_t i = 0;
-        for (; i < pattern.length && __builtin_popcountll(bits) > 4; ++i) {
+        for (; i < end && __builtin_popcountll(bits) > 4; ++i) {
             bits &= EqualBits(text + i, Lanes::template Spread<1>(pattern.bytes[i]));
         }
-        work += i;
-        if (i == pattern.length) return bits;
-        uint64_t verified = 0;
-        for (uint64_t rest = bits; rest != 0; rest &= rest - 1) {
-            const int at = __builtin_ctzll(rest);
+        if (bits == 0) return {0, i, i - 1};
+        if (i == pattern.length) return {bits, i, 0};
+        Verdict verdict{0, i, 0};
+        for (; bits != 0; bits &= bits - 1) {
+            const int at = __builtin_ctzll(bits);
             const bool isEqual = IsEqual(text + at, pattern.bytes, pattern.length);
-            verified |= static_cast<uint64_t>(isEqual) << at;
-            work += 8 + (isEqual ? pattern.length / 32 : 0);
+            verdict.bits |= static_cast<uint64_t>(isEqual) << at;
+            verdict.work += 8 + (isEqual ? pattern.length / 32 : 0);
+            if (isEqual && wantsFirst) break;
         }
-        return verified;
+        return verdict;
     }
 
     // This and the next function are kept by themselves, because the compiler only makes such short loops
     // where nothing else wants the registers.
 
-    // Leaps from position to position while the last pair of a match there is one that no match has.
+    // Leaps from position to position while the last word of a match's marked part is one that no match has.
     [[gnu::noinline]] static int64_t Leap(const ProbedPattern &pattern, const uint8_t *text, int64_t at,
                                           int64_t candidates) noexcept {
-        const uint8_t *const pairs = pattern.pairs;
-        const int64_t leap = pattern.length - 1;
-        const uint8_t *pair = text + at + leap - 1;
-        const uint8_t *const end = text + candidates + leap - 1;
-        while (pair < end && pairs[HashPair(pair[0], pair[1])] == 0) pair += leap;
-        return pair - text - leap + 1;
+        const WordMarks &words = *pattern.words;
+        // To the eight bytes at the end of the marked part.
+        const int64_t ahead = pattern.marked - 8, leap = pattern.marked - words.wordBytes + 1;
+        const uint8_t *place = text + at + ahead;
+        const uint8_t *const end = text + candidates + ahead;
+        const auto has = [marks = words.marks.data(), mask = words.mask,
+                          factor = words.factor](const uint8_t *eight) -> int {
+            return marks[WordMarks::Hash(WordMarks::Load(eight), mask, factor)];
+        };
+        while (end - place > 3 * leap) {
+            const int any = has(place) | has(place + leap) | has(place + 2 * leap) | has(place + 3 * leap);
+            if (any != 0) break;
+            place += 4 * leap;
+        }
+        while (place < end && has(place) == 0) place += leap;
+        return place - text - ahead;
     }
+
+    // Leaps where that has proved worth while; where it has not, it is left alone for longer and longer.
+    class Leaper {
+      public:
+        Leaper(const ProbedPattern &pattern, const uint8_t *text, int64_t candidates) noexcept
+            : pattern_(pattern), text_(text), candidates_(candidates) {
+            if (pattern.words == nullptr) next_ = candidates;
+        }
+        // Places from here on are looked at in blocks.
+        int64_t Pass(int64_t at) noexcept {
+            if (at < next_) return at;
+            const int64_t reached = Leap(pattern_, text_, at, candidates_);
+            pause_ = reached - at >= kWorthWhile ? 0 : std::min(2 * pause_ + 1024, kLongestPause);
+            // At the least all the places that the word may belong to.
+            next_ = reached + std::max(pause_, pattern_.marked - pattern_.words->wordBytes + 1);
+            return reached;
+        }
+        int64_t Next() const noexcept { return next_; }
+        bool HasFailed() const noexcept { return pause_ > kFailed; }
+
+      private:
+        static constexpr int64_t kWorthWhile = 1024, kFailed = 2048, kLongestPause = 65536;
+        const ProbedPattern &pattern_;
+        const uint8_t *text_;
+        int64_t candidates_;
+        int64_t next_ = 0, pause_ = 0;
+    };
 
     // Passes the whole blocks from `at` on in which the probes hold nowhere. By itself, for a loop as short
     // as this one is only made if nothing else wants the registers.
@@ -280,8 +333,9 @@ struct VectorLoops {
 
     // Counts the matches of a pattern that is probed whole, as long as the wanted one is far, without a
     // branch for each.
-    static int64_t PassMatches(const Probes &probes, int64_t candidates, NthMatch &matches) noexcept {
-        int64_t at = 0, passed = 0;
+    static int64_t PassMatches(const Probes &probes, int64_t at, int64_t candidates,
+                               NthMatch &matches) noexcept {
+        int64_t passed = 0;
         const int64_t most = matches.Far() - 64;
         for (; at + 64 <= candidates && passed <= most; at += 64) {
             passed += __builtin_popcountll(probes(at));
@@ -291,38 +345,47 @@ struct VectorLoops {
     }
 
     template <typename Matches>
-    static int64_t Scan(const ProbedPattern &pattern, const uint8_t *text, int64_t candidates,
+    static int64_t Scan(const ProbedPattern &pattern, const uint8_t *text, int64_t from, int64_t candidates,
                         Matches &matches) noexcept {
-        const Probes probes(pattern, text);
-        int64_t work = 0, at = 0;
+        Probes probes(pattern, text);
+        int64_t work = 0, at = from;
         if constexpr (Matches::kMayOverlap) {
-            if (pattern.length <= 3) at = PassMatches(probes, candidates, matches);
+            if (pattern.length <= 3) at = PassMatches(probes, from, candidates, matches);
         }
+        Leaper leaper(pattern, text, candidates);
+        int lessons = 3;
         for (; at < candidates; at += 64) {
-            if (pattern.pairs != nullptr) {
-                at = Leap(pattern, text, at, candidates);
-                if (at >= candidates) break;
-            }
+            at = leaper.Pass(at);
+            if (at >= candidates) break;
+            if (leaper.HasFailed() && pattern.words->mayChange) return at;
             // The last block lies over the one before; what that has had is cut off.
             const int64_t base = at <= candidates - 64 ? at : candidates - 64;
             uint64_t bits = probes(base) >> (at - base) << (at - base);
             if (bits == 0) {
-                if (pattern.pairs == nullptr) at = PassBlocks(probes, at + 64, candidates) - 64;
+                at = PassBlocks(probes, at + 64, std::min(candidates, leaper.Next())) - 64;
                 continue;
             }
-            if (pattern.length > 3) bits = Verify(pattern, text + base, bits, work);
+            if (pattern.length > 3) {
+                const Verdict verdict = Verify(pattern, text + base, bits, matches.WantsFirst());
+                bits = verdict.bits;
+                work += verdict.work;
+                // What many places lack is the best to look at first, and finding it is worth some work.
+                if (verdict.fault > 0 && lessons-- > 0) {
+                    probes.ReplaceLast(pattern, text, verdict.fault);
+                    work -= verdict.work;
+                }
+            }
             if (bits != 0 && matches.TakeBits(base, bits)) return candidates;
             // A match is worth the work of finding it in another way.
             work -= kMatchWork * __builtin_popcountll(bits);
-            if (work > kPatience + at / 128) return base + 64;
+            if (work > pattern.patience + at / pattern.allowance) return std::min(base + 64, candidates);
             if (work < 0) work = 0;
         }
         return candidates;
     }
 
-    // In vectors looked at: a match may take so many, and what may be looked at in vain beside a 128th of the
-    // text.
-    static constexpr int64_t kMatchWork = 16, kPatience = 256;
+    // In vectors looked at.
+    static constexpr int64_t kMatchWork = 16;
 };
 
 template <typename Lanes>
