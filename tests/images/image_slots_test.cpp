@@ -147,22 +147,28 @@ TEST_F(ImageSlots, FillingLeavesOutTwoEdgesAndSizingRepeatsPixels) {
         EXPECT_EQ(SetStretchBltMode(image, kOtherMode), COLORONCOLOR);
 }
 
-// As truth tables: bit 4 P + 2 S + T is the result for the bits of pattern (the brush, white), source,
-// target.
+// As truth tables: bit 4 P + 2 S + T is the result for the bits of pattern (the brush), source and target.
 TEST_F(ImageSlots, RasterModesDoWhatTheirNamesSay) {
     constexpr uint32_t kTables[] = {0xCC, 0x88, 0xEE, 0x66, 0x55, 0x33, 0x11, 0xC0,
                                     0xBB, 0xF0, 0xFB, 0x5A, 0x44, 0x00, 0xFF};
-    const uint32_t source = 0x5A3CF0, target = 0x0FF0C6;
+    const uint32_t pattern = 0x99A5C3, source = 0x5A3CF0, target = 0x0FF0C6;
+    const auto bitOf = [](uint32_t word, int bit) { return word >> bit & 1; };
+    const HBRUSH brush = CreateSolidBrush(pattern);
     const uintptr_t from = CreateImage(GetDC(0), 1, 1), to = CreateImage(GetDC(0), 1, 1);
+    const HGDIOBJ white = SelectObject(to, brush);
     SetPixel(from, 0, 0, source);
     for (int32_t mode = 0; mode < 15; ++mode) {
         uint32_t expected = 0;
-        for (int bit = 0; bit < 24; ++bit)
-            expected |= (kTables[mode] >> (4 + 2 * (source >> bit & 1) + (target >> bit & 1)) & 1) << bit;
+        for (int bit = 0; bit < 24; ++bit) {
+            const uint32_t at = 4 * bitOf(pattern, bit) + 2 * bitOf(source, bit) + bitOf(target, bit);
+            expected |= (kTables[mode] >> at & 1) << bit;
+        }
         SetPixel(to, 0, 0, target);
         EXPECT_NE(SizeImage(to, 0, 0, 1, 1, from, 0, 0, 1, 1, mode), 0) << mode;
         EXPECT_EQ(GetPixel(to, 0, 0), expected) << mode;
     }
+    SelectObject(to, white);
+    DeleteObject(brush);
     for (const int32_t code : {15, -1, INT32_MIN, 0x660046})
         EXPECT_EQ(RasterCodeOfMode(code), static_cast<DWORD>(code));
 }

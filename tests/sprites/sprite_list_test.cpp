@@ -176,6 +176,18 @@ TEST(SpriteList, ClearsTheLinksToSpritesThatAreFreed) {
     EXPECT_EQ(second.AttachedTo, HandleOf(&first));
 }
 
+// A sprite that came to life since the thread's own look at the states stops its end.
+TEST(SpriteList, EndsOnlyWhereNobodyLives) {
+    Scene scene;
+    scene.Add(1, 1).State = kStateFinished;
+    SpriteRecord &last = scene.Add(2, 2);
+    EXPECT_FALSE(EndFinishedList([]() noexcept { ADD_FAILURE() << "detached"; }));
+    EXPECT_EQ(NextOf(*SpriteList), &last);
+    last.State = kStateFinished;
+    EXPECT_TRUE(EndFinishedList([]() noexcept {}));
+    EXPECT_EQ(SpriteList.load(), nullptr);
+}
+
 // Makes the n-th operation of a kind fail until `act` succeeds, and says how often it had to.
 int CountFailures(Operation operation, const std::function<uintptr_t()> &act) {
     for (int number = 1;; ++number) {
