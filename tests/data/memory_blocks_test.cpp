@@ -10,7 +10,7 @@
 #include "data/memory_kernels.h"
 #include "fenlight/fx_buffer.h"
 #include "fenlight/memory.h"
-#include "frame/vector_level.h"
+#include "support/each_level.h"
 
 namespace fenlight {
 namespace {
@@ -28,11 +28,8 @@ void WriteElement(Bytes &bytes, size_t at, size_t width, uint64_t value) {
     for (size_t i = 0; i < width; ++i) bytes[at + i] = static_cast<uint8_t>(value >> (8 * i));
 }
 
-class MemoryBlocks : public testing::TestWithParam<int> {
+class MemoryBlocks : public EachLevel {
   protected:
-    void SetUp() override { ForceVectorLevel(static_cast<VectorLevel>(GetParam())); }
-    void TearDown() override { ReleaseVectorLevel(); }
-
     uint32_t Draw() { return static_cast<uint32_t>(random_()); }
     uint32_t Below(uint32_t bound) { return Draw() % bound; }
     int32_t Any() { return static_cast<int32_t>(Draw()); }
@@ -49,7 +46,7 @@ class MemoryBlocks : public testing::TestWithParam<int> {
     std::mt19937 random_{kSeed};
 };
 
-INSTANTIATE_TEST_SUITE_P(Levels, MemoryBlocks, testing::Range(0, static_cast<int>(kVectorLevels)));
+INSTANTIATE_TEST_SUITE_P(Levels, MemoryBlocks, kEachLevel);
 
 TEST_P(MemoryBlocks, CountWhatALoopCounts) {
     using Count = int32_t (*)(const void *, int32_t, int32_t, int32_t);

@@ -131,7 +131,7 @@ TEST_P(ArrayBlit, DoesNothingWithoutOneOfItsBuffers) {
     EXPECT_EQ(target.bytes, before);
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, ArrayBlit, kLevels);
+INSTANTIATE_TEST_SUITE_P(Levels, ArrayBlit, kEachLevel);
 
 }  // namespace
 }  // namespace fenlight::test

@@ -9,6 +9,7 @@
 #include <random>
 
 #include "packing/stream_reader.h"
+#include "support/each_level.h"
 
 namespace fenlight {
 namespace {
@@ -38,11 +39,8 @@ std::optional<Bytes> Depacked(const Bytes &stream, uint32_t room) {
     return Bytes(target.get(), target.get() + made);
 }
 
-class DepackerTest : public testing::TestWithParam<VectorLevel> {
-  protected:
-    void SetUp() override { ForceVectorLevel(GetParam()); }
-    void TearDown() override { ReleaseVectorLevel(); }
-};
+class DepackerTest : public EachLevel {};
+INSTANTIATE_TEST_SUITE_P(Levels, DepackerTest, kEachLevel);
 
 std::string Text(const Bytes &bytes) { return {bytes.begin(), bytes.end()}; }
 
@@ -161,8 +159,6 @@ TEST_P(DepackerTest, AgreesWithASlowReaderOnDamagedStreams) {
     }
     EXPECT_GT(opened, 400) << "too few of the damaged streams are still streams";
 }
-
-INSTANTIATE_TEST_SUITE_P(Levels, DepackerTest, testing::Values(VectorLevel::Plain, VectorLevel::Avx2));
 
 }  // namespace
 }  // namespace fenlight

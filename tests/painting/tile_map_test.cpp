@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "fenlight/painting.h"
-#include "frame/vector_level.h"
 #include "platform/graphics/canvas.h"
 #include "platform/graphics/surface_access.h"
 #include "platform/system/failure_point.h"
 #include "platform/system/handle_table.h"
+#include "support/each_level.h"
 
 namespace fenlight::test {
 namespace {
@@ -126,12 +126,8 @@ std::string Describe(const TileArguments &a) {
     return text + (a.tileList != nullptr ? "list" : "all");
 }
 
-class TileMap : public ::testing::TestWithParam<VectorLevel> {
-  protected:
-    void SetUp() override { ForceVectorLevel(GetParam()); }
-    void TearDown() override { ReleaseVectorLevel(); }
-};
-INSTANTIATE_TEST_SUITE_P(Levels, TileMap, ::testing::Values(VectorLevel::Plain, VectorLevel::Avx2));
+class TileMap : public EachLevel {};
+INSTANTIATE_TEST_SUITE_P(Levels, TileMap, kEachLevel);
 
 TEST_P(TileMap, IsPaintedAsItsTilesOneByOne) {
     std::mt19937 random(4);

@@ -20,4 +20,13 @@ void WithEachLevel(Check check) {
     ReleaseVectorLevel();
 }
 
+// INSTANTIATE_TEST_SUITE_P(Levels, <a class of this>, kEachLevel): tests one by one at each level.
+class EachLevel : public testing::TestWithParam<VectorLevel> {
+  protected:
+    void SetUp() override { ForceVectorLevel(GetParam()); }
+    void TearDown() override { ReleaseVectorLevel(); }
+};
+inline const auto kEachLevel =
+    testing::Values(VectorLevel::Plain, VectorLevel::Sse4, VectorLevel::Avx2, VectorLevel::Avx512);
+
 }  // namespace fenlight

@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "fenlight/fx_blends.h"
-#include "frame/vector_level.h"
 #include "fx/blends/blend_buffer.h"
 #include "platform/system/failure_point.h"
+#include "support/each_level.h"
 
 namespace fenlight::test {
 namespace {
@@ -61,14 +61,7 @@ Bytes Merged(const FXHeader &header, const Bytes &fx, Bytes target, int flags) {
     return target;
 }
 
-class Blends : public ::testing::TestWithParam<VectorLevel> {
-  protected:
-    void SetUp() override { ForceVectorLevel(GetParam()); }
-    void TearDown() override {
-        ReleaseVectorLevel();
-        platform::ForgetFailures();
-    }
-};
+class Blends : public EachLevel {};
 
 // Three buffers, mostly of one size, sometimes one of them in two roles.
 struct Scene {
@@ -225,8 +218,7 @@ TEST_P(Blends, FindTheEdgeInRowsOfAnyWidth) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, Blends,
-                         ::testing::Values(VectorLevel::Plain, VectorLevel::Avx2, VectorLevel::Avx512));
+INSTANTIATE_TEST_SUITE_P(Levels, Blends, kEachLevel);
 
 }  // namespace
 }  // namespace fenlight::test

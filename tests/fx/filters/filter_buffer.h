@@ -7,8 +7,8 @@
 #include <random>
 #include <vector>
 
-#include "frame/vector_level.h"
 #include "fx/fx_buffer.h"
+#include "support/each_level.h"
 
 namespace fenlight::test {
 
@@ -39,10 +39,8 @@ struct GuardedBuffer {
     std::vector<uint8_t> bytes;
 };
 
-class FilterLevels : public ::testing::TestWithParam<VectorLevel> {
+class FilterLevels : public EachLevel {
   protected:
-    void SetUp() override { ForceVectorLevel(GetParam()); }
-    void TearDown() override { ReleaseVectorLevel(); }
     int32_t Between(int32_t low, int32_t high) {
         return low + static_cast<int32_t>(random() % static_cast<unsigned>(high - low + 1));
     }
@@ -56,7 +54,5 @@ class FilterLevels : public ::testing::TestWithParam<VectorLevel> {
 
     std::mt19937 random{20240719};
 };
-
-inline const auto kLevels = ::testing::Values(VectorLevel::Plain, VectorLevel::Avx2, VectorLevel::Avx512);
 
 }  // namespace fenlight::test

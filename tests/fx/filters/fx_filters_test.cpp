@@ -176,7 +176,7 @@ TEST_P(FXFilters, KeepTheirCorners) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, FXFilters, kLevels);
+INSTANTIATE_TEST_SUITE_P(Levels, FXFilters, kEachLevel);
 
 }  // namespace
 }  // namespace fenlight::test

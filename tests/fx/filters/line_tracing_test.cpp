@@ -120,7 +120,7 @@ TEST_P(LineTracing, LeavesTheHeaderWithoutBufferListOrMemory) {
     EXPECT_EQ(std::memcmp(&buffer.header, &kept, sizeof kept), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, LineTracing, kLevels);
+INSTANTIATE_TEST_SUITE_P(Levels, LineTracing, kEachLevel);
 
 }  // namespace
 }  // namespace fenlight::test

@@ -4,10 +4,10 @@
 #include <random>
 
 #include "fenlight/fx_smoothing.h"
-#include "frame/vector_level.h"
 #include "fx/fx_picture.h"
 #include "fx/smoothing/smoothing_judges.h"
 #include "platform/system/failure_point.h"
+#include "support/each_level.h"
 
 namespace fenlight::test {
 namespace {
@@ -53,11 +53,8 @@ constexpr Effect kEffects[] = {
 };
 constexpr size_t kFog = 2, kRustle = 4;
 
-class Smoothing : public ::testing::TestWithParam<VectorLevel> {
+class Smoothing : public EachLevel {
   protected:
-    void SetUp() override { ForceVectorLevel(GetParam()); }
-    void TearDown() override { ReleaseVectorLevel(); }
-
     int32_t Pick(int32_t low, int32_t high) {
         return low + static_cast<int32_t>(random_() % static_cast<uint32_t>(high - low + 1));
     }
@@ -234,8 +231,7 @@ TEST_P(Smoothing, BuffersStayAsTheyWereWithoutMemoryOrWithoutABuffer) {
     EXPECT_TRUE(SamePicture("no handle", PictureOf(canvas.context, 9, 9), Picture(9, 9)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, Smoothing,
-                         ::testing::Values(VectorLevel::Plain, VectorLevel::Avx2, VectorLevel::Avx512));
+INSTANTIATE_TEST_SUITE_P(Levels, Smoothing, kEachLevel);
 
 }  // namespace
 }  // namespace fenlight::test
