@@ -84,9 +84,8 @@ TEST_P(ByteSearch, FindsWhatAPlainScanFinds) {
     std::mt19937 random(kSeed);
     const auto below = [&](size_t bound) { return random() % bound; };
     for (int turn = 0; turn < 6000; ++turn) {
-        // Only in long texts a scan prepares leaps.
-        Bytes text(turn % 100 == 0 ? 4096 + below(30'000) : 1 + below(turn % 4 == 0 ? 700 : 90));
-        const size_t letters = turn % 200 == 0 ? 64 : 1 + below(3), period = 1 + below(40);
+        Bytes text(1 + below(turn % 4 == 0 ? 700 : 90));
+        const size_t letters = 1 + below(3), period = 1 + below(40);
         for (size_t i = 0; i < text.size(); ++i) {
             const bool repeats = i >= period && below(30) != 0;
             text[i] = repeats ? text[i - period] : static_cast<uint8_t>('a' + below(letters));
@@ -113,6 +112,28 @@ TEST_P(ByteSearch, FindsWhatAPlainScanFinds) {
                                         << std::string(whole.begin(), whole.end()) << " pattern "
                                         << std::string(pattern.begin(), pattern.end()));
         ExpectPlainMatches(whole, below(2) == 0, static_cast<int64_t>(text.size()), pattern);
+        if (HasFatalFailure()) return;
+    }
+}
+
+// Long patterns in long texts that have little in common with them: matches at every distance from each
+// other, and pieces of the pattern that are none.
+TEST_P(ByteSearch, LeapsOverNoMatch) {
+    constexpr uint32_t kSeed = 5;
+    std::mt19937 random(kSeed);
+    for (int turn = 0; turn < 400; ++turn) {
+        Bytes pattern(20 + random() % 300), text(5000 + random() % 8000);
+        const size_t letters = turn % 3 == 0 ? 1 : 256;
+        for (auto &byte : pattern) byte = static_cast<uint8_t>(random() % letters);
+        for (auto &byte : text) byte = static_cast<uint8_t>(1 + random() % (turn % 2 == 0 ? 255 : 2));
+        for (int copy = 0; copy < 4; ++copy) {
+            const size_t cut = copy == 3 ? random() % pattern.size() : pattern.size();
+            const size_t at = random() % (text.size() - cut);
+            std::copy_n(pattern.begin(), cut, text.begin() + static_cast<ptrdiff_t>(at));
+        }
+        SCOPED_TRACE(testing::Message() << "seed " << kSeed << " turn " << turn);
+        text.push_back(0xFF);
+        ExpectPlainMatches(text, turn % 2 == 0, static_cast<int64_t>(text.size()) - 1, pattern);
         if (HasFatalFailure()) return;
     }
 }
