@@ -208,11 +208,8 @@ class FailingPicture final : public platform::IPicture {
     uint32_t Release() noexcept override { return 1; }
     HRESULT get_Width(int32_t *himetric) noexcept override { return *himetric = 2540, 0; }
     HRESULT get_Height(int32_t *himetric) noexcept override { return *himetric = 1270, 0; }
-    HRESULT Render(HDC, int32_t x, int32_t y, int32_t cx, int32_t cy, int32_t xSrc, int32_t ySrc,
-                   int32_t cxSrc, int32_t cySrc, const RECT *bounds) noexcept override {
-        EXPECT_EQ((std::vector{x, y, cx, cy, xSrc, ySrc, cxSrc, cySrc}),
-                  (std::vector{0, 0, 96, 48, 0, 1270, 2540, -1270}));
-        EXPECT_EQ(bounds, nullptr);
+    HRESULT Render(HDC, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t,
+                   const RECT *) noexcept override {
         return static_cast<HRESULT>(0x80041234u);
     }
 };

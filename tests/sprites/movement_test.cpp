@@ -44,17 +44,6 @@ TEST(StepOnAxis, GoesTowardsTheTargetAndNoFurther) {
             << position << " to " << target << " by " << speed;
 }
 
-// Each axis alone; the slow one goes on when the fast one has arrived. The look-ahead tells each step before.
-TEST(Movement, RunsDiagonallyAndThenStraightOn) {
-    LooseSprite sprite({0, 0}, {-70, 33}, {3, 4});
-    for (int32_t frame = 1; frame <= 30; ++frame) {
-        const Point expected = {std::max(-3 * frame, -70), std::min(4 * frame, 33)};
-        ASSERT_EQ(Pass(sprite), expected) << "frame " << frame;
-        ASSERT_EQ((Point{sprite.NextX, sprite.NextY}), expected) << "look-ahead of frame " << frame;
-        ASSERT_EQ(HasSpriteArrived(sprite.Handle()), frame >= 24) << "frame " << frame;
-    }
-}
-
 TEST(Movement, StepsInOneOfPeriodPlusOneFrames) {
     for (const int32_t period : {-5, 0, 1, 2, 7}) {
         LooseSprite sprite({0, 0}, {1000, 1000}, {5, 3});
@@ -63,9 +52,6 @@ TEST(Movement, StepsInOneOfPeriodPlusOneFrames) {
             const int32_t stepsX = frame / (std::max(period, 0) + 1);
             ASSERT_EQ(Pass(sprite), (Point{5 * stepsX, 3 * (frame / 4)})) << period << " frame " << frame;
         }
-        const Point before = sprite.Position();
-        SlowDownSprite(sprite.Handle(), 0, 0);
-        EXPECT_EQ(Pass(sprite), (Point{before[0] + 5, before[1] + 3})) << "normal pace again";
     }
     LooseSprite sprite;
     sprite.SlowPeriodX = sprite.SlowCountX = kHighest;
@@ -114,10 +100,6 @@ TEST(Movement, TurnsRoundAtTheSidesOfItsRectangle) {
         MovingRectangleStage(sprite);
         EXPECT_EQ(sprite.Target(), target) << position[0] << ", " << position[1] << " in " << rect[0];
     }
-    LooseSprite patrol({10, 7}, {100, 30}, {30, 23});
-    SpriteMovingRect(patrol.Handle(), 10, -1, 100, -1);
-    for (const int32_t x : {40, 70, 100, 70, 40, 10, 40, 70, 100, 70})
-        EXPECT_EQ(Pass(patrol), (Point{x, 30}));
 }
 
 TEST(Movement, FollowsTheLeaderOneFrameLater) {
