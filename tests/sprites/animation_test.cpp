@@ -47,20 +47,5 @@ TEST(AnimStage, ShowsEachFrameForTheDelay) {
     }
 }
 
-TEST(AnimStage, StopsWhereADelayIsWrittenBelowTheTimer) {
-    LooseSprite sprite;
-    ShowStrip(sprite, 4, 1, 10);
-    for (int32_t pass = 0; pass < 5; ++pass) AnimStage(sprite);
-    ChangeSpritePara(sprite.Handle(), 28, 3);
-    for (int32_t pass = 0; pass < 50; ++pass) AnimStage(sprite);
-    EXPECT_EQ(sprite.Frame, 1);
-    sprite.FrameTimer = kHighest;
-    AnimStage(sprite);
-    EXPECT_EQ(sprite.FrameTimer, kLowest);
-    ShowStrip(sprite, kLowest, kHighest, 1);
-    AnimStage(sprite);
-    EXPECT_EQ(sprite.Frame, kLowest) << "the new strip starts the timer anew, and the frame wraps";
-}
-
 }  // namespace
 }  // namespace fenlight

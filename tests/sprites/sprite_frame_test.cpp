@@ -98,31 +98,6 @@ TEST(Frame, ShowsEverySpriteOnceOverACleanBackground) {
     }
 }
 
-// Only rectangles of the sprite go to the screen, in its first frame also one at (0, 0); the places that
-// follow lie over the one before in every way that two rectangles can.
-TEST(Frame, CopiesTheOldAndTheNewPlaceAndNothingElse) {
-    Scene scene;
-    SpriteRecord &sprite = scene.Add(40, 30);
-    const Picture foreign = Noise(Scene::kWidth, Scene::kHeight, 99);
-    POINT previous{0, 0};
-    const POINT places[] = {{40, 30}, {43, 30}, {43, 33}, {40, 36}, {44, 34}, {39, 29}, {39, 19}, {39, 19},
-                            {50, 22}, {62, 22}, {73, 31}, {84, 41}, {87, 57}, {-4, -3}, {7, 6},   {40, 30}};
-    for (const POINT &place : places) {
-        SCOPED_TRACE(std::to_string(place.x) + ", " + std::to_string(place.y));
-        SetSpritePos(HandleOf(&sprite), place.x, place.y, place.x, place.y);
-        scene.screen.Put(foreign);
-        Scene::Step(1);
-        Picture painted = scene.background, expected = foreign;
-        scene.Paint(painted, place.x, place.y);
-        for (const POINT &corner : {previous, place})
-            for (int y = std::max(corner.y, 0); y < std::min(corner.y + 10, Scene::kHeight); ++y)
-                for (int x = std::max(corner.x, 0); x < std::min(corner.x + 12, Scene::kWidth); ++x)
-                    expected.At(x, y) = painted.At(x, y);
-        EXPECT_TRUE(SamePicture("frame-rectangles", scene.screen.Get(), expected));
-        previous = place;
-    }
-}
-
 TEST(Frame, StampsASpriteIntoTheBackgroundOnce) {
     Scene scene;
     scene.Add(10, 10, 1);
