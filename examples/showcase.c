@@ -3,9 +3,10 @@
  * arrow keys or a joystick steer. Wanderers on the road and in the village (who stands further down is in
  * front), fish on patrol, ladybirds in a cage, butterflies that follow wanderers, balloons on waypoints,
  * birds on line paths, fireworks that run once, flowers that are stamped into the ground, coins to collect;
- * a yard in which balls bounce and mines explode, heard when the view is near. Compass, purse and lanterns
- * are fixed to the view; what is far outside the view is switched off. With a display it runs until the
- * window is closed, without one for five seconds.
+ * a yard in which balls bounce and mines explode, heard when the view is near; a maze in which somebody walks
+ * a way that was searched, and a pool in it in which stars fly. Compass, purse and lanterns are fixed to the
+ * view; what is far outside the view is switched off. With a display it runs until the window is closed,
+ * without one for five seconds.
  *
  *   showcase [--picture FILE] [--seconds N] [--assets FOLDER/]
  */
@@ -16,6 +17,7 @@
 #include <string.h>
 
 #include "picture_file.h"
+#include "showcase_maze.h"
 #include "showcase_world.h"
 #include "showcase_yard.h"
 
@@ -111,7 +113,8 @@ static void DrawCage(int32_t left, int32_t top, int32_t right, int32_t bottom) {
 /* In a view both, the clean background and the back buffer, hold the whole world. */
 static int PaintBackground(const char *folder) {
     PaintWorld(stage.clean, stage.ground, stage.things);
-    const int isPainted = PaintYard(stage.screen, stage.clean, stage.burst, folder);
+    const int isPainted =
+        PaintYard(stage.screen, stage.clean, stage.burst, folder) && PaintMaze(stage.screen, stage.clean);
     DrawCage(kCageLeft, kCageTop, kCageRight, kCageBottom);
     BitBlt(stage.back, 0, 0, kWorldWidth, kWorldHeight, stage.clean, 0, 0, SRCCOPY);
     InitSpriteBackground(1, kWidth, kHeight, 0, 0, 0, 0);
@@ -149,7 +152,7 @@ static void FaceRightOrLeft(uintptr_t sprite, int32_t height) {
 /* Half of those on the road go round it one way, the others the other way, each on his side. */
 static void SendAlongRoad(uintptr_t walker, int number) {
     static int16_t wayBack[2 * kRoadPoints];
-    const int start = number == 0 ? 0 : Between(0, kRoadPoints - 1), isBack = number % 2;
+    const int start = number == 0 ? kRoadPoints - 5 : Between(0, kRoadPoints - 1), isBack = number % 2;
     for (int i = 0; i < kRoadPoints; ++i)
         memcpy(wayBack + 2 * i, Road + 2 * (kRoadPoints - 1 - i), 2 * sizeof *wayBack);
     const int16_t *way = isBack ? wayBack : Road;
@@ -342,6 +345,7 @@ static void Direct(int poll) {
     KeepBursting();
     KeepPlanting(poll);
     created += KeepMine(stage.screen, stage.back, stage.clean);
+    KeepMazeWalker(stage.back, stage.clean);
     if (poll % 200 == 199) CleanUp(0);
 }
 
@@ -351,6 +355,8 @@ static void PutAll(void) {
     MoveSprite(tracer, 1000000000, -100);
     PutLakeAndCage();
     PutWalkers();
+    Settle(PutMazeWalker(stage.walkers[1], stage.screen, stage.back, stage.clean));
+    ++created;
     PutFliers();
     PutInstruments();
     created += PutBalls(stage.screen, stage.back, stage.clean);
@@ -403,6 +409,7 @@ int main(int argumentCount, char **arguments) {
     }
     StopAllSprites(0);
     DeleteAllSprites();
+    CloseMaze();
     CloseYard();
     FreeAllImages();
     DestroyWindow(window);

@@ -70,12 +70,12 @@ static uint8_t GroundTile(int column, int row) {
     return (uint8_t)(chance < 8 ? 2 : chance < 11 ? 3 : chance % 2);
 }
 
-/* Nothing grows on roads, in water and in the village. */
+/* Nothing grows on roads, in water, in the village and in the garden to its north. */
 static uint8_t Growth(int x, int y) {
     static const uint8_t kinds[] = {kOak, kPine, kOak, kBush, kAutumnOak, kPine, kRock, kOak};
     for (int i = 0; i < 9; ++i)
         if (KindAt(x + 8 + i % 3 * 24, y + 6 + i / 3 * 26) != kGrass) return kNothing;
-    if (x > 190 && x < 760 && y > 300 && y < 720) return kNothing;
+    if (x > 190 && x < 760 && y > (x < 440 ? 300 : 180) && y < 720) return kNothing;
     const int isForest = x < 140 || y < 100 || x > 1360 || (x > 560 && x < 1000 && y > 620);
     return Chance(x, y) < (isForest ? 62 : 18) ? kinds[Chance(y, x) % 8] : kNothing;
 }
