@@ -82,10 +82,11 @@ TEST_P(ArrayBlit, DoesWhatTheWalkDoesAlsoWithinOneBuffer) {
             for (uint8_t &byte : buffer.bytes) byte = scene % 3 == 0 ? byte % 2 * 85 : byte;
         const size_t source = scene % 2 == 0 ? 1 : 0;
         const size_t mask = scene % 5 == 0 ? 0 : scene % 7 == 0 ? source : 2;
-        Call call{{Between(-9, 60), Between(-3, 6), Between(-1, 95), Between(-1, 10), Between(-9, 60),
-                   Between(-3, 6)},
-                  scene % 11 == 0 ? Between(-9, 9) : Between(0, 2),
-                  static_cast<uint32_t>(random() % 2 * 0x550000 | random() % 2 * 0x5500)};
+        Call call{
+            {Between(-9, 60), Between(-3, 6), Between(-1, 95), Between(-1, 10), Between(-9, 60),
+             Between(-3, 6)},
+            scene % 11 == 0 ? Between(-9, 9) : Between(0, 2),
+            static_cast<uint32_t>(random() % 2 * 0x550000 | random() % 2 * 0x5500 | random() % 2 * 0x55)};
         if (scene % 40 == 0) call.at = kFar[random() % std::size(kFar)];
         GuardedBuffer expected[3] = {buffers[0], buffers[1], buffers[2]};
         Walk(expected[0], expected[source], expected[mask], call);

@@ -115,8 +115,7 @@ TEST(Frame, LiesOnTheRectangleAndOutsideOfIt) {
     std::vector<Border> borders{{10, 10, 20, 20, 1}, {10, 8, 30, 20, 5}, {-3, -3, 50, 40, 9}, {5, 5, 5, 5, 3},
                                 {5, 5, 9, 9, 0},     {5, 5, 9, 9, -4},   {20, 20, 9, 9, 12}};
     const auto number = [&] { return static_cast<int32_t>(random() % 80) - 20; };
-    for (int i = 0; i < 100; ++i)
-        borders.push_back({number(), number(), number(), number(), number() + 21});
+    for (int i = 0; i < 100; ++i) borders.push_back({number(), number(), number(), number(), number() + 21});
     for (const Border &b : borders)
         EXPECT_TRUE(SamePicture("frame", DrawnFrame(b), ModelFrame(b)))
             << b.left << ", " << b.top << ", " << b.right << ", " << b.bottom << ", thickness "
