@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Zlib
-"""Makes the pictures and sounds under assets/: sprite strips and tiles as PNG, a landscape as JPEG, sounds as WAV.
+"""Makes the pictures and sounds under assets/: sprite strips and tiles as PNG, a landscape as JPEG, sounds as WAV;
+all but lake.png, which make_photograph.py makes.
 
 Needs NumPy and cjpeg (Debian: python3-numpy, libjpeg-turbo-progs). Everything is computed, with fixed seeds, so the
 same script gives the same pictures.

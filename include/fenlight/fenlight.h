@@ -6,9 +6,6 @@
  * use it. Handles and addresses are as wide as an address (a foreign-function interface must be told so),
  * plain numbers are 32 bits wide. A setter or command returns 0, a creator a handle or 0, a look-up that can
  * miss -1.
- *
- * Functions of the headers that carry the remark "not yet part of the library" are declared, so that their
- * types are settled, but not exported.
  */
 #ifndef FENLIGHT_FENLIGHT_H
 #define FENLIGHT_FENLIGHT_H
