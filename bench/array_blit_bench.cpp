@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "fx/array_blit.h"
+#include "measured.h"
 
 #if BENCH_OPENCV
 #include <opencv2/core.hpp>
@@ -61,19 +62,10 @@ struct Scene {
     Buffer target{width, height}, source{width, height}, mask{width, height};
 };
 
-template <typename Work>
-void Measure(benchmark::State &state, const Scene &scene, const Work &work) {
-    for (auto _ : state) {
-        work();
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * scene.width * scene.height);
-}
-
 template <int kMode>
 void Ours(benchmark::State &state) {
     const Scene scene(state);
-    Measure(state, scene, [&] { scene.Blit(kMode); });
+    Measure(state, [&] { scene.Blit(kMode); });
 }
 
 template <int kMode>
@@ -93,7 +85,7 @@ void Plain(benchmark::State &state) {
 void CopyMemcpyRows(benchmark::State &state) {
     const Scene scene(state);
     const auto pitch = static_cast<size_t>(3 * scene.width);
-    Measure(state, scene, [&] {
+    Measure(state, [&] {
         for (size_t row = 0; row < static_cast<size_t>(scene.height); ++row)
             std::memcpy(scene.target.header.Pixels + row * pitch, scene.source.header.Pixels + row * pitch,
                         pitch);
@@ -106,7 +98,7 @@ void KeyOpenCv(benchmark::State &state) {
     const Scene scene(state);
     const cv::Mat source = scene.source.Matrix();
     cv::Mat target = scene.target.Matrix(), isKey, isOpaque;
-    Measure(state, scene, [&] {
+    Measure(state, [&] {
         cv::inRange(source, cv::Scalar(255, 0, 255), cv::Scalar(255, 0, 255), isKey);
         cv::bitwise_not(isKey, isOpaque);
         source.copyTo(target, isOpaque);
@@ -118,7 +110,7 @@ void MaskOpenCv(benchmark::State &state) {
     const Scene scene(state);
     const cv::Mat source = scene.source.Matrix(), mask = scene.mask.Matrix();
     cv::Mat target = scene.target.Matrix(), kept, rest, taken;
-    Measure(state, scene, [&] {
+    Measure(state, [&] {
         cv::multiply(target, mask, kept, 1.0 / 255);
         cv::bitwise_not(mask, rest);
         cv::multiply(source, rest, taken, 1.0 / 255);

@@ -12,6 +12,7 @@
 #include "fx/blends/blend_kernels.h"
 #include "fx/blends/water.h"
 #include "fx/blends/wave_tables.h"
+#include "measured.h"
 #include "platform/graphics/surface_access.h"
 
 #if BENCH_OPENCV
@@ -52,15 +53,6 @@ struct Scene {
   private:
     OwnedFX Make() const { return OwnedFX(FXFromHandle(MakeBlackFX(width, height))); }
 };
-
-template <typename Work>
-void Measure(benchmark::State &state, const Work &work) {
-    for (auto _ : state) {
-        work();
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0) * state.range(1));
-}
 
 void FadeOurs(benchmark::State &state) {
     const Scene scene(state);

@@ -11,6 +11,7 @@
 #include "fenlight/fx_filters.h"
 #include "frame/vector_level.h"
 #include "fx/fx_buffer.h"
+#include "measured.h"
 #if BENCH_OPENCV
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -48,15 +49,6 @@ struct Scene {
     OwnedFX buffer{FXFromHandle(MakeBlackFX(width, height))}, other{FXFromHandle(MakeBlackFX(width, height))};
 };
 
-template <typename Work>
-void Measure(benchmark::State &state, const Scene &scene, const Work &work) {
-    for (auto _ : state) {
-        work();
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * scene.width * scene.height);
-}
-
 using Filter = void (*)(Scene &scene);
 
 void RunDarken(Scene &scene) { Darken(0, 0, 0, scene.Handle(), 3); }
@@ -78,7 +70,7 @@ void Ours(benchmark::State &state) {
     Scene scene(state);
     if (kRun == RunExchangeColor) scene.AddRuns();
     ForceVectorLevel(kLevel);
-    Measure(state, scene, [&] { kRun(scene); });
+    Measure(state, [&] { kRun(scene); });
     ReleaseVectorLevel();
 }
 
@@ -89,14 +81,14 @@ void TraceNothing(benchmark::State &state) {
     std::memset(scene.buffer->Pixels, 1, scene.buffer->biSizeImage);
     std::vector<int16_t> points(2);
     ForceVectorLevel(kLevel);
-    Measure(state, scene, [&] { PixelToMemory(scene.Handle(), points.data(), 1); });
+    Measure(state, [&] { PixelToMemory(scene.Handle(), points.data(), 1); });
     ReleaseVectorLevel();
 }
 
 // Reads and writes each byte once.
 void InvertInPlace(benchmark::State &state) {
     const Scene scene(state);
-    Measure(state, scene, [&] {
+    Measure(state, [&] {
         auto *words = reinterpret_cast<uint64_t *>(scene.buffer->Pixels);
         for (uint32_t i = 0; i < scene.buffer->biSizeImage / 8; ++i) words[i] = ~words[i];
     });
@@ -104,7 +96,7 @@ void InvertInPlace(benchmark::State &state) {
 
 void SetMemory(benchmark::State &state) {
     const Scene scene(state);
-    Measure(state, scene, [&] { std::memset(scene.buffer->Pixels, 7, scene.buffer->biSizeImage); });
+    Measure(state, [&] { std::memset(scene.buffer->Pixels, 7, scene.buffer->biSizeImage); });
 }
 
 #if BENCH_OPENCV
@@ -112,7 +104,7 @@ template <typename Work>
 void Peer(benchmark::State &state, const Work &work) {
     cv::setNumThreads(1);
     const Scene scene(state);
-    Measure(state, scene, [&] { work(scene); });
+    Measure(state, [&] { work(scene); });
 }
 
 void PeerDarken(benchmark::State &state) {
@@ -186,7 +178,7 @@ void PeerExchangeColor(benchmark::State &state) {
     const Scene scene(state);
     scene.AddRuns();
     cv::Mat pixels = scene.Matrix();
-    Measure(state, scene, [&] {
+    Measure(state, [&] {
         cv::inRange(pixels, from, from, mask);
         pixels.setTo(to, mask);
         std::swap(from, to);

@@ -12,6 +12,7 @@
 #include "frame/random.h"
 #include "frame/vector_level.h"
 #include "fx/fx_buffer.h"
+#include "measured.h"
 
 #if BENCH_OPENCV
 #include <opencv2/core.hpp>
@@ -51,25 +52,16 @@ struct Scene {
     OwnedFX Make() const { return OwnedFX(FXFromHandle(MakeBlackFX(width, height))); }
 };
 
-template <typename Work>
-void Measure(benchmark::State &state, const Scene &scene, const Work &work) {
-    for (auto _ : state) {
-        work();
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * scene.width * scene.height);
-}
-
 void BlurOurs(benchmark::State &state) {
     const Scene scene(state);
-    Measure(state, scene, [&] { Blur(0, 0, 0, scene.Picture()); });
+    Measure(state, [&] { Blur(0, 0, 0, scene.Picture()); });
 }
 
 void BlurPlain(benchmark::State &state) {
     const Scene scene(state);
     uint8_t *bytes = scene.picture->Pixels;
     const int64_t pitch = 3 * scene.width;
-    Measure(state, scene, [&] {
+    Measure(state, [&] {
         for (int64_t row = 1; row < scene.height - 1; ++row)
             for (int64_t i = row * pitch + 3; i < row * pitch + pitch - 3; ++i)
                 bytes[i] = static_cast<uint8_t>(
@@ -80,18 +72,18 @@ void BlurPlain(benchmark::State &state) {
 template <bool kHasDisc>
 void SmoothOurs(benchmark::State &state) {
     const Scene scene(state, kHasDisc);
-    Measure(state, scene, [&] { Smooth(0, 0, 0, scene.Picture(), scene.Mask()); });
+    Measure(state, [&] { Smooth(0, 0, 0, scene.Picture(), scene.Mask()); });
 }
 
 template <int kFlags>
 void AntialiasingOurs(benchmark::State &state) {
     const Scene scene(state);
-    Measure(state, scene, [&] { Antialiasing(0, 0, 0, scene.Picture(), kKey, kFlags, 0); });
+    Measure(state, [&] { Antialiasing(0, 0, 0, scene.Picture(), kKey, kFlags, 0); });
 }
 
 void FogOurs(benchmark::State &state) {
     const Scene scene(state);
-    Measure(state, scene, [&] { Fog(0, 0, 0, scene.Source(), scene.Picture(), scene.Mask()); });
+    Measure(state, [&] { Fog(0, 0, 0, scene.Source(), scene.Picture(), scene.Mask()); });
 }
 
 // The generator alone, as often as Fog asks it.
@@ -99,7 +91,7 @@ void FogDraws(benchmark::State &state) {
     const Scene scene(state);
     std::vector<int32_t> draws(1024);
     const int64_t batches = int64_t{3} * scene.width * scene.height / 1024;
-    Measure(state, scene, [&] {
+    Measure(state, [&] {
         for (int64_t i = 0; i < batches; ++i) RandomFill(draws.data(), 1024, 0, 80);
     });
 }
@@ -109,7 +101,7 @@ void FogPlain(benchmark::State &state) {
     const uint8_t *p = scene.picture->Pixels, *shown = scene.source->Pixels, *mask = scene.mask->Pixels;
     std::vector<uint8_t> result(scene.picture->biSizeImage);
     const int64_t s = 3 * scene.width, size = scene.picture->biSizeImage;
-    Measure(state, scene, [&] {
+    Measure(state, [&] {
         for (int64_t i = s + 3; i < size - s - 3; ++i) {
             if (mask[i] == 0) continue;
             const uint32_t draw = RandomDraw(80);
@@ -125,7 +117,7 @@ void FogPlain(benchmark::State &state) {
 
 void RustleOurs(benchmark::State &state) {
     const Scene scene(state);
-    Measure(state, scene, [&] { Rustle(0, 0, 0, scene.Picture()); });
+    Measure(state, [&] { Rustle(0, 0, 0, scene.Picture()); });
 }
 
 template <void (*kBench)(benchmark::State &), VectorLevel kLevel>
@@ -149,14 +141,14 @@ struct Matrices {
 void BlurOpenCv(benchmark::State &state) {
     const Scene scene(state);
     Matrices m(scene);
-    Measure(state, scene, [&] { cv::blur(m.picture, m.result, cv::Size(3, 3)); });
+    Measure(state, [&] { cv::blur(m.picture, m.result, cv::Size(3, 3)); });
 }
 
 template <bool kHasDisc>
 void SmoothOpenCv(benchmark::State &state) {
     const Scene scene(state, kHasDisc);
     Matrices m(scene);
-    Measure(state, scene, [&] {
+    Measure(state, [&] {
         cv::blur(m.picture, m.result, cv::Size(3, 3));
         m.result.copyTo(m.picture, m.mask);
     });
@@ -172,7 +164,7 @@ void EverywhereOpenCv(benchmark::State &state) {
     const Scene scene(state);
     Matrices m(scene);
     const cv::Mat kernel = CrossKernel(kHasCentre);
-    Measure(state, scene, [&] { cv::filter2D(m.picture, m.result, -1, kernel); });
+    Measure(state, [&] { cv::filter2D(m.picture, m.result, -1, kernel); });
 }
 
 void NearKeyOpenCv(benchmark::State &state) {
@@ -182,7 +174,7 @@ void NearKeyOpenCv(benchmark::State &state) {
     const cv::Mat diamond = (cv::Mat_<uint8_t>(5, 5) << 0, 0, 1, 0, 0, 0, 1, 1, 1, 0, 1, 1, 0, 1, 1, 0, 1, 1,
                              1, 0, 0, 0, 1, 0, 0);
     cv::Mat isKey, isNear;
-    Measure(state, scene, [&] {
+    Measure(state, [&] {
         cv::filter2D(m.picture, m.result, -1, kernel);
         cv::inRange(m.picture, cv::Scalar(255, 0, 255), cv::Scalar(255, 0, 255), isKey);
         cv::dilate(isKey, isNear, diamond);
