@@ -116,7 +116,7 @@ FENLIGHT_API int32_t MergeChannelPng(uint8_t *image, const uint8_t *goal, int32_
 
 /// Moves the three colours of each pixel towards those of another image, each by 1 as often as `steps` says
 /// and once more. Alpha stays.
-/// @param image  as for MergeChannelPng, like the others
+/// @param image, goal, bytes, steps  as for MergeChannelPng
 /// @return how many moves by 1 were made in all three channels, 2^31 - 1 at most; 0 if the colours were equal
 FENLIGHT_API int32_t MergeImagePng(uint8_t *image, const uint8_t *goal, int32_t bytes,
                                    int32_t steps) FENLIGHT_NOEXCEPT;

@@ -22,6 +22,7 @@ FENLIGHT_BEGIN_C
 FENLIGHT_API void Crypt(void *memory, int32_t length, const void *key, int32_t keyLength) FENLIGHT_NOEXCEPT;
 
 /// Adds all bytes of a block, as values from 0 to 255, to a start value, modulo 2^32.
+/// @param memory      block, only read
 /// @param length      bytes of the block; below 1: the result is `startValue`
 /// @param startValue  0, or the result of the block before, to sum several blocks
 /// @return the sum

@@ -128,11 +128,13 @@ FENLIGHT_API void Compute(void *memory, int32_t length, int32_t elementSize, int
 FENLIGHT_API int32_t ChangeLongSequence(void *memory, int32_t byteCount) FENLIGHT_NOEXCEPT;
 
 /// Stores four longs one behind the other, 16 bytes.
+/// @param v0, v1, v2, v3  the first one goes to `memory` + `offset`
 /// @return 0
 FENLIGHT_API int32_t VarToLong4(void *memory, int32_t offset, int32_t v0, int32_t v1, int32_t v2,
                                 int32_t v3) FENLIGHT_NOEXCEPT;
 
 /// Stores ten longs one behind the other, 40 bytes.
+/// @param v0, v1, v2, v3, v4, v5, v6, v7, v8, v9  the first one goes to `memory` + `offset`
 /// @return 0
 FENLIGHT_API int32_t VarToLong10(void *memory, int32_t offset, int32_t v0, int32_t v1, int32_t v2, int32_t v3,
                                  int32_t v4, int32_t v5, int32_t v6, int32_t v7, int32_t v8,
@@ -145,7 +147,8 @@ FENLIGHT_API int32_t LongToAddrVar4(const void *memory, int32_t offset, int32_t 
                                     int32_t *p3) FENLIGHT_NOEXCEPT;
 
 /// Writes one byte.
-/// @param value  its low 8 bits are written
+/// @param address  where to; the byte must be writable
+/// @param value    its low 8 bits are written
 FENLIGHT_API void SetAByte(void *address, int32_t value) FENLIGHT_NOEXCEPT;
 
 /// Reads the four bytes at an address, not one: the byte at the address is the low 8 bits of the result, and

@@ -27,6 +27,7 @@ FENLIGHT_BEGIN_C
  * test can see a new X with an old Y. */
 
 /// Tells whether two sprites' boxes meet.
+/// @param spriteA, spriteB  in either order
 /// @return 1 or 0; a living sprite meets itself
 FENLIGHT_API int32_t Collide(uintptr_t spriteA, uintptr_t spriteB) FENLIGHT_NOEXCEPT;
 

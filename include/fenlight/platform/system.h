@@ -250,6 +250,7 @@ FENLIGHT_API DWORD SetFilePointer(HANDLE file, LONG distance, LONG *distanceHigh
 FENLIGHT_API DWORD GetFileSize(HANDLE file, DWORD *sizeHigh) FENLIGHT_NOEXCEPT;
 
 /// Deletes a file, not a directory. Handles that are open on it go on working.
+/// @param fileName  path
 /// @return 1, or 0 with ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_ACCESS_DENIED or another published
 ///         code
 FENLIGHT_API BOOL DeleteFileA(const char *fileName) FENLIGHT_NOEXCEPT;
