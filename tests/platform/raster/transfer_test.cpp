@@ -193,16 +193,41 @@ TEST(StretchBlock, TakesTheSampleOfTheDefinitionForEveryPairOfFormats) {
 }
 
 // The ways of the row loops change with the ratio, each at its own.
-TEST(StretchBlock, TakesTheSampleOfTheDefinitionAtEveryRatio) {
+TEST_P(EachVersion, TakesTheSampleOfTheDefinitionAtEveryRatio) {
     std::mt19937 random(24);
     for (const PixelFormat to : {PixelFormat::Bgr24, PixelFormat::Bgrx32}) {
-        Bitmap source(to, 260, 2, random);
-        Bitmap target(to, 70, 3, random);
-        for (int32_t width = 1; width <= 260 && !HasFatalFailure(); ++width) {
-            const ScaledBlock block{
-                1, 0, width % 2 == 0 ? 61 : 64, 3, width % 3 == 0 ? 0 : 260 - width, 0, width, 2};
-            CheckStretch(target, source.View(), block, SRCCOPY);
+        Bitmap source(to, 261, 2, random);
+        Bitmap target(to, 72, 3, random);
+        for (int32_t width = 1; width <= 261 && !HasFatalFailure(); ++width) {
+            for (const int32_t size : {64, Between(random, 1, 70), -Between(random, 1, 70)}) {
+                const int32_t first = width % 3 == 0 ? 0 : 261 - width;
+                CheckStretch(target, source.View(), {size < 0 ? 70 : 1, 0, size, 3, first, 0, width, 2},
+                             SRCCOPY);
+            }
         }
+    }
+}
+
+// Targets too big for the caches are written past them. Their halves are not.
+TEST_P(EachVersion, ScalesToABigPictureAsToItsHalves) {
+    constexpr int32_t kWidth = 2051, kHeight = 1600, kHalf = kHeight / 2;
+    std::mt19937 random(22);
+    for (const int32_t columns : {901, 2900, 5000}) {
+        std::vector<uint32_t> from(static_cast<size_t>(columns * 9)), whole(kWidth * kHeight), halves = whole;
+        for (uint32_t &pixel : from) pixel = static_cast<uint32_t>(random());
+        const auto view = [](std::vector<uint32_t> &pixels, int32_t width, int32_t height, int32_t top = 0) {
+            auto *bytes = reinterpret_cast<uint8_t *>(pixels.data());
+            return PixelView{bytes + 4 * width * top, 4 * width, width, height, PixelFormat::Bgrx32, {}, 0};
+        };
+        const PixelView source = view(from, columns, 9);
+        const int32_t sign = columns == 2900 ? -1 : 1;
+        ScaledBlock block{0, 0, kWidth, kHeight, sign < 0 ? columns - 1 : 0, 0, sign * columns, 9};
+        StretchBlock(view(whole, kWidth, kHeight), &source, block, SRCCOPY, {});
+        StretchBlock(view(halves, kWidth, kHalf), &source, block, SRCCOPY, {});
+        block.targetY = -kHalf;
+        StretchBlock(view(halves, kWidth, kHalf, kHalf), &source, block, SRCCOPY, {});
+        ASSERT_TRUE(whole == halves) << columns;
+        ASSERT_EQ(whole.front(), from[static_cast<size_t>(block.sourceX)]);
     }
 }
 
