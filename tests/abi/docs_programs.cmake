@@ -3,7 +3,7 @@
 #   <!-- run -->        the program ends by itself, without a display and with 0; what it prints is compared with a
 #                       block of text that follows, if there is one
 #   <!-- from FILE -->  the block is a copy out of that file, which is built elsewhere
-# Every page but a few has such a program.
+# Every page but a few has such a program, and the pages and pictures that a page leads to are there.
 cmake_minimum_required(VERSION 3.25)
 set(WITHOUT_PROGRAM architecture porting speed)
 
@@ -71,7 +71,16 @@ endmacro()
 file(GLOB PAGES ${SOURCE}/docs/*.md)
 foreach(PAGE ${SOURCE}/README.md ${PAGES})
   get_filename_component(STEM ${PAGE} NAME_WE)
+  get_filename_component(HOME ${PAGE} DIRECTORY)
   file(READ ${PAGE} TEXT)
+  string(REGEX MATCHALL "\\([a-z_/]+[.](md|png)[)#]" LINKS "${TEXT}")
+  foreach(LINK ${LINKS})
+    string(REGEX REPLACE "[()#]" "" LINK "${LINK}")
+    get_filename_component(LINK ${LINK} ABSOLUTE BASE_DIR ${HOME})
+    if(NOT EXISTS ${LINK})
+      fault("${PAGE} leads to ${LINK}, which is not there")
+    endif()
+  endforeach()
   set(TEXT "\n\n${TEXT}\n")
   set(NUMBER 0)
   set(PROGRAMS 0)
