@@ -6,14 +6,13 @@
 namespace fenlight {
 namespace {
 
-constexpr int32_t kColourResolution = 108;  // index of GetDeviceCaps, which need not know it
 constexpr DWORD kModeFields = DM_PELSWIDTH | DM_PELSHEIGHT | DM_DISPLAYFREQUENCY;
 constexpr UINT kNewFrameOnly = SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_FRAMECHANGED;
 
 // The fields that the caller does not choose, the refresh rate among them, come from a mode of the list.
 DEVMODEA AnyMode() {
     DEVMODEA mode{};
-    EnumDisplaySettingsA(nullptr, static_cast<DWORD>(GetDeviceCaps(GetDC(0), kColourResolution)), &mode);
+    EnumDisplaySettingsA(nullptr, static_cast<DWORD>(GetDeviceCaps(GetDC(0), COLORRES)), &mode);
     return mode;
 }
 

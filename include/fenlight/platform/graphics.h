@@ -26,6 +26,7 @@
 #define COLORONCOLOR 3
 #define LOGPIXELSX 88
 #define LOGPIXELSY 90
+#define COLORRES 108
 
 /* The named ternary raster operations. Bits 16 to 23 of a code are its truth table over pattern, source and
  * target; any of the 256 tables works. */
@@ -173,8 +174,8 @@ FENLIGHT_API COLORREF SetTextColor(HDC context, COLORREF colour) FENLIGHT_NOEXCE
 FENLIGHT_API int32_t SetStretchBltMode(HDC context, int32_t mode) FENLIGHT_NOEXCEPT;
 
 /// Tells a property of a context's device.
-/// @param index  LOGPIXELSX or LOGPIXELSY, dots per inch
-/// @return 96 for both; 0 for any other index or a dead context
+/// @param index  LOGPIXELSX or LOGPIXELSY, dots per inch; COLORRES, bits of colour in a pixel of the screen
+/// @return 96 for the first two, 24 for the third; 0 for any other index or a dead context
 FENLIGHT_API int32_t GetDeviceCaps(HDC context, int32_t index) FENLIGHT_NOEXCEPT;
 
 /// Reads one pixel.

@@ -12,6 +12,7 @@ namespace fenlight::platform {
 namespace {
 
 constexpr int32_t kDotsPerInch = 96;
+constexpr int32_t kColourBits = 24;  // eight a channel; the fourth byte of a pixel has none
 
 // A bitmap other than `context`'s own picture goes by its handle, the own one by that of the stock bitmap.
 HBITMAP HandleOfSurface(const Context &context, const Bitmap &surface) {
@@ -119,6 +120,7 @@ int32_t SetStretchBltMode(HDC handle, int32_t mode) noexcept {
 int32_t GetDeviceCaps(HDC context, int32_t index) noexcept {
     PassSuspendGate();
     if (FindContext(context) == nullptr) return 0;
+    if (index == COLORRES) return kColourBits;
     return index == LOGPIXELSX || index == LOGPIXELSY ? kDotsPerInch : 0;
 }
 

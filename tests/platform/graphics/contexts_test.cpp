@@ -76,6 +76,7 @@ TEST(Contexts, KeepTheirToolsAndColours) {
     EXPECT_EQ(SetStretchBltMode(context, 99), 0);
     EXPECT_EQ(SetStretchBltMode(context, COLORONCOLOR), COLORONCOLOR);
     EXPECT_EQ(GetDeviceCaps(ScreenContext(), LOGPIXELSX) + GetDeviceCaps(context, LOGPIXELSY), 192);
+    EXPECT_EQ(GetDeviceCaps(context, COLORRES) + GetDeviceCaps(context, 0), 24);
     EXPECT_EQ(CreatePen(1, 1, 0) | CreatePen(PS_SOLID, 2, 0), 0u);
 }
 
