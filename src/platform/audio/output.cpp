@@ -5,6 +5,8 @@
 
 #include <mutex>
 
+#include "platform/system/sdl_start.h"
+
 namespace fenlight::platform {
 namespace {
 
@@ -18,6 +20,7 @@ void PullBlock(void *, Uint8 *stream, int byteCount) {
     mixer.Mix(reinterpret_cast<float *>(stream), byteCount / kFrameBytes);
 }
 
+// Both with SDL's start lock held.
 bool OpenDevice() {
     if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) return false;
     SDL_AudioSpec wanted{};
@@ -46,6 +49,7 @@ Mixer &OutputMixer() noexcept { return mixer; }
 bool HoldOutput() noexcept {
     const std::lock_guard locked(outputLock);
     if (holders == 0) {
+        const std::lock_guard starting(sdlStartLock);
         if (!OpenDevice() && !OpenSilentDevice()) return false;
         SDL_PauseAudioDevice(device, 0);
     }
@@ -58,7 +62,10 @@ void LetGoOfOutput() noexcept {
     const std::lock_guard locked(outputLock);
     if (--holders > 0) return;
     SDL_CloseAudioDevice(device);
-    SDL_QuitSubSystem(SDL_INIT_AUDIO);
+    {
+        const std::lock_guard ending(sdlStartLock);
+        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+    }
     mixer.Clear();
 }
 

@@ -11,6 +11,7 @@
 
 #include "fenlight/platform/input.h"
 #include "fenlight/platform/system.h"
+#include "platform/system/sdl_start.h"
 #include "platform/window/display_thread.h"
 
 namespace fenlight::platform {
@@ -129,6 +130,7 @@ void ReadDevice(Seat &seat) {
 }
 
 bool StartJoysticks() {
+    const std::lock_guard lock(sdlStartLock);
     SDL_SetHint(SDL_HINT_JOYSTICK_ALLOW_BACKGROUND_EVENTS, "1");
     if (SDL_InitSubSystem(SDL_INIT_JOYSTICK) != 0) return false;
     // They are polled. Events would fill SDL's queue where no window is open to empty it.

@@ -6,8 +6,10 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <utility>
 
+#include "platform/system/sdl_start.h"
 #include "platform/window/display_modes.h"
 #include "platform/window/event_feed.h"
 #include "platform/window/full_screen.h"
@@ -119,6 +121,7 @@ bool HasDisplay() { return isVideoUp && !IsDriver("dummy") && !IsDriver("offscre
 }  // namespace
 
 void StartVideo() noexcept {
+    const std::lock_guard lock(sdlStartLock);
     SDL_SetMainReady();
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     // Plain pictures only: the renderers behind the accelerated surface start threads and drivers of their
