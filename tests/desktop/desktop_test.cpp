@@ -11,6 +11,7 @@
 #include "fenlight/platform/windows.h"
 #include "platform/system/clock.h"
 #include "platform/system/failure_point.h"
+#include "platform/system/waiting.h"
 #include "platform/window/display_thread.h"
 #include "platform/window/input_state.h"
 #include "platform/window/tooltip.h"
@@ -187,8 +188,13 @@ TEST(Tooltip, ComesUpWhenThePointerRestsOnItsControlAndGoesByItself) {
         click();
         MoveCursor({80, 50});
         for (const int later : {0, 500}) look(later);
+        PinnedWindow(control)->LeaveScreen();  // closed by hand under it, and no window is left
     });
-    EXPECT_EQ(seen, "001100 moved 00001 left 00 clicked 010000001");
+    EXPECT_TRUE(BecomesTrue([&] {
+        RunOnDisplayThread([&] { seen.back() = record->frame != nullptr ? '1' : '0'; });
+        return seen.back() == '0';
+    }));
+    EXPECT_EQ(seen, "001100 moved 00001 left 00 clicked 010000000");
     EXPECT_EQ(DestroyWindow(silent), 1);
     EXPECT_EQ(DestroyWindow(control), 1);
     EXPECT_EQ(IsWindow(tip) + DestroyWindow(tip), 0) << "gone with its parent";

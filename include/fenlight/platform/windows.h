@@ -4,8 +4,8 @@
  * A window is a picture that is drawn on like any other context: OpenWindow, GetDC, then every drawing
  * function of graphics.h. What was drawn appears on the screen by itself, at most once per refresh of the
  * display; the caller pumps no messages and paints nothing anew. A thread of the layer's own does that; the
- * first OpenWindow, MessageBoxA or tooltip starts it. Keys, mouse and the close button need no help from the
- * caller either.
+ * first OpenWindow, MessageBoxA, tooltip or question for the user's own display mode starts it. Keys, mouse
+ * and the close button need no help from the caller either.
  *
  * Without a display everything works the same and nothing is shown: contexts can be drawn on and read back,
  * style bits and display modes are kept and given back, and a message box returns at once. The environment
@@ -182,7 +182,8 @@ FENLIGHT_API LONG SetWindowLongA(HWND window, int32_t index, LONG value) FENLIGH
 /// Moves a window, sizes it, or has it look as its style says.
 /// @param insertAfter    ignored: the order of windows is the user's, but for WS_EX_TOPMOST
 /// @param x, y           pixels of the screen, for the picture's top left corner
-/// @param width, height  pixels of the window without its frame; sizes below 1 change nothing
+/// @param width, height  pixels of the window without its frame; a size with one outside 1 to 16384 changes
+///                       nothing
 /// @param flags          SWP_NOMOVE and SWP_NOSIZE leave place and size alone; SWP_FRAMECHANGED heeds the
 ///                       style; other bits change nothing
 /// @return 1, or 0

@@ -34,10 +34,19 @@ constexpr ScreenSize Unpack(uint64_t size) {
 std::atomic<uint64_t> changedMode{0};  // 0: not changed
 std::atomic<uint64_t> desktopSize{Pack({kScreenWidth, kScreenHeight})};
 
-ScreenSize DesktopSize() { return Unpack(desktopSize.load(std::memory_order_relaxed)); }
+// The display thread finds it out when it starts.
+ScreenSize DesktopSize() {
+    RunOnDisplayThread([] {});
+    return Unpack(desktopSize.load(std::memory_order_relaxed));
+}
+
+ScreenSize CurrentSize() {
+    const std::optional<ScreenSize> changed = ChangedMode();
+    return changed ? *changed : DesktopSize();
+}
 
 bool IsMode(ScreenSize size) {
-    return size == DesktopSize() || std::find(std::begin(kSizes), std::end(kSizes), size) != std::end(kSizes);
+    return std::find(std::begin(kSizes), std::end(kSizes), size) != std::end(kSizes) || size == DesktopSize();
 }
 
 // What a record leaves out stays as it is.
@@ -46,7 +55,7 @@ std::optional<ScreenSize> WantedSize(const DEVMODEA &mode) {
     // 0 and 1 stand for the usual rate.
     const bool hasRate = (mode.dmFields & DM_DISPLAYFREQUENCY) == 0 || mode.dmDisplayFrequency <= 1 ||
                          mode.dmDisplayFrequency == kRefreshRate;
-    ScreenSize size = ChangedMode().value_or(DesktopSize());
+    ScreenSize size = CurrentSize();
     if ((mode.dmFields & DM_PELSWIDTH) != 0) size.width = static_cast<int32_t>(mode.dmPelsWidth);
     if ((mode.dmFields & DM_PELSHEIGHT) != 0) size.height = static_cast<int32_t>(mode.dmPelsHeight);
     if (!hasDepth || !hasRate || !IsMode(size)) return std::nullopt;
@@ -84,9 +93,10 @@ void NoteDesktopSize(ScreenSize size) noexcept { desktopSize.store(Pack(size), s
 using namespace fenlight::platform;
 
 BOOL EnumDisplaySettingsA(const char *device, DWORD number, DEVMODEA *mode) noexcept {
+    PassSuspendGate();
     if (device != nullptr || mode == nullptr) return 0;
     if (number == ENUM_CURRENT_SETTINGS) {
-        Describe(ChangedMode().value_or(DesktopSize()), *mode);
+        Describe(CurrentSize(), *mode);
     } else if (number == ENUM_REGISTRY_SETTINGS) {
         Describe(DesktopSize(), *mode);
     } else if (number < std::size(kSizes)) {

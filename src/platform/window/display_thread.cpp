@@ -44,7 +44,11 @@ class DisplayThread {
         if (IsForkedChild()) return false;
         Request request{call, argument};
         std::unique_lock lock(mutex_);
-        if (!EnsureStarted()) return false;
+        if (!EnsureStarted()) {
+            // What the caller gives up next, the thread may still be looking at.
+            served_.wait(lock, [this] { return phase_ != Phase::Ending; });
+            return false;
+        }
         Append(&request);
         wake_.notify_one();
         served_.wait(lock, [&] { return request.isDone; });
@@ -54,7 +58,7 @@ class DisplayThread {
     bool IsRunning() {
         if (IsForkedChild()) return false;
         const std::lock_guard lock(mutex_);
-        return phase_ == Phase::Running;
+        return phase_ == Phase::Running || phase_ == Phase::Ending;
     }
 
   private:
@@ -154,9 +158,12 @@ void DisplayThread::RefuseRequests() {
     served_.notify_all();
 }
 
+// A tooltip may outlive the last window by a tick, which takes it away.
+bool HasSomethingShown() { return HasShownWindows() || IsTooltipShown(); }
+
 void DisplayThread::WaitForWork(std::unique_lock<std::mutex> &lock) {
     const auto hasWork = [this] { return first_ != nullptr || phase_ != Phase::Running; };
-    if (HasShownWindows()) {
+    if (HasSomethingShown()) {
         wake_.wait_until(lock, nextTick_, hasWork);
     } else {
         wake_.wait(lock, hasWork);
@@ -165,7 +172,7 @@ void DisplayThread::WaitForWork(std::unique_lock<std::mutex> &lock) {
 
 void DisplayThread::TickWhenDue(std::unique_lock<std::mutex> &lock) {
     const auto now = SteadyClock::now();
-    if (!HasShownWindows() || now < nextTick_) return;
+    if (!HasSomethingShown() || now < nextTick_) return;
     nextTick_ = now + kTickPeriod;
     lock.unlock();
     PumpEvents();
@@ -203,7 +210,9 @@ void DisplayThread::Rest() {
     phase_ = Phase::Ending;
     wake_.notify_one();
     served_.wait_for(lock, kRestDeadline, [this] { return phase_ == Phase::AtRest; });
-    if (phase_ != Phase::AtRest) RefuseRequests();
+    if (phase_ == Phase::AtRest) return;
+    phase_ = Phase::AtRest;
+    RefuseRequests();
 }
 
 }  // namespace

@@ -10,8 +10,8 @@
 namespace fenlight::platform {
 
 // Runs `call(argument)` on the display thread and waits for its end. False, and nothing was run, if the
-// thread could not be started or the process is exiting. Never to be called on the display thread itself, nor
-// with a bitmap locked.
+// thread could not be started or the process is exiting; in that case it has come to rest before. Never to be
+// called on the display thread itself, nor with a bitmap locked.
 bool CallOnDisplayThread(void (*call)(void *argument), void *argument) noexcept;
 
 // The same for anything that can be called without arguments.
@@ -20,7 +20,7 @@ bool RunOnDisplayThread(Task task) noexcept {
     return CallOnDisplayThread([](void *argument) { (*static_cast<Task *>(argument))(); }, &task);
 }
 
-// Has the thread been started, and is the process not exiting?
+// Has the thread been started, and may it still look at what callers own?
 bool IsDisplayThreadRunning() noexcept;
 
 }  // namespace fenlight::platform

@@ -97,9 +97,10 @@ bool IsButtonDown() {
     return PeekKey(kLeftButton).isDown || PeekKey(kRightButton).isDown || PeekKey(kMiddleButton).isDown;
 }
 
-// The pointer is on what it was on if the tooltip has come up under it.
+// The pointer is on what it was on, as long as that is there, if the tooltip has come up under it.
 void NoteRest(TimePoint now, HWND over) {
-    if (shown != nullptr && SDL_GetMouseFocus() == shown->frame) over = rest.over;
+    const bool isOnTooltip = shown != nullptr && SDL_GetMouseFocus() == shown->frame;
+    if (isOnTooltip && IsWindow(rest.over) != 0) over = rest.over;
     const CursorPosition place = CurrentCursor();
     if (over != rest.over) Hide();
     if (over != rest.over || place != rest.place) rest = {over, place, now, false};
@@ -144,6 +145,7 @@ bool PutUp(HWND window, Wishes wishes) {
     bool isLinked = false;
     RunOnDisplayThread([&] {
         if (wishes.parent != 0 && IsWindow(wishes.parent) == 0) return;
+        if (record->isEnding.load(std::memory_order_relaxed)) return;
         auto &tooltip = static_cast<TooltipRecord &>(*record);
         tooltip.handle = window;
         tooltip.title = std::move(wishes.title);
@@ -193,6 +195,8 @@ void UpdateTooltips(TimePoint now, HWND over) noexcept {
     rest.isSpent = true;
     if (TooltipRecord *tooltip = FindForControl(rest.over)) Show(*tooltip, now);
 }
+
+bool IsTooltipShown() noexcept { return shown != nullptr; }
 
 HWND TooltipOf(HWND parent) noexcept {
     HWND found = 0;

@@ -13,6 +13,9 @@ namespace fenlight::platform {
 // that the pointer is on, or 0. On the display thread, in each tick.
 void UpdateTooltips(std::chrono::steady_clock::time_point now, HWND over) noexcept;
 
+// Is one on the screen? On the display thread.
+bool IsTooltipShown() noexcept;
+
 // A tooltip that is to be destroyed with this parent, 0 if there is none. Any thread but the display thread.
 HWND TooltipOf(HWND parent) noexcept;
 

@@ -15,6 +15,9 @@
 
 namespace fenlight::platform {
 
+// SDL's own limit for a window's side; of a larger one the X server would end the program.
+constexpr bool IsWindowSide(int32_t pixels) { return pixels > 0 && pixels <= 16384; }
+
 struct WindowRecord : HandleObject {
     // A window without a picture has context 0.
     WindowRecord(HDC windowContext, int32_t windowWidth, int32_t windowHeight) noexcept

@@ -76,7 +76,7 @@ void Show(WindowRecord &window, int32_t command) {
 
 void Place(WindowRecord &window, const SDL_Rect &place, UINT flags) {
     if ((flags & SWP_NOMOVE) == 0) SDL_SetWindowPosition(window.frame, place.x, place.y);
-    if ((flags & SWP_NOSIZE) == 0 && place.w > 0 && place.h > 0)
+    if ((flags & SWP_NOSIZE) == 0 && IsWindowSide(place.w) && IsWindowSide(place.h))
         SDL_SetWindowSize(window.frame, place.w, place.h);
     NoteCorners();
     if ((flags & SWP_FRAMECHANGED) != 0) ShowStyle(window);

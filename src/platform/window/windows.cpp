@@ -18,9 +18,6 @@
 namespace fenlight::platform {
 namespace {
 
-// SDL's own limit for a window's side.
-constexpr int32_t kMaxSide = 16384;
-
 // A frame with a title that the user cannot change in size, as OpenWindow makes it.
 constexpr DWORD kOpenedStyle = WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX | WS_VISIBLE;
 
@@ -69,8 +66,6 @@ HWND OpenWindowOfSize(const char *title, int32_t width, int32_t height) {
     return 0;
 }
 
-constexpr bool IsSide(int32_t pixels) { return pixels > 0 && pixels <= kMaxSide; }
-
 }  // namespace
 }  // namespace fenlight::platform
 
@@ -78,7 +73,7 @@ using namespace fenlight::platform;
 
 HWND OpenWindow(const char *title, int32_t width, int32_t height) noexcept {
     PassSuspendGate();
-    return IsSide(width) && IsSide(height) ? OpenWindowOfSize(title, width, height) : 0;
+    return IsWindowSide(width) && IsWindowSide(height) ? OpenWindowOfSize(title, width, height) : 0;
 }
 
 BOOL IsWindow(HWND window) noexcept {

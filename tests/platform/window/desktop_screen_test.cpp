@@ -53,6 +53,13 @@ bool RealPointerComesTo(int32_t x, int32_t y) {
     return BecomesTrue([&] { return OutputOf("xdotool getmouselocation").rfind(place.str(), 0) == 0; });
 }
 
+// The first of this server's process.
+TEST(DISABLED_OnScreen, TheUsersModeIsKnownBeforeThereIsAWindow) {
+    DEVMODEA mode{};
+    ASSERT_EQ(EnumDisplaySettingsA(nullptr, ENUM_REGISTRY_SETTINGS, &mode), 1);
+    EXPECT_EQ(mode.dmPelsWidth * 10'000 + mode.dmPelsHeight, 8'000'600u);
+}
+
 TEST(DISABLED_OnScreen, TheCursorFollowsTheMouseAndTheMouseFollowsTheCursor) {
     if (!HasTools()) GTEST_SKIP() << "needs xdotool and xwininfo";
     const HWND window = OpenWindow("cursor", 300, 200);
@@ -98,7 +105,6 @@ TEST(DISABLED_OnScreen, AChangedModeFillsTheScreenAndIsTakenBack) {
     SetPixel(GetDC(window), 63, 47, 0x0000FF);
     DEVMODEA mode{};
     ASSERT_EQ(EnumDisplaySettingsA(nullptr, ENUM_REGISTRY_SETTINGS, &mode), 1);
-    EXPECT_EQ(mode.dmPelsWidth * 10'000 + mode.dmPelsHeight, 8'000'600u);
     mode.dmPelsWidth = 640;
     mode.dmPelsHeight = 480;
     EXPECT_EQ(ChangeDisplaySettingsA(&mode, CDS_FULLSCREEN), DISP_CHANGE_SUCCESSFUL);
@@ -140,6 +146,8 @@ TEST(DISABLED_OnScreen, StylesReachTheWindow) {
     }
     EXPECT_EQ(FindWindowA(nullptr, "styled"), window) << "whatever is shown of it";
     EXPECT_TRUE(BecomesTrue([] { return Says(Described("styled"), "Map State: IsViewable"); }));
+    for (const int32_t side : {65'536, 16'385, INT32_MAX})
+        EXPECT_EQ(SetWindowPos(window, 0, 0, 0, side, side, SWP_NOMOVE), 1);
     EXPECT_EQ(ShowWindow(window, SW_HIDE), 1);
     EXPECT_TRUE(BecomesTrue([] { return Says(Described("styled"), "Map State: IsUnMapped"); }));
     EXPECT_EQ(ShowWindow(window, SW_SHOW), 0);
