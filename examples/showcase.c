@@ -152,7 +152,7 @@ static void FaceRightOrLeft(uintptr_t sprite, int32_t height) {
 /* Half of those on the road go round it one way, the others the other way, each on his side. */
 static void SendAlongRoad(uintptr_t walker, int number) {
     static int16_t wayBack[2 * kRoadPoints];
-    const int start = number == 0 ? kRoadPoints - 5 : Between(0, kRoadPoints - 1), isBack = number % 2;
+    const int start = number == 0 ? kRoadPoints - 6 : Between(0, kRoadPoints - 1), isBack = number % 2;
     for (int i = 0; i < kRoadPoints; ++i)
         memcpy(wayBack + 2 * i, Road + 2 * (kRoadPoints - 1 - i), 2 * sizeof *wayBack);
     const int16_t *way = isBack ? wayBack : Road;

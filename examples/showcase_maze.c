@@ -9,7 +9,7 @@
 enum { kLeft = 480, kTop = 215, kCell = 12, kColumns = 17, kRows = 13 };
 enum { kPoolLeft = 4, kPoolTop = 4, kPoolRight = 13, kPoolBottom = 9 }; /* cells, the rim among them */
 enum { kStartColumn = 0, kStartRow = 1, kGoalColumn = 15, kGoalRow = 11 };
-enum { kStars = 150, kStarReach = 64 /* pixels */, kRest = 60 /* calls */, kFeetX = 16, kFeetY = 36 };
+enum { kStars = 1000, kStarReach = 64 /* pixels */, kRest = 60 /* calls */, kFeetX = 16, kFeetY = 36 };
 enum { kHedge, kFloor, kPool };
 enum { kLeafColour = 0x388838 /* 0x00BBGGRR */, kRise = 3 /* pixels: height of a hedge */ };
 
@@ -127,6 +127,7 @@ uintptr_t PutMazeWalker(uintptr_t strips, HDC screen, HDC back, HDC clean) {
     for (int32_t facing = 0; facing <= 8; ++facing) SetSpriteAnimMove(walker, facing, 0, 40 * facing);
     SpriteTableMode(walker, 1);
     SendToGoal();
+    /* Most are launched beside the pool, where nothing is black, and are not seen there. */
     Stars(back, clean, x - kStarReach, y - kStarReach, x + kStarReach, y + kStarReach, kStars, 20, 1);
     effects = InitPixelEffects();
     return walker;
