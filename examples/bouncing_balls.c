@@ -14,6 +14,7 @@
 
 #include "ball_picture.h"
 #include "picture_file.h"
+#include "run_options.h"
 
 enum { kWidth = 640, kHeight = 480, kTile = 40 };
 enum { kBalls = 10, kBallSize = 26, kMineSize = 48, kBurstFrames = 10, kBurstDelay = 4 };
@@ -163,35 +164,21 @@ static void Run(HWND window, int seconds, int isPicture) {
 }
 
 int main(int argumentCount, char **arguments) {
-    const char *picture = NULL, *assets = FENLIGHT_ASSETS;
-    int seconds = getenv("DISPLAY") || getenv("WAYLAND_DISPLAY") ? 0 : kHeadlessSeconds;
-    for (int i = 1; i < argumentCount; i += 2) {
-        const char *value = i + 1 < argumentCount ? arguments[i + 1] : NULL;
-        if (value && strcmp(arguments[i], "--picture") == 0) {
-            picture = value;
-        } else if (value && strcmp(arguments[i], "--assets") == 0) {
-            assets = value;
-        } else if (value && strcmp(arguments[i], "--seconds") == 0) {
-            seconds = atoi(value);
-        } else {
-            fprintf(stderr, "usage: bouncing_balls [--picture FILE] [--seconds N] [--assets FOLDER/]\n");
-            return 2;
-        }
-    }
-
+    RunOptions options;
+    if (!ReadOptions(argumentCount, arguments, kHeadlessSeconds, &options)) return 2;
     const HWND window = OpenWindow("Bouncing balls", kWidth, kHeight);
     screen = GetDC(window);
-    if (window == 0 || !MakePictures(assets)) {
-        fprintf(stderr, "bouncing_balls: no window, or no burst.png in %s\n", assets);
+    if (window == 0 || !MakePictures(options.assets)) {
+        fprintf(stderr, "bouncing_balls: no window, or no burst.png in %s\n", options.assets);
         return 1;
     }
-    if (!LoadSounds(assets)) fprintf(stderr, "bouncing_balls: without sound\n");
+    if (!LoadSounds(options.assets)) fprintf(stderr, "bouncing_balls: without sound\n");
     DrawMaze();
     PutBalls();
-    Run(window, seconds, picture != NULL);
+    Run(window, options.seconds, options.picture != NULL);
 
     StopAllSprites(1); /* a picture of one moment */
-    const int isWritten = picture == NULL || WritePicture(picture, screen, kWidth, kHeight);
+    const int isWritten = options.picture == NULL || WritePicture(options.picture, screen, kWidth, kHeight);
     StopAllSprites(0);
     printf("%d contacts of balls, %d explosions\n", contacts, explosions);
     DeleteAllSprites();

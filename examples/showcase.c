@@ -17,13 +17,10 @@
 #include <string.h>
 
 #include "picture_file.h"
+#include "run_options.h"
 #include "showcase_maze.h"
 #include "showcase_world.h"
 #include "showcase_yard.h"
-
-#ifndef FENLIGHT_ASSETS
-#define FENLIGHT_ASSETS "assets/"
-#endif
 
 enum { kWidth = 640, kHeight = 480, kStays = 888888 /* a setting that InitSpriteBackground leaves alone */ };
 enum {
@@ -380,32 +377,18 @@ static void Run(HWND window, int seconds) {
 }
 
 int main(int argumentCount, char **arguments) {
-    const char *picture = NULL, *assets = FENLIGHT_ASSETS;
-    int seconds = getenv("DISPLAY") || getenv("WAYLAND_DISPLAY") ? 0 : kHeadlessSeconds;
-    for (int i = 1; i < argumentCount; i += 2) {
-        const char *value = i + 1 < argumentCount ? arguments[i + 1] : NULL;
-        if (value && strcmp(arguments[i], "--picture") == 0) {
-            picture = value;
-        } else if (value && strcmp(arguments[i], "--assets") == 0) {
-            assets = value;
-        } else if (value && strcmp(arguments[i], "--seconds") == 0) {
-            seconds = atoi(value);
-        } else {
-            fprintf(stderr, "usage: showcase [--picture FILE] [--seconds N] [--assets FOLDER/]\n");
-            return 2;
-        }
-    }
-
+    RunOptions options;
+    if (!ReadOptions(argumentCount, arguments, kHeadlessSeconds, &options)) return 2;
     const HWND window = OpenWindow("Fenlight showcase", kWidth, kHeight);
-    if (window == 0 || !LoadStage(assets, window) || !PaintBackground(assets)) return 1;
+    if (window == 0 || !LoadStage(options.assets, window) || !PaintBackground(options.assets)) return 1;
     PutAll();
-    Run(window, seconds);
+    Run(window, options.seconds);
 
     StopAllSprites(1); /* a picture of one moment */
     int written = 1;
-    if (picture != NULL) {
-        written = WritePicture(picture, stage.screen, kWidth, kHeight);
-        if (!written) fprintf(stderr, "showcase: cannot write %s\n", picture);
+    if (options.picture != NULL) {
+        written = WritePicture(options.picture, stage.screen, kWidth, kHeight);
+        if (!written) fprintf(stderr, "showcase: cannot write %s\n", options.picture);
     }
     StopAllSprites(0);
     DeleteAllSprites();
