@@ -12,13 +12,15 @@ FENLIGHT_BEGIN_C
  * variables http_proxy, https_proxy and no_proxy are followed as usual. Any thread may call these functions,
  * also several at a time; a thread that must not wait leaves them to another one. */
 
-/// Fetches a file. It is received into a hidden file in the same folder, which takes the target's place in
-/// one step when it is whole; whatever goes wrong before leaves the target as it was, or absent.
+/// Fetches a file. It is received into a file without a name in the same folder, which takes the target's
+/// place in one step when it is whole; whatever goes wrong before leaves the target as it was, or absent.
+/// Where the file system has no files without a name it is called .fenlight- and two numbers meanwhile, and
+/// stays behind if the process is killed.
 /// @param url       address with http:// or https:// in front; spaces are allowed. Up to 20 redirects are
 ///                  followed, to those two only, and certificates of servers are checked.
 /// @param fileName  path of the target, whose folder must exist and be writable. A file that stands there is
-///                  replaced and keeps its access rights, a symbolic link leads to the file that is replaced;
-///                  directories, devices and files that may not be written are refused.
+///                  replaced and keeps its access rights, a symbolic link leads to the file that is replaced
+///                  (one that leads nowhere is replaced itself); directories, devices and files that may not be written are refused.
 /// @return 0 if the file is there and whole. Else one of the published result codes, all below 0:
 ///
 ///         0x800C0002  `url` is no address, or 0

@@ -60,19 +60,44 @@ DWORD TargetFile::JudgeTarget() {
     return ERROR_SUCCESS;
 }
 
-DWORD TargetFile::MakeBeside() {
+template <class Make>
+DWORD TargetFile::NameBeside(Make make) {
     constexpr int kTries = 1000;
-    const std::string folder = target_.substr(0, target_.rfind('/') + 1);
     for (int i = 0; i < kTries; ++i) {
-        std::string name = NextNameIn(folder);
-        descriptor_ = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (descriptor_ < 0 && errno == EEXIST) continue;
-        if (descriptor_ < 0) return ErrorFromErrno(errno, name.c_str());
-        written_ = std::move(name);
-        if (keptMode_ != 0) (void)fchmod(descriptor_, keptMode_);
-        return ERROR_SUCCESS;
+        std::string name = NextNameIn(Folder());
+        if (make(name.c_str())) {
+            written_ = std::move(name);
+            return ERROR_SUCCESS;
+        }
+        if (errno != EEXIST) return ErrorFromErrno(errno, name.c_str());
     }
     return ErrorFromErrno(EEXIST, nullptr);
+}
+
+// Where the file system cannot do it, or the way to a name later is missing, the file gets its name now.
+bool TargetFile::MakeNameless() {
+    descriptor_ = open(Folder().c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+    if (descriptor_ >= 0 && access(OpenFilePath().c_str(), F_OK) != 0) close(std::exchange(descriptor_, -1));
+    return descriptor_ >= 0;
+}
+
+DWORD TargetFile::MakeBeside() {
+    const auto makeNamed = [this](const char *name) {
+        descriptor_ = open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        return descriptor_ >= 0;
+    };
+    const DWORD error = MakeNameless() ? ERROR_SUCCESS : NameBeside(makeNamed);
+    if (error == ERROR_SUCCESS && keptMode_ != 0) (void)fchmod(descriptor_, keptMode_);
+    return error;
+}
+
+// Nothing that exists can be replaced by linking: the name comes first, the target's place then.
+DWORD TargetFile::GiveName() {
+    if (!written_.empty()) return ERROR_SUCCESS;
+    const std::string file = OpenFilePath();
+    return NameBeside([&file](const char *name) {
+        return linkat(AT_FDCWD, file.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0;
+    });
 }
 
 DWORD TargetFile::Write(const char *bytes, size_t count) noexcept {
@@ -87,8 +112,9 @@ DWORD TargetFile::Write(const char *bytes, size_t count) noexcept {
     return ERROR_SUCCESS;
 }
 
-DWORD TargetFile::Keep() noexcept {
+DWORD TargetFile::Keep() {
     if (OperationFails(Operation::File)) return ERROR_ACCESS_DENIED;
+    if (const DWORD error = GiveName(); error != ERROR_SUCCESS) return error;
     // Some file systems tell only here that the disk is full.
     if (close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) return ErrorFromErrno(errno, nullptr);
     if (std::rename(written_.c_str(), target_.c_str()) != 0) return ErrorFromErrno(errno, target_.c_str());

@@ -2,8 +2,10 @@
 // Downloads from a server of our own on this machine, well-behaved and not.
 #include "platform/net/download.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -16,6 +18,7 @@
 
 #include "platform/net/download_result.h"
 #include "platform/net/local_server.h"
+#include "platform/net/target_file.h"
 #include "platform/system/failure_point.h"
 
 namespace fenlight::platform {
@@ -62,6 +65,7 @@ class DownloadTest : public testing::Test {
                 "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n2\r\nde\r\n0\r\n\r\n");
         }
         if (path == "/request") return send(LocalServer::Page(request));
+        if (path == "/listed") return send(LocalServer::Page(std::to_string(CountFiles())));
         if (path == "/counted") return send(LocalServer::Page(std::to_string(++counted_)));
         if (path == "/moved") return send(RedirectTo("/page"));
         if (path == "/loop") return send(RedirectTo("/loop"));
@@ -177,6 +181,32 @@ TEST_F(DownloadTest, TargetsAreReplacedWithCareOrRefused) {
     struct stat about {};
     EXPECT_EQ(stat(In("folder/real").c_str(), &about), 0);
     EXPECT_EQ(about.st_mode & 0777, 0640U);
+}
+
+TEST_F(DownloadTest, AFileThatGrowsHasNoNameWhereThatCanBe) {
+    const int nameless = open(base_.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600);
+    if (nameless >= 0) {
+        close(nameless);
+        EXPECT_EQ(Fetch(server_.Url("/listed"), In("target")), 0);
+        EXPECT_EQ(Content("target"), "1") << "only the folder";
+        std::filesystem::remove(In("target"));
+    }
+    for (const bool isKept : {false, true}) {
+        TargetFile file("/no files are listed here/");
+        EXPECT_EQ(file.Open(In("target").c_str()) + file.Write("abc", 3), 0u);
+        EXPECT_EQ(CountFiles(), 2) << "it has a name of its own";
+        EXPECT_FALSE(std::filesystem::exists(In("target")));
+        if (isKept) {
+            EXPECT_EQ(file.Keep(), 0u);
+        }
+    }
+    EXPECT_EQ(Content("target"), "abc");
+    EXPECT_EQ(CountFiles(), 2);
+    struct stat about {};
+    const mode_t mask = umask(0);
+    umask(mask);
+    EXPECT_EQ(stat(In("target").c_str(), &about), 0);
+    EXPECT_EQ(about.st_mode & 0777, 0666U & ~mask);
 }
 
 TEST_F(DownloadTest, EveryOperationThatCanFailLeavesNothingBehind) {
