@@ -4,8 +4,9 @@
 #include <numeric>
 #include <random>
 
-#include "data/each_level.h"
+#include "data/memory_guard.h"
 #include "fenlight/files.h"
+#include "support/each_level.h"
 
 namespace fenlight {
 namespace {
@@ -27,14 +28,13 @@ TEST(Crypt, XorsEachByteWithItsByteOfTheKey) {
             for (size_t i = 0; i < length; ++i)
                 expected[i] = static_cast<char>(plain[i] ^ key[i % keyLength]);
             WithEachLevel([&] {
-                FencedText memory(plain), heldKey(key);
+                const GuardedMemory memory(plain), heldKey(key);
                 const auto crypt = [&] {
                     Crypt(memory.Data(), static_cast<int32_t>(length), heldKey.Data(),
                           static_cast<int32_t>(keyLength));
                 };
                 crypt();
                 ASSERT_EQ(memory.Text(), expected) << length << " bytes, key of " << keyLength;
-                ASSERT_TRUE(memory.IsFenceWhole());
                 crypt();
                 ASSERT_EQ(memory.Text(), plain) << length << " bytes, key of " << keyLength;
             });
@@ -49,7 +49,7 @@ TEST(GenerateChecksum, AddsAllBytesToTheStartValue) {
             std::accumulate(bytes.begin(), bytes.end(), start,
                             [](uint32_t sum, char byte) { return sum + static_cast<uint8_t>(byte); });
         WithEachLevel([&] {
-            FencedText memory(bytes);
+            const GuardedMemory memory(bytes);
             const auto count = static_cast<int32_t>(length);
             ASSERT_EQ(GenerateChecksum(memory.Data(), count, start), expected) << length;
             const uint32_t half = GenerateChecksum(memory.Data(), count / 2, start);

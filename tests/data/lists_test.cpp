@@ -6,7 +6,7 @@
 #include <cstring>
 #include <random>
 
-#include "data/each_level.h"
+#include "data/memory_guard.h"
 
 namespace fenlight {
 namespace {
@@ -52,11 +52,10 @@ void ExpectAsJudged(const std::string &text) {
         const auto tokens = static_cast<size_t>(std::count(text.begin(), text.end(), ',')) + 1;
         std::string expected(tokens * width, '?');
         const int32_t count = JudgeList(text, width, expected);
-        FencedText source(std::string_view(text.c_str(), text.size() + 1));
-        FencedText memory(static_cast<int64_t>(expected.size()));
+        const GuardedMemory source(std::string_view(text.c_str(), text.size() + 1));
+        const GuardedMemory memory(std::string(tokens * width, '?'));
         ASSERT_EQ(set(memory.Data() - 3, 3, reinterpret_cast<const char *>(source.Data())), count) << text;
         ASSERT_EQ(memory.Text(), expected) << width << " bytes each: " << text;
-        ASSERT_TRUE(memory.IsFenceWhole()) << text;
     }
 }
 
@@ -140,8 +139,8 @@ TEST(OemBytes, DecodesEscapesUpToTheZero) {
                                                          {"a\xFF!\xFF", "a\xFF\x63"},
                                                          {" \x01", "\xDE"}};
     for (const auto &[text, bytes] : cases) {
-        FencedText source(std::string_view(text.c_str(), text.size() + 1));
-        FencedText memory(static_cast<int64_t>(bytes.size()));
+        const GuardedMemory source(std::string_view(text.c_str(), text.size() + 1));
+        const GuardedMemory memory(std::string(bytes.size(), '?'));
         DataMem(memory.Data());
         EXPECT_EQ(OemBytes(reinterpret_cast<const char *>(source.Data())), static_cast<int32_t>(bytes.size()))
             << text;

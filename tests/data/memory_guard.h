@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace fenlight {
@@ -25,6 +27,8 @@ class GuardedMemory {
         data_ = block_ + kPage + (isAtStart ? 0 : room_ - size_);
         if (size_ > 0) std::memcpy(data_, content.data(), size_);
     }
+    explicit GuardedMemory(std::string_view text)
+        : GuardedMemory(std::vector<uint8_t>(text.begin(), text.end())) {}
     ~GuardedMemory() {
         const auto isUntouched = [](uint8_t byte) { return byte == 0; };
         EXPECT_TRUE(std::all_of(block_ + kPage, data_, isUntouched)) << "written before the start";
@@ -36,6 +40,7 @@ class GuardedMemory {
 
     uint8_t *Data() const { return data_; }
     std::vector<uint8_t> Content() const { return {data_, data_ + size_}; }
+    std::string Text() const { return {data_, data_ + size_}; }
 
   private:
     static constexpr size_t kPage = 4096;

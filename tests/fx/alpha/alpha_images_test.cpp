@@ -9,13 +9,14 @@
 #include <random>
 #include <vector>
 
-#include "data/each_level.h"
+#include "data/memory_guard.h"
 #include "fx/alpha/alpha_kernels.h"
 #include "fx/fx_picture.h"
 #include "images/image_slots.h"
 #include "platform/graphics/surface_access.h"
 #include "platform/system/failure_point.h"
 #include "platform/system/handle_table.h"
+#include "support/each_level.h"
 
 namespace fenlight::test {
 namespace {

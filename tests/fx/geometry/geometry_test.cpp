@@ -4,31 +4,21 @@
 
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <numeric>
 #include <random>
 #include <vector>
 
 #include "fenlight/fx_geometry.h"
-#include "frame/vector_level.h"
 #include "fx/fx_picture.h"
 #include "fx/geometry/angle_tables.h"
 #include "fx/pixel_walks.h"
 #include "platform/system/failure_point.h"
+#include "support/each_level.h"
 
 namespace fenlight::test {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-
-void AtEachLevel(const std::function<void()> &check) {
-    for (int level = 0; level < static_cast<int>(kVectorLevels); ++level) {
-        ForceVectorLevel(static_cast<VectorLevel>(level));
-        SCOPED_TRACE("vector level " + std::to_string(level));
-        check();
-    }
-    ReleaseVectorLevel();
-}
 
 // A buffer whose block ends with its last byte. Few colours, so that many pixels have that of the last.
 struct Buffer {
@@ -85,7 +75,7 @@ TEST(Mirrors, SwapThePixelsThatTheirDefinitionSwaps) {
                     {"FlipY", FlipY, FlipYSlowly},
                     {"Rotate180", Rotate180, Rotate180Slowly}};
     const Canvas canvas(67, 35), expected(67, 35);
-    AtEachLevel([&] {
+    WithEachLevel([&] {
         for (int32_t i = 0; i < 67 * 12; ++i) {
             const int32_t width = i % 67 + 1, height = i % 35 + 1;
             for (const auto &mirror : kMirrors) {
@@ -177,7 +167,7 @@ void ExpectRotated(const Buffer &background, const Buffer &fx, int32_t degrees, 
 TEST(Rotate, DrawsWhatPixelAfterPixelGives) {
     std::mt19937 random(4);
     const auto below = [&](uint32_t range) { return static_cast<int32_t>(random() % range); };
-    AtEachLevel([&] {
+    WithEachLevel([&] {
         for (int32_t i = 0; i < 1500; ++i) {
             const int32_t width = below(67) + 1, height = below(35) + 1;
             const Buffer background(width, height, i % 3 != 0, random()),
@@ -266,7 +256,7 @@ TEST(RotateImage, DrawsWhatGetPixelAndSetPixelGive) {
     const auto within = [&](int32_t from, int32_t to) {
         return from + static_cast<int32_t>(random() % static_cast<unsigned>(to - from + 1));
     };
-    AtEachLevel([&] {
+    WithEachLevel([&] {
         for (int i = 0; i < 360; ++i) {
             const int sourceDepth = i % 3 == 0 ? kDepths[i / 3 % 6] : 32,
                       depth = i % 4 == 0 ? kDepths[i / 4 % 6] : 32;
@@ -334,7 +324,7 @@ TEST(RotateMem, RollsAsThroughABlockAndLeavesWhatIsAround) {
     for (const int32_t direction : {0, 1, -7})
         for (int32_t length = 1; length <= 12; ++length)
             for (int32_t amount = -14; amount <= 14; ++amount) check(length, amount, direction);
-    AtEachLevel([&] {
+    WithEachLevel([&] {
         for (const int32_t length : {16384, 32770, 100003, 262144})
             for (const int32_t amount :
                  {1, 16383, 16385, 32769, 50001, 61803, 100002, 131072, 200001, -70000})
