@@ -74,36 +74,26 @@ TEST_P(DepackerTest, OpensEachKindOfItem) {
                    std::string("ababab\0b\0b", 10));
 }
 
-TEST_P(DepackerTest, CorrectsLengthsByOffset) {
-    const Bytes before = MakeNoise(92000, 2);
-    const struct {
-        uint32_t offset, correction;
-    } kCases[] = {{1, 2},    {127, 2},  {128, 0},   {255, 0},   {256, 0},
-                  {1279, 0}, {1280, 1}, {31999, 1}, {32000, 2}, {91904, 2}};
-    for (const auto &[offset, correction] : kCases) {
-        for (const uint32_t gamma : {2u, 3u, 4u, 7u, 8u, 255u, 256u, 65535u, 65536u, 91900u}) {
-            SCOPED_TRACE(testing::Message() << "offset " << offset << ", gamma " << gamma);
-            Bytes expected = before;
-            for (uint32_t i = 0; i < gamma + correction; ++i)
-                expected.push_back(expected[expected.size() - offset]);
-            StreamBuilder builder(before[0]);
-            builder.Literals(Bytes(before.begin() + 1, before.end()));
-            ExpectBothWays(builder.Long(offset / 256 + 3, offset % 256, gamma), Text(expected));
-        }
-    }
+void ExpectRepeat(const Bytes &before, uint32_t offset, uint32_t gamma, uint32_t correction) {
+    SCOPED_TRACE(testing::Message() << "offset " << offset << ", gamma " << gamma);
+    Bytes expected = before;
+    for (uint32_t i = 0; i < gamma + correction; ++i) expected.push_back(expected[expected.size() - offset]);
+    StreamBuilder builder(before[0]);
+    builder.Literals(Bytes(before.begin() + 1, before.end()));
+    ExpectBothWays(builder.Long(offset / 256 + 3, offset % 256, gamma), Text(expected));
 }
 
-TEST_P(DepackerTest, RepeatsWhatItJustWrote) {
-    const Bytes before = MakeNoise(80, 3);
-    for (uint32_t offset = 1; offset <= 70; ++offset) {
-        for (uint32_t gamma = 2; gamma <= 80; ++gamma) {
-            StreamBuilder builder(before[0]);
-            builder.Literals(Bytes(before.begin() + 1, before.end())).Long(3, offset, gamma);
-            Bytes expected = before;
-            for (uint32_t i = 0; i < gamma + 2; ++i) expected.push_back(expected[expected.size() - offset]);
-            ExpectBothWays(builder, Text(expected));
-        }
-    }
+// Of corrected lengths, also from what was just written.
+TEST_P(DepackerTest, RepeatsFromAnyOffset) {
+    const Bytes few = MakeNoise(80, 3), many = MakeNoise(92000, 2);
+    for (uint32_t offset = 1; offset <= 70; ++offset)
+        for (uint32_t gamma = 2; gamma <= 80; ++gamma) ExpectRepeat(few, offset, gamma, 2);
+    constexpr std::pair<uint32_t, uint32_t> kCorrections[] = {{1, 2},     {127, 2},  {128, 0},  {255, 0},
+                                                              {256, 0},   {1279, 0}, {1280, 1}, {31999, 1},
+                                                              {32000, 2}, {91904, 2}};
+    for (const auto &[offset, correction] : kCorrections)
+        for (const uint32_t gamma : {2u, 3u, 4u, 7u, 8u, 255u, 256u, 65535u, 65536u, 91900u})
+            ExpectRepeat(many, offset, gamma, correction);
 }
 
 TEST_P(DepackerTest, RefusesWhatReachesOutside) {

@@ -115,9 +115,8 @@ Bytes Deflate(const Bytes &raw, int level, int strategy) {
     return packed;
 }
 
-uint32_t ReadValue(const platform::PixelView &view, int x, int y) {
-    const uint8_t *const row = view.Row(y);
-    switch (platform::BitsPerPixel(view.format)) {
+uint32_t ReadValue(const uint8_t *row, int bitCount, int x) {
+    switch (bitCount) {
         case 1:
             return row[x / 8] >> (7 - x % 8) & 1u;
         case 4:
@@ -141,8 +140,9 @@ void TakeBitmap(HBITMAP bitmap, LoadResult &result) {
         result.values = result.alphas = Picture(view.width, view.height);
         for (int y = 0; y < view.height; ++y) {
             for (int x = 0; x < view.width; ++x) {
-                result.values.At(x, y) = ReadValue(view, x, y) & 0xFFFFFF;
-                result.alphas.At(x, y) = ReadValue(view, x, y) >> 24;
+                const uint32_t value = ReadValue(view.Row(y), result.bitCount, x);
+                result.values.At(x, y) = value & 0xFFFFFF;
+                result.alphas.At(x, y) = value >> 24;
             }
         }
         if (view.palette != nullptr) result.palette.assign(view.palette, view.palette + 256);

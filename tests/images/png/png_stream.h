@@ -65,7 +65,7 @@ LoadResult LoadPng(const Bytes &stream);
 // The same with another first step.
 LoadResult LoadPngBy(const std::function<int32_t(PngContext *)> &load);
 // A pixel as it stands in memory: an index, or blue, green, red, alpha from the low byte on.
-uint32_t ReadValue(const platform::PixelView &view, int x, int y);
+uint32_t ReadValue(const uint8_t *row, int bitCount, int x);
 // The pixels of a live bitmap, which is deleted.
 void TakeBitmap(HBITMAP bitmap, LoadResult &result);
 // The colours that the bitmap shows.
