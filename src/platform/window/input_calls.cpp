@@ -16,9 +16,12 @@ int16_t Packed(bool isDown, bool lowBit) {
     return static_cast<int16_t>(static_cast<uint16_t>((isDown ? 0x8000 : 0) | (lowBit ? 1 : 0)));
 }
 
-// Where no window was ever shown, there is no pointer of ours to move.
+// Without a window the pointer is the user's own. Before the thread runs there is none.
 void ShowCursorPlace() {
-    if (IsDisplayThreadRunning()) RunOnDisplayThread([] { MovePointer(CurrentCursor()); });
+    if (!IsDisplayThreadRunning()) return;
+    RunOnDisplayThread([] {
+        if (HasShownWindows()) MovePointer(CurrentCursor());
+    });
 }
 
 }  // namespace

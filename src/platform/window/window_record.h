@@ -15,7 +15,8 @@
 
 namespace fenlight::platform {
 
-// SDL's own limit for a window's side; of a larger one the X server would end the program.
+// SDL's own limit for a window's side. Of a larger one the X server sees only the low 16 bits, and ends the
+// program where they are 0.
 constexpr bool IsWindowSide(int32_t pixels) { return pixels > 0 && pixels <= 16384; }
 
 struct WindowRecord : HandleObject {

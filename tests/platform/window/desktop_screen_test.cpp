@@ -97,6 +97,9 @@ TEST(DISABLED_OnScreen, TheCursorFollowsTheMouseAndTheMouseFollowsTheCursor) {
     DestroyWindow(window);
     EXPECT_TRUE(GetKeyState('K') >= 0 && GetKeyState(VK_RBUTTON) >= 0) << "up with the last window";
     OutputOf("xdotool keyup k mouseup 3");
+    SetCursorPos(30, 20);
+    EXPECT_TRUE(CursorComesTo(30, 20));
+    EXPECT_TRUE(RealPointerComesTo(390, 240)) << "without a window it is the user's";
 }
 
 TEST(DISABLED_OnScreen, AChangedModeFillsTheScreenAndIsTakenBack) {
