@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "fx/blends/blend_kernels.h"
 #include "fx/fx_buffer.h"
 #include "platform/graphics/surface_access.h"
+#include "platform/graphics/surface_painting.h"
 
 namespace fenlight {
 
@@ -33,7 +33,7 @@ bool PaintInBands(uintptr_t dc, int32_t x, int32_t y, const FXHeader &fx, Make m
     const int64_t pitch = PaddedRowBytes(fx.biWidth);
     if (fx.biWidth < 1 || fx.biSizeImage < pitch * fx.biHeight) return false;
     const int64_t bandRows = std::max(kBandBytes / pitch, int64_t{1});
-    const PixelBlock band(bandRows * pitch + kWidenSlack);
+    const PixelBlock band(bandRows * pitch);
     if (!band) return true;
     platform::SurfaceAccess surface(dc);
     if (!surface) return true;
@@ -43,13 +43,16 @@ bool PaintInBands(uintptr_t dc, int32_t x, int32_t y, const FXHeader &fx, Make m
     const PaintSpan columns = ClipPaint(x, fx.biWidth, view.width);
     const PaintSpan rows = ClipPaint(y, fx.biHeight, view.height);
     if (columns.first >= columns.end) return true;
-    const auto widen = ChooseBlends().widen;
     for (int64_t row = rows.first; row < rows.end; row += bandRows) {
         const int64_t height = std::min(bandRows, rows.end - row);
         make(band.Bytes(), row * pitch, height * pitch);
-        for (int64_t i = 0; i < height; ++i)
-            widen(view.Row(static_cast<int32_t>(y + row + i)) + 4 * (x + columns.first),
-                  band.Bytes() + i * pitch + kFXPixelBytes * columns.first, columns.end - columns.first);
+        platform::PixelView pixels;
+        pixels.topRow = band.Bytes();
+        pixels.pitch = static_cast<ptrdiff_t>(pitch);
+        pixels.width = fx.biWidth;
+        pixels.height = static_cast<int32_t>(height);
+        pixels.format = platform::PixelFormat::Bgr24;
+        platform::PaintOnSurface(view, x, static_cast<int32_t>(y + row), pixels);
     }
     surface.MarkChanged();
     return true;

@@ -38,16 +38,9 @@ void MergeEdges(const EdgeMerge &merge, EdgeRule rule) noexcept {
     }
 }
 
-void WidenPixels(uint8_t *target, const uint8_t *source, int64_t count) noexcept {
-    for (int64_t i = 0; i < count; ++i, target += 4, source += 3) {
-        Copy(target, source);
-        target[3] = 0;
-    }
-}
-
 }  // namespace
 
-extern const BlendKernels kPlainBlendKernels{FadeBytes, MixBytes, MergeEdges, WidenPixels};
+extern const BlendKernels kPlainBlendKernels{FadeBytes, MixBytes, MergeEdges};
 
 namespace {
 

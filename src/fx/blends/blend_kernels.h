@@ -31,8 +31,6 @@ struct EdgeMerge {
 // What becomes of a pixel with a neighbour of the key colour.
 enum class EdgeRule : uint8_t { Average, Keep };
 
-inline constexpr int64_t kWidenSlack = 64;
-
 struct BlendKernels {
     // `count` bytes; the result lies apart from both pictures.
     void (*fade)(uint8_t *result, const uint8_t *first, const uint8_t *second, int64_t count,
@@ -42,9 +40,6 @@ struct BlendKernels {
                 int64_t count) noexcept;
     // Source pixels onto the target but for those of the key colour.
     void (*mergeEdges)(const EdgeMerge &merge, EdgeRule rule) noexcept;
-    // `count` pixels of three bytes to pixels of four, the last of which is 0. Up to kWidenSlack bytes behind
-    // the source are read.
-    void (*widen)(uint8_t *target, const uint8_t *source, int64_t count) noexcept;
 };
 
 extern const BlendKernels kPlainBlendKernels;

@@ -60,19 +60,9 @@ void MergeEdges(const EdgeMerge &merge, EdgeRule rule) noexcept {
     MergeEdgesInWords(merge, rule, key, kPlainBlendKernels.mergeEdges);
 }
 
-// Four pixels for each half of a vector.
-void WidenPixels(uint8_t *target, const uint8_t *source, int64_t count) noexcept {
-    const __m256i order =
-        _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1));
-    for (; count >= 8; count -= 8, target += 32, source += 24)
-        _mm256_storeu_si256(reinterpret_cast<__m256i *>(target),
-                            _mm256_shuffle_epi8(LoadHalves(source, source + 12), order));
-    kPlainBlendKernels.widen(target, source, count);
-}
-
 }  // namespace
 
-extern const BlendKernels kAvx2BlendKernels{FadeBytes, MixBytes, MergeEdges, WidenPixels};
+extern const BlendKernels kAvx2BlendKernels{FadeBytes, MixBytes, MergeEdges};
 
 }  // namespace fenlight
 #endif

@@ -87,29 +87,9 @@ void MixInVectors(uint8_t *result, const uint8_t *first, const uint8_t *second, 
     MixBytes(result + i, first + i, second + i, mask + i, count - i);
 }
 
-constexpr PlaneBytes SpreadOrder() {
-    PlaneBytes order{};
-    for (size_t i = 0; i < order.size(); ++i) order[i] = static_cast<uint8_t>(i / 4 * 3 + i % 4);
-    return order;
-}
-
-alignas(64) constexpr PlaneBytes kSpread = SpreadOrder();
-
-void WidenPixels(uint8_t *target, const uint8_t *source, int64_t count) noexcept {
-    const __m512i order = _mm512_load_si512(kSpread.data());
-    for (; count > 0; count -= 16, target += 64, source += 48) {
-        const __m512i pixels =
-            _mm512_maskz_permutexvar_epi8(0x7777777777777777, order, _mm512_loadu_si512(source));
-        if (count >= 16)
-            _mm512_storeu_si512(target, pixels);
-        else
-            _mm512_mask_storeu_epi32(target, static_cast<__mmask16>((1u << count) - 1), pixels);
-    }
-}
-
 }  // namespace
 
-extern const BlendKernels kAvx512BlendKernels{FadeBytes, MixInVectors, MergeEdges, WidenPixels};
+extern const BlendKernels kAvx512BlendKernels{FadeBytes, MixInVectors, MergeEdges};
 
 }  // namespace fenlight
 #endif

@@ -5,6 +5,6 @@
 
 namespace fenlight {
 
-extern const GeometryKernels kPlainGeometryKernels{TurnRest, SwapBytes, FindLandings, WidenPixels};
+extern const GeometryKernels kPlainGeometryKernels{TurnRest, SwapBytes, FindLandings};
 
 }  // namespace fenlight

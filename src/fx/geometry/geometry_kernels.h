@@ -41,8 +41,6 @@ struct GeometryKernels {
     void (*swapBytes)(uint8_t *first, uint8_t *second, int64_t bytes) noexcept;
     // Writes `count` offsets, rounded up to a multiple of kLandingsAtOnce.
     void (*findLandings)(const LandingLine &line, int32_t *offsets, int64_t count) noexcept;
-    // Pixels of three bytes to words with 0 in their highest byte.
-    void (*widenPixels)(const uint8_t *pixels, uint8_t *words, int64_t count) noexcept;
 };
 
 extern const GeometryKernels kPlainGeometryKernels;

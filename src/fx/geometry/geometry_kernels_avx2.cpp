@@ -65,20 +65,9 @@ void TurnPixels(uint8_t *begin, uint8_t *end) noexcept {
     TurnRest(begin, end);
 }
 
-// Eight at a time; the four bytes behind them are read too.
-void WidenEights(const uint8_t *pixels, uint8_t *words, int64_t count) noexcept {
-    int64_t i = 0;
-    for (; i + 10 <= count; i += 8) {
-        const __m256i packed = LoadHalves(pixels + 3 * i, pixels + 3 * i + 12);
-        StoreHalves(words + 4 * i, words + 4 * i + 16,
-                    Pick(packed, _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1)));
-    }
-    WidenPixels(pixels + 3 * i, words + 4 * i, count - i);
-}
-
 }  // namespace
 
-extern const GeometryKernels kAvx2GeometryKernels{TurnPixels, SwapBytes, FindLandings, WidenEights};
+extern const GeometryKernels kAvx2GeometryKernels{TurnPixels, SwapBytes, FindLandings};
 
 }  // namespace fenlight
 #endif

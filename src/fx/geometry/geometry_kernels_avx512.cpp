@@ -24,14 +24,7 @@ constexpr Places MakeReversed() {
     return places;
 }
 
-constexpr Places MakeWidened() {
-    Places places{};
-    for (size_t i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>(i / 4 * 3 + i % 4);
-    return places;
-}
-
 alignas(64) constexpr Places kReversed = MakeReversed();
-alignas(64) constexpr Places kWidened = MakeWidened();
 
 // The same for `count` pixels, up to 21.
 __m512i ReversedPlaces(int64_t count) noexcept {
@@ -101,20 +94,9 @@ void TurnPixels(uint8_t *begin, uint8_t *end) noexcept {
     TurnShort(begin, end);
 }
 
-void WidenSixteens(const uint8_t *pixels, uint8_t *words, int64_t count) noexcept {
-    const __m512i widened = _mm512_load_si512(kWidened.data());
-    for (int64_t i = 0; i < count; i += 16) {
-        const auto bits = static_cast<unsigned>(count - i < 16 ? count - i : 16);
-        const __mmask64 colours = _bzhi_u64(0x7777777777777777, 4 * bits);
-        const __m512i packed = _mm512_maskz_loadu_epi8(_bzhi_u64(~uint64_t{0}, 3 * bits), pixels + 3 * i);
-        _mm512_mask_storeu_epi32(words + 4 * i, static_cast<__mmask16>(_bzhi_u32(0xFFFF, bits)),
-                                 Pick(colours, widened, packed));
-    }
-}
-
 }  // namespace
 
-extern const GeometryKernels kAvx512GeometryKernels{TurnPixels, SwapBytes, FindLandings, WidenSixteens};
+extern const GeometryKernels kAvx512GeometryKernels{TurnPixels, SwapBytes, FindLandings};
 
 }  // namespace fenlight
 #endif

@@ -39,12 +39,5 @@ inline void FindLandings(const LandingLine &line, int32_t *offsets, int64_t coun
     }
 }
 
-inline void WidenPixels(const uint8_t *pixels, uint8_t *words, int64_t count) noexcept {
-    for (int64_t i = 0; i < count; ++i) {
-        for (int64_t channel = 0; channel < 3; ++channel) words[4 * i + channel] = pixels[3 * i + channel];
-        words[4 * i + 3] = 0;
-    }
-}
-
 }  // namespace
 }  // namespace fenlight

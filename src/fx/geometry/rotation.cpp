@@ -10,6 +10,7 @@
 #include "fx/geometry/landing.h"
 #include "fx/pixel_walks.h"
 #include "platform/graphics/surface_access.h"
+#include "platform/graphics/surface_painting.h"
 
 namespace fenlight {
 namespace {
@@ -143,11 +144,10 @@ bool DrawOnSurface(platform::SurfaceAccess &surface, int32_t x, int32_t y, const
     const bool isInside = x >= 0 && y >= 0 && rows.width <= view.width - x && rows.rows <= view.height - y;
     const bool isAsPainted = background.biWidth % 4 == 0 && rows.rows == background.biHeight;
     if (view.format != PixelFormat::Bgrx32 || !isInside || !isAsPainted) return false;
+    platform::PaintOnSurface(view, x, y, PackedView(background, background.Pixels));
     view.topRow = view.Row(y) + 4 * x;
     view.width = background.biWidth;
     view.height = background.biHeight;
-    const auto widenPixels = CurrentGeometryKernels().widenPixels;
-    for (int32_t row = 0; row < view.height; ++row) widenPixels(rows.Row(row), view.Row(row), view.width);
     DrawTurned(view, fx, degrees, isKeyed);
     surface.MarkChanged();
     return true;

@@ -5,6 +5,7 @@
 
 #include "platform/graphics/context.h"
 #include "platform/graphics/screen_context.h"
+#include "platform/graphics/surface_painting.h"
 #include "platform/system/failure_point.h"
 #include "platform/system/suspend_gate.h"
 
@@ -89,6 +90,10 @@ COLORREF ReadSurfacePixel(const PixelView &view, int32_t x, int32_t y) noexcept 
 
 void WriteSurfacePixel(const PixelView &view, int32_t x, int32_t y, COLORREF colour) noexcept {
     WritePixel(view, x, y, colour);
+}
+
+void PaintOnSurface(const PixelView &surface, int32_t x, int32_t y, const PixelView &pixels) noexcept {
+    BlitBlock(surface, &pixels, {x, y, pixels.width, pixels.height, 0, 0}, SRCCOPY, TransferColours());
 }
 
 bool DrawPixels(HDC handle, int32_t x, int32_t y, const PixelView &pixels) noexcept {
