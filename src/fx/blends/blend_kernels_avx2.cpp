@@ -53,14 +53,6 @@ __m256i PlaneOf(uint32_t byte) noexcept { return _mm256_set1_epi8(static_cast<ch
 #include "fx/blends/edge_loops.h"
 
 namespace fenlight {
-namespace {
-
-void MergeEdges(const EdgeMerge &merge, EdgeRule rule) noexcept {
-    const ColourPlanes key{PlaneOf(merge.key), PlaneOf(merge.key >> 8), PlaneOf(merge.key >> 16)};
-    MergeEdgesInWords(merge, rule, key, kPlainBlendKernels.mergeEdges);
-}
-
-}  // namespace
 
 extern const BlendKernels kAvx2BlendKernels{FadeBytes, MixBytes, MergeEdges};
 

@@ -57,11 +57,6 @@ __m512i PlaneOf(uint32_t byte) noexcept { return _mm512_set1_epi8(static_cast<ch
 namespace fenlight {
 namespace {
 
-void MergeEdges(const EdgeMerge &merge, EdgeRule rule) noexcept {
-    const ColourPlanes key{PlaneOf(merge.key), PlaneOf(merge.key >> 8), PlaneOf(merge.key >> 16)};
-    MergeEdgesInWords(merge, rule, key, kPlainBlendKernels.mergeEdges);
-}
-
 // Pairs of bytes of both pictures times pairs of shares; the constants are those of MixByte.
 __m512i MixPairs(__m512i pairs, __m512i masks) noexcept {
     const __m512i shares = _mm512_mulhi_epu16(masks, _mm512_set1_epi16(25701));

@@ -3,6 +3,7 @@
 // behind their colour planes and
 //
 //   uint64_t MatchingPixels(planes, planes)         a bit for each pixel that is the same in both
+//   PlaneOf(byte)                                   one colour of a plane, of the lowest 8 bits
 //   MergeWord<rule>(target, source, copied, edges)  64 pixels, each as its bits say
 //
 // Which pixels have the key colour is found out once for each, as bits of words of 64 pixels. The words from
@@ -10,6 +11,8 @@
 #pragma once
 
 #include <cstdint>
+
+#include "fx/blends/blend_kernels.h"
 
 namespace fenlight {
 namespace {
@@ -128,10 +131,10 @@ void MergeBy(const EdgeMerge &merge, const ColourPlanes &key) noexcept {
     }
 }
 
-// `plain` for rows that are too wide for the ring.
-void MergeEdgesInWords(const EdgeMerge &merge, EdgeRule rule, const ColourPlanes &key,
-                       void (*plain)(const EdgeMerge &, EdgeRule) noexcept) noexcept {
-    if (merge.width > kWidestRow) return plain(merge, rule);
+// The plain version takes rows that are too wide for the ring.
+void MergeEdges(const EdgeMerge &merge, EdgeRule rule) noexcept {
+    if (merge.width > kWidestRow) return kPlainBlendKernels.mergeEdges(merge, rule);
+    const ColourPlanes key{PlaneOf(merge.key), PlaneOf(merge.key >> 8), PlaneOf(merge.key >> 16)};
     (rule == EdgeRule::Average ? MergeBy<EdgeRule::Average> : MergeBy<EdgeRule::Keep>)(merge, key);
 }
 
