@@ -84,13 +84,13 @@ FENLIGHT_API HDC CreateCompatibleDC(HDC context) FENLIGHT_NOEXCEPT;
 
 /// Ends a memory context. What is selected into it is released, not deleted. 0 is allowed and does nothing.
 /// @return 1; 0 if it is no live memory context. The contexts of windows and of the screen are not ended
-/// here.
+///         here.
 FENLIGHT_API BOOL DeleteDC(HDC context) FENLIGHT_NOEXCEPT;
 
 /// Makes a black bitmap of the format, and with the colours, of the bitmap that is selected into a context. A
 /// fresh memory context has a monochrome one: pass the screen's or a window's context for a bitmap in colour.
 /// @param width   pixels; with `height` at most 2^28 pixels and 2 GB together; 0 gives one monochrome pixel,
-/// as published
+///                as published
 /// @param height  pixels, as `width`
 /// @return the bitmap, to be deleted by DeleteObject; 0 for a dead context, a negative or too large size, or
 ///         where memory or handles ran out
@@ -102,7 +102,7 @@ FENLIGHT_API HBITMAP CreateCompatibleBitmap(HDC context, int32_t width, int32_t 
 /// @param planes    1
 /// @param bitCount  1 (monochrome), 4 or 8 (standard colours), 24 or 32
 /// @param bits      the rows from the top, each filled up to 2 bytes; NULL for a black bitmap. Only read
-/// here.
+///                  here.
 /// @return the bitmap, to be deleted by DeleteObject; 0 for other planes, depths and sizes, or where memory
 ///         or handles ran out
 FENLIGHT_API HBITMAP CreateBitmap(int32_t width, int32_t height, UINT planes, UINT bitCount,
@@ -169,7 +169,7 @@ FENLIGHT_API COLORREF SetTextColor(HDC context, COLORREF colour) FENLIGHT_NOEXCE
 
 /// Sets how StretchBlt scales onto this context.
 /// @param mode  COLORONCOLOR; BLACKONWHITE, the mode of a fresh context, is taken too. Both drop or repeat
-/// pixels.
+///              pixels.
 /// @return the mode before; 0 for other modes or a dead context, and nothing changes then
 FENLIGHT_API int32_t SetStretchBltMode(HDC context, int32_t mode) FENLIGHT_NOEXCEPT;
 
