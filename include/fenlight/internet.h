@@ -20,7 +20,8 @@ FENLIGHT_BEGIN_C
 ///                  followed, to those two only, and certificates of servers are checked.
 /// @param fileName  path of the target, whose folder must exist and be writable. A file that stands there is
 ///                  replaced and keeps its access rights, a symbolic link leads to the file that is replaced
-///                  (one that leads nowhere is replaced itself); directories, devices and files that may not be written are refused.
+///                  (one that leads nowhere is replaced itself); directories, devices and files that may not
+///                  be written are refused.
 /// @return 0 if the file is there and whole. Else one of the published result codes, all below 0:
 ///
 ///         0x800C0002  `url` is no address, or 0

@@ -79,7 +79,8 @@ TEST_P(ArrayBlit, DoesWhatTheWalkDoesAlsoWithinOneBuffer) {
         GuardedBuffer buffers[3] = {noise(), noise(), noise()};
         // Few values, so that keys and equal pixels come up.
         for (GuardedBuffer &buffer : buffers)
-            for (uint8_t &byte : buffer.bytes) byte = scene % 3 == 0 ? byte % 2 * 85 : byte;
+            for (uint8_t &byte : buffer.bytes)
+                byte = static_cast<uint8_t>(scene % 3 == 0 ? byte % 2 * 85 : byte);
         const size_t source = scene % 2 == 0 ? 1 : 0;
         const size_t mask = scene % 5 == 0 ? 0 : scene % 7 == 0 ? source : 2;
         Call call{
