@@ -214,12 +214,13 @@ class RandomColours {
 
 // False: no particle was shown.
 bool RunEffect(PixelEffectBlock &effect) {
-    ParticleRules rules = NextRules(effect);
+    const ParticleRules rules = NextRules(effect);
     bool isAnyShown = false;
     const auto move = [&](std::span<PixelParticle> particles, const auto &pixels, auto &jobs) {
         const RandomColours random(particles, rules);
-        rules.randomColours = random.First();
-        isAnyShown |= MoveParticles(particles, rules, pixels, jobs) != 0;
+        ParticleRules rulesOfPart = rules;
+        rulesOfPart.randomColours = random.First();
+        isAnyShown |= MoveParticles(particles, rulesOfPart, pixels, jobs) != 0;
     };
     WorkOnPixels({.dest = effect.destDC, .background = effect.backgroundDC}, ParticlesOf(effect), move);
     return isAnyShown;

@@ -123,11 +123,11 @@ class Contenders {
   private:
     size_t words_, count_ = 0;
     void *block_;
-    SlabRows rows_;
-    EdgeSlabs *slabs_;
-    NearSets near_;
-    BoxArrays boxes_;
-    uintptr_t *sprites_;
+    SlabRows rows_{};
+    EdgeSlabs *slabs_ = nullptr;
+    NearSets near_{};
+    BoxArrays boxes_{};
+    uintptr_t *sprites_ = nullptr;
 
     void Divide(Divider &divider) noexcept {
         const size_t sprites = 64 * words_;
