@@ -154,11 +154,11 @@ TEST_F(DownloadTest, FailuresSayWhyAndLeaveWhatStoodThere) {
                  {"", kInvalidAddress}};
     for (const auto &c : cases) {
         std::ofstream(In("standing")) << "stands";
-        EXPECT_EQ(Fetch(c.url, In("standing")), c.result) << c.url;
+        EXPECT_EQ(Fetch(c.url, In("standing"), {5, 1}), c.result) << c.url;
         EXPECT_EQ(Content("standing"), "stands") << c.url;
         std::filesystem::remove(In("standing"));
         if (c.result == kTimedOut) continue;
-        EXPECT_EQ(Fetch(c.url, In("absent")), c.result) << c.url;
+        EXPECT_EQ(Fetch(c.url, In("absent"), {5, 1}), c.result) << c.url;
         EXPECT_EQ(CountFiles(), 2) << c.url;
     }
     EXPECT_EQ(DownloadToFile(nullptr, In("absent").c_str()), kInvalidAddress);
