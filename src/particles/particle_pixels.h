@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Zlib
 // The second half of a frame: the pixels that particles give back and light, one by one in the order of the
 // records: with the same outcome as single GetPixel and SetPixel calls, but with one lock of both surfaces
-// for a few hundred particles.
+// for a thousand particles.
 //
 // The two are locked in the order of transfers, so no order of contexts can make two threads wait for each
 // other, and others get their turn between two locks. A thread that is stopped comes to rest there too.
