@@ -108,11 +108,13 @@ DWORD HatAngle(SDL_Joystick *device) {
     }
 }
 
+// An axis that the device lacks rests in the middle: between asking for the caps and for the position
+// another device may have taken the seat, and the caller must not be steered into a corner by that.
 void ReadDevice(Seat &seat) {
     JOYINFOEX &position = seat.position;
     const auto read = [&seat](int axis) {
         const bool isThere = static_cast<UINT>(axis) < seat.caps.wNumAxes;
-        return static_cast<DWORD>(isThere ? SDL_JoystickGetAxis(seat.device, axis) + kCentre : 0);
+        return static_cast<DWORD>(isThere ? SDL_JoystickGetAxis(seat.device, axis) + kCentre : kCentre);
     };
     position.dwXpos = read(0);
     position.dwYpos = read(1);
