@@ -131,8 +131,8 @@ typedef struct JOYINFO {
     UINT wButtons;
 } JOYINFO;
 
-/* Six axes from 0 to 65535, 32768 where the device has none, 32 buttons with bit 0 for the first, and a hat.
- */
+/* Six axes from 0 to 65535, 32768 where the device has none, 32 buttons with bit 0 for the first, and a
+   hat. */
 typedef struct JOYINFOEX {
     DWORD dwSize;  /* of this record, 52; set by the caller */
     DWORD dwFlags; /* JOY_RETURN bits of what is wanted; set by the caller */
