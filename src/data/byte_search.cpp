@@ -14,11 +14,6 @@
 namespace fenlight {
 namespace {
 
-struct Pattern {
-    const uint8_t *bytes;
-    int64_t length;
-};
-
 // The bytes of written language, tables and pictures from the most frequent on. Only the order of the rarer
 // ones matters: a pattern is probed where its rarest bytes are.
 constexpr std::array<uint8_t, 256> RankBytes() {
@@ -74,25 +69,6 @@ void TakeFirstProbes(ProbedPattern &pattern) noexcept {
     pattern.probes[2] = middle;
 }
 
-void MarkWords(ProbedPattern &pattern, int turn, WordMarks &words) noexcept {
-    constexpr uint64_t kFactors[] = {0x9E3779B97F4A7C15U, 0xD6E8FEB86659FD93U, 0xA0761D6478BD642FU};
-    // Of a longer pattern only so much, for that takes time, and the more marks, the fewer leaps.
-    const int64_t marked = std::min<int64_t>(pattern.length, 256);
-    const bool areLong = marked >= 48;
-    const uint64_t mask = areLong ? ~uint64_t{0} : ~uint64_t{0} << 32, factor = kFactors[turn];
-    const uint8_t *const bytes = pattern.bytes;
-    words.marks.fill(0);
-    const auto mark = [&, factor](uint64_t word) { words.marks[WordMarks::Hash(word, mask, factor)] = 1; };
-    for (int64_t i = 0; i + 8 <= marked; ++i) mark(WordMarks::Load(bytes + i));
-    for (int64_t i = 0; i < 4 && !areLong; ++i) mark(WordMarks::Load(bytes + i) << 32);
-    words.wordBytes = areLong ? 8 : 4;
-    words.mask = mask;
-    words.factor = factor;
-    words.mayChange = turn + 1 < std::ssize(kFactors);
-    pattern.marked = marked;
-    pattern.words = &words;
-}
-
 bool Matches(const uint8_t *text, int64_t at, const Pattern &pattern, int64_t from, int64_t count) noexcept {
     return std::memcmp(text + at + from, pattern.bytes + from, static_cast<size_t>(count)) == 0;
 }
@@ -133,12 +109,22 @@ bool ChainMatches(const uint8_t *text, int64_t from, int64_t candidates, const P
     return false;
 }
 
+// The scan of a text and that of its tail.
 template <typename Sink>
 ScanText<Sink> *ChooseScan() noexcept {
     if constexpr (Sink::kMayOverlap) {
         return ChooseMemoryKernels().scanForNth;
     } else {
         return ChooseMemoryKernels().scanForSeparate;
+    }
+}
+
+template <typename Sink>
+ScanTail<Sink> *ChooseTailScan() noexcept {
+    if constexpr (Sink::kMayOverlap) {
+        return ChooseMemoryKernels().scanTailForNth;
+    } else {
+        return ChooseMemoryKernels().scanTailForSeparate;
     }
 }
 
@@ -203,51 +189,36 @@ void ScanForRuns(const uint8_t *text, int64_t candidates, const Pattern &pattern
     }
 }
 
-// Copied with room in front, few places can be looked at like many.
-template <typename Sink>
-bool ScanFew(const uint8_t *text, int64_t candidates, const ProbedPattern &pattern, Sink &matches) noexcept {
-    constexpr int64_t kMost = 320;
-    const int64_t length = candidates + pattern.length - 1;
-    if (length > kMost) return false;
-    std::array<uint8_t, kScanned + kMost> room;
-    std::memset(room.data(), 0, kScanned);
-    std::memcpy(room.data() + kScanned, text, static_cast<size_t>(length));
-    return ChooseScan<Sink>()(pattern, room.data() + kScanned, 0, candidates, matches) == candidates;
+bool IsWorthLeaping(int64_t length, int64_t candidates) noexcept {
+    return length >= 48 && candidates >= (length >= 90 ? 8192 : 16384);
 }
 
 bool IsRun(const Pattern &pattern) noexcept {
     return std::memcmp(pattern.bytes, pattern.bytes + 1, static_cast<size_t>(pattern.length - 1)) == 0;
 }
 
-// Begins without any preparation, which would cost more than many a search, marks the pairs of a long pattern
-// when the match is not near, and chooses the probes when the first ones hold too often. Gives the first
-// position that was not looked at.
+// Begins without any preparation, which would cost more than many a search, leaps over what a long pattern's
+// match is not near to, and chooses the probes when the first ones hold too often. Gives the first position
+// that was not looked at.
 template <typename Sink>
-int64_t ScanMany(const uint8_t *text, int64_t candidates, ProbedPattern &probed, Sink &matches) noexcept {
-    constexpr int64_t kFirstLook = 256, kWorthChoosing = 128, kShortestLeap = 20, kWorthMarking = 4096,
-                      kWorthChanging = 16384;
-    const bool willLeap = probed.length >= kShortestLeap && candidates >= kWorthMarking;
-    WordMarks words;
-    bool isChosen = probed.length <= 3;
-    int turns = 0;
-    int64_t end = willLeap ? kFirstLook : candidates;
-    for (int64_t from = 0;;) {
-        from = ChooseScan<Sink>()(probed, text, from, end, matches);
-        if (from == candidates || matches.HasEnough()) return candidates;
-        const bool changes =
-            probed.words != nullptr && words.mayChange && candidates - from >= kWorthChanging;
-        if (from == end || changes) {
-            MarkWords(probed, turns++, words);
-            words.mayChange &= candidates - from >= kWorthChanging;
-            end = candidates;
-        } else {
-            if (isChosen || candidates - from < kWorthChoosing) return from;
-            ChooseProbes(probed, candidates - from);
-            isChosen = true;
-            probed.patience = 256;
-            probed.allowance = 128;
-        }
+int64_t ScanMany(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
+    constexpr int64_t kFirstLook = 256, kWorthChoosing = 128;
+    const int64_t length = pattern.length;
+    ProbedPattern probed{pattern, {0, length - 1, length / 2}, 32, 512, nullptr};
+    if (length > 3) TakeFirstProbes(probed);
+    WordLeaps leaps;
+    if (IsWorthLeaping(length, candidates)) {
+        leaps.next = kFirstLook;
+        leaps.pause = leaps.turns = 0;
+        probed.leaps = &leaps;
     }
+    ScanText<Sink> *const scan = ChooseScan<Sink>();
+    int64_t from = scan(probed, text, 0, candidates, matches);
+    if (from == candidates || length <= 3 || candidates - from < kWorthChoosing) return from;
+    ChooseProbes(probed, candidates - from);
+    probed.patience = 256;
+    probed.allowance = 128;
+    return scan(probed, text, from, candidates, matches);
 }
 
 // Gives the matches at the first `candidates` positions to `matches`. All bytes of them may be read.
@@ -255,15 +226,13 @@ template <typename Sink>
 void ScanInside(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
     constexpr int64_t kShortestRun = 24;
     const int64_t length = pattern.length;
-    ProbedPattern probed{pattern.bytes, length, {0, length - 1, length / 2}, 32, 512, nullptr, 0};
-    if (length > 3) TakeFirstProbes(probed);
     int64_t from = 0;
     if (candidates < kScanned) {
-        if (ScanFew(text, candidates, probed, matches)) return;
+        from = ChooseTailScan<Sink>()(pattern, {text, candidates, candidates + length - 1}, 0, matches);
     } else if (length >= kShortestRun && IsRun(pattern)) {
         return ScanForRuns(text, candidates, pattern, matches);
     } else {
-        from = ScanMany(text, candidates, probed, matches);
+        from = ScanMany(text, candidates, pattern, matches);
     }
     if (from < candidates) ChainMatches(text, from, candidates, pattern, matches);
 }
@@ -312,51 +281,32 @@ void ScanWithBorders(const uint8_t *text, int64_t from, int64_t candidates, cons
     }
 }
 
-// Passes those positions at the end of a range at which no match can start, because the pattern does not have
-// the range's last bytes.
-int64_t PassEdge(const uint8_t *text, int64_t from, int64_t candidates, const Pattern &pattern) noexcept {
-    constexpr int64_t kTail = 8;
-    const int64_t places = candidates - from - kTail + 1;
-    if (places < 2) return from;
-    NthMatch tails(0);
-    ScanInside(pattern.bytes, places, {text + candidates - kTail, kTail}, tails);
-    return tails.HasEnough() ? from : from + places;
-}
-
-// How many bytes of the pattern stand at a place of which so many may be read at once.
-int64_t CountMatched(const uint8_t *text, int64_t readable, const Pattern &pattern) noexcept {
-    int64_t matched = 0;
-    if (std::memcmp(text, pattern.bytes, static_cast<size_t>(readable)) == 0) matched = readable;
-    while (matched < pattern.length && text[matched] == pattern.bytes[matched]) ++matched;
-    return matched;
+void ScanSlowly(const uint8_t *text, int64_t from, int64_t candidates, const Pattern &pattern,
+                NthMatch &matches) noexcept {
+    for (int64_t at = from; at < candidates; ++at) {
+        int64_t matched = 0;
+        while (matched < pattern.length && text[at + matched] == pattern.bytes[matched]) ++matched;
+        if (matched == pattern.length && matches.Take(at)) return;
+    }
 }
 
 // The positions from which a match may reach behind the range, where a byte is read only when all before it
-// match. One by one, and with a table of borders once that costs too much.
+// match. With a table of borders once that costs too much.
 void ScanEdge(const uint8_t *text, int64_t from, int64_t candidates, const Pattern &pattern,
               NthMatch &matches) noexcept {
-    int64_t patience = 2 * pattern.length + 256, fault = 0;
-    for (int64_t at = PassEdge(text, from, candidates, pattern); at < candidates; ++at) {
-        if (text[at] != pattern.bytes[0]) continue;
-        // Where the last one failed, this one may do so too.
-        if (at + fault < candidates && text[at + fault] != pattern.bytes[fault]) continue;
-        fault = CountMatched(text + at, candidates - at, pattern);
-        if (fault == pattern.length && matches.Take(at)) return;
-        patience -= 8 + fault / 8;
-        if (fault >= pattern.length) fault = 0;
-        if (patience > 0) continue;
-        Borders borders(pattern);
-        if (borders.HasMemory()) {
-            return ScanWithBorders(text, at + 1, candidates, pattern, borders, matches);
-        }
-        patience = std::numeric_limits<int64_t>::max();
-    }
+    const int64_t at =
+        ChooseMemoryKernels().scanTailForNth(pattern, {text, candidates, candidates}, from, matches);
+    if (at >= candidates) return;
+    Borders borders(pattern);
+    if (borders.HasMemory()) return ScanWithBorders(text, at, candidates, pattern, borders, matches);
+    ScanSlowly(text, at, candidates, pattern, matches);
 }
 
 void ScanRange(const uint8_t *first, int64_t candidates, const Pattern &pattern, NthMatch &matches) noexcept {
     if (candidates <= 0 || pattern.length <= 0) return;
-    const int64_t inside = std::max<int64_t>(candidates - pattern.length + 1, 0);
-    if (inside > 0) ScanInside(first, inside, pattern, matches);
+    const int64_t inside = candidates - pattern.length + 1;
+    if (inside < kScanned) return ScanEdge(first, 0, candidates, pattern, matches);
+    ScanInside(first, inside, pattern, matches);
     if (!matches.HasEnough()) ScanEdge(first, inside, candidates, pattern, matches);
 }
 

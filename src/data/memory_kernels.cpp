@@ -12,6 +12,12 @@ int64_t ScanNothing(const ProbedPattern &, const uint8_t *, int64_t, int64_t, Ma
     return 0;
 }
 
+// And the positions at a text's end to the scan with borders.
+template <typename Matches>
+int64_t ScanNoTail(const Pattern &, const TextTail &, int64_t from, Matches &) noexcept {
+    return from;
+}
+
 constexpr MemoryKernels kMemoryPlain{
     {CountEqualPlain<uint8_t>, CountEqualPlain<uint16_t>, CountEqualPlain<uint32_t>},
     {ComputePlain<uint8_t>, ComputePlain<uint16_t>, ComputePlain<uint32_t>},
@@ -22,6 +28,8 @@ constexpr MemoryKernels kMemoryPlain{
     ReverseLongsPlain,
     ScanNothing<NthMatch>,
     ScanNothing<SeparateList>,
+    ScanNoTail<NthMatch>,
+    ScanNoTail<SeparateList>,
 };
 
 constexpr KernelVersions<MemoryKernels> kVersions{&kMemoryPlain, FENLIGHT_ON_X86(kMemorySse4),

@@ -24,6 +24,10 @@ struct Avx512Lanes {
     static Vector Load(const uint8_t *from) noexcept {
         return _mm512_loadu_si512(reinterpret_cast<const __m512i *>(from));
     }
+    // Reads so many bytes, up to kBytes of them, and gives 0 for the others.
+    static Vector LoadFirst(const uint8_t *from, int64_t count) noexcept {
+        return _mm512_maskz_loadu_epi8(count < kBytes ? (1ULL << count) - 1 : ~0ULL, from);
+    }
     static void Store(uint8_t *to, Vector value) noexcept {
         _mm512_storeu_si512(reinterpret_cast<__m512i *>(to), value);
     }

@@ -16,6 +16,7 @@
 #include <cstring>
 
 #include "data/memory_plain.h"
+#include "data/search_vectors.h"
 
 namespace fenlight {
 namespace {
@@ -189,208 +190,12 @@ struct VectorLoops {
                                  : ComputeVectors<Element, false>(memory, count * kWidth, arithmetic);
         ComputePlain<Element>(memory + done, count - done / kWidth, arithmetic);
     }
-
-    // One bit for each of 64 positions at which the probes of the pattern hold.
-    struct Probes {
-        Vector bytes[3];
-        const uint8_t *texts[3];
-
-        Probes(const ProbedPattern &pattern, const uint8_t *text) noexcept {
-            for (int i = 0; i < 3; ++i) {
-                bytes[i] = Lanes::template Spread<1>(pattern.bytes[pattern.probes[i]]);
-                texts[i] = text + pattern.probes[i];
-            }
-        }
-
-        void ReplaceLast(const ProbedPattern &pattern, const uint8_t *text, int64_t place) noexcept {
-            bytes[2] = Lanes::template Spread<1>(pattern.bytes[place]);
-            texts[2] = text + place;
-        }
-
-        uint64_t operator()(int64_t at) const noexcept {
-            uint64_t bits = 0;
-            for (int64_t part = 0; part < 64; part += kBytes) {
-                Flags flags = Lanes::template Equal<1>(Lanes::Load(texts[0] + at + part), bytes[0]);
-                flags &= Lanes::template Equal<1>(Lanes::Load(texts[1] + at + part), bytes[1]);
-                flags &= Lanes::template Equal<1>(Lanes::Load(texts[2] + at + part), bytes[2]);
-                bits |= Lanes::Bits(flags) << part;
-            }
-            return bits;
-        }
-    };
-
-    static uint64_t EqualBits(const uint8_t *text, Vector wanted) noexcept {
-        uint64_t bits = 0;
-        for (int64_t part = 0; part < 64; part += kBytes) {
-            bits |= Lanes::Bits(Lanes::template Equal<1>(Lanes::Load(text + part), wanted)) << part;
-        }
-        return bits;
-    }
-
-    // Whether 4 bytes or more are the same: both ends at once, and what lies between them if they are.
-    static bool IsEqual(const uint8_t *a, const uint8_t *b, int64_t length) noexcept {
-        if (length < 8) {
-            const int64_t last = length - 4;
-            return LoadElement<uint32_t>(a, 0) == LoadElement<uint32_t>(b, 0) &&
-                   LoadElement<uint32_t>(a + last, 0) == LoadElement<uint32_t>(b + last, 0);
-        }
-        const int64_t last = length - 8;
-        if (LoadElement<uint64_t>(a, 0) != LoadElement<uint64_t>(b, 0)) return false;
-        if (LoadElement<uint64_t>(a + last, 0) != LoadElement<uint64_t>(b + last, 0)) return false;
-        return length <= 16 || std::memcmp(a + 8, b + 8, static_cast<size_t>(length - 16)) == 0;
-    }
-
-    struct Verdict {
-        uint64_t bits;  // those at which the whole pattern stands, or the first of them
-        int64_t work;   // what that took, counted in vectors
-        int64_t fault;  // where the last of many failed; 0: no such place
-    };
-
-    // Looks at byte after byte for all places at once, and at the last few ones, or the lasting ones, one by
-    // one.
-    static Verdict Verify(const ProbedPattern &pattern, const uint8_t *text, uint64_t bits,
-                          bool wantsFirst) noexcept {
-        const int64_t end = std::min<int64_t>(pattern.length, 300);
-        if (wantsFirst && IsEqual(text + __builtin_ctzll(bits), pattern.bytes, pattern.length)) {
-            return {bits & -bits, 0, 0};
-        }
-        int64_t i = 0;
-        for (; i < end && __builtin_popcountll(bits) > 4; ++i) {
-            bits &= EqualBits(text + i, Lanes::template Spread<1>(pattern.bytes[i]));
-        }
-        if (bits == 0) return {0, i, i - 1};
-        if (i == pattern.length) return {bits, i, 0};
-        Verdict verdict{0, i, 0};
-        for (; bits != 0; bits &= bits - 1) {
-            const int at = __builtin_ctzll(bits);
-            const bool isEqual = IsEqual(text + at, pattern.bytes, pattern.length);
-            verdict.bits |= static_cast<uint64_t>(isEqual) << at;
-            verdict.work += 8 + (isEqual ? pattern.length / 32 : 0);
-            if (isEqual && wantsFirst) break;
-        }
-        return verdict;
-    }
-
-    // This and the next function are kept by themselves, because the compiler only makes such short loops
-    // where nothing else wants the registers.
-
-    // Leaps from position to position while the last word of a match's marked part is one that no match has.
-    [[gnu::noinline]] static int64_t Leap(const ProbedPattern &pattern, const uint8_t *text, int64_t at,
-                                          int64_t candidates) noexcept {
-        const WordMarks &words = *pattern.words;
-        // To the eight bytes at the end of the marked part.
-        const int64_t ahead = pattern.marked - 8, leap = pattern.marked - words.wordBytes + 1;
-        const uint8_t *place = text + at + ahead;
-        const uint8_t *const end = text + candidates + ahead;
-        const auto has = [marks = words.marks.data(), mask = words.mask,
-                          factor = words.factor](const uint8_t *eight) -> int {
-            return marks[WordMarks::Hash(WordMarks::Load(eight), mask, factor)];
-        };
-        while (end - place > 3 * leap) {
-            const int any = has(place) | has(place + leap) | has(place + 2 * leap) | has(place + 3 * leap);
-            if (any != 0) break;
-            place += 4 * leap;
-        }
-        while (place < end && has(place) == 0) place += leap;
-        return place - text - ahead;
-    }
-
-    // Leaps where that has proved worth while; where it has not, it is left alone for longer and longer.
-    class Leaper {
-      public:
-        Leaper(const ProbedPattern &pattern, const uint8_t *text, int64_t candidates) noexcept
-            : pattern_(pattern), text_(text), candidates_(candidates) {
-            if (pattern.words == nullptr) next_ = candidates;
-        }
-        // Places from here on are looked at in blocks.
-        int64_t Pass(int64_t at) noexcept {
-            if (at < next_) return at;
-            const int64_t reached = Leap(pattern_, text_, at, candidates_);
-            pause_ = reached - at >= kWorthWhile ? 0 : std::min(2 * pause_ + 1024, kLongestPause);
-            // At the least all the places that the word may belong to.
-            next_ = reached + std::max(pause_, pattern_.marked - pattern_.words->wordBytes + 1);
-            return reached;
-        }
-        int64_t Next() const noexcept { return next_; }
-        bool HasFailed() const noexcept { return pause_ > kFailed; }
-
-      private:
-        static constexpr int64_t kWorthWhile = 1024, kFailed = 2048, kLongestPause = 65536;
-        const ProbedPattern &pattern_;
-        const uint8_t *text_;
-        int64_t candidates_;
-        int64_t next_ = 0, pause_ = 0;
-    };
-
-    // Passes the whole blocks from `at` on in which the probes hold nowhere. By itself, for a loop as short
-    // as this one is only made if nothing else wants the registers.
-    [[gnu::noinline]] static int64_t PassBlocks(const Probes &probes, int64_t at,
-                                                int64_t candidates) noexcept {
-        const Probes held = probes;
-        while (at + 64 <= candidates && held(at) == 0) at += 64;
-        return at;
-    }
-
-    // Counts the matches of a pattern that is probed whole, as long as the wanted one is far, without a
-    // branch for each.
-    static int64_t PassMatches(const Probes &probes, int64_t at, int64_t candidates,
-                               NthMatch &matches) noexcept {
-        int64_t passed = 0;
-        const int64_t most = matches.Far() - 64;
-        for (; at + 64 <= candidates && passed <= most; at += 64) {
-            passed += __builtin_popcountll(probes(at));
-        }
-        matches.Pass(passed);
-        return at;
-    }
-
-    template <typename Matches>
-    static int64_t Scan(const ProbedPattern &pattern, const uint8_t *text, int64_t from, int64_t candidates,
-                        Matches &matches) noexcept {
-        Probes probes(pattern, text);
-        int64_t work = 0, at = from;
-        if constexpr (Matches::kMayOverlap) {
-            if (pattern.length <= 3) at = PassMatches(probes, from, candidates, matches);
-        }
-        Leaper leaper(pattern, text, candidates);
-        int lessons = 3;
-        for (; at < candidates; at += 64) {
-            at = leaper.Pass(at);
-            if (at >= candidates) break;
-            if (leaper.HasFailed() && pattern.words->mayChange) return at;
-            // The last block lies over the one before; what that has had is cut off.
-            const int64_t base = at <= candidates - 64 ? at : candidates - 64;
-            uint64_t bits = probes(base) >> (at - base) << (at - base);
-            if (bits == 0) {
-                at = PassBlocks(probes, at + 64, std::min(candidates, leaper.Next())) - 64;
-                continue;
-            }
-            if (pattern.length > 3) {
-                const Verdict verdict = Verify(pattern, text + base, bits, matches.WantsFirst());
-                bits = verdict.bits;
-                work += verdict.work;
-                // What many places lack is the best to look at first, and finding it is worth some work.
-                if (verdict.fault > 0 && lessons-- > 0) {
-                    probes.ReplaceLast(pattern, text, verdict.fault);
-                    work -= verdict.work;
-                }
-            }
-            if (bits != 0 && matches.TakeBits(base, bits)) return candidates;
-            // A match is worth the work of finding it in another way.
-            work -= kMatchWork * __builtin_popcountll(bits);
-            if (work > pattern.patience + at / pattern.allowance) return std::min(base + 64, candidates);
-            if (work < 0) work = 0;
-        }
-        return candidates;
-    }
-
-    // In vectors looked at.
-    static constexpr int64_t kMatchWork = 16;
 };
 
 template <typename Lanes>
 constexpr MemoryKernels MakeMemoryKernels() noexcept {
     using Loops = VectorLoops<Lanes>;
+    using Search = VectorSearch<Lanes>;
     return {
         {Loops::template CountEqual<uint8_t>, Loops::template CountEqual<uint16_t>,
          Loops::template CountEqual<uint32_t>},
@@ -401,8 +206,10 @@ constexpr MemoryKernels MakeMemoryKernels() noexcept {
         Loops::CountDifferent,
         Loops::CountBeyond,
         Loops::ReverseLongs,
-        Loops::template Scan<NthMatch>,
-        Loops::template Scan<SeparateList>,
+        Search::template Scan<NthMatch>,
+        Search::template Scan<SeparateList>,
+        Search::template ScanLast<NthMatch>,
+        Search::template ScanLast<SeparateList>,
     };
 }
 

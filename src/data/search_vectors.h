@@ -1,0 +1,404 @@
+// SPDX-License-Identifier: Zlib
+// The search for a pattern of bytes in vectors, for any width of a vector; memory_vectors.h tells what Lanes
+// has. In an unnamed namespace, because each file that includes this is compiled for other instructions.
+//
+// Scan walks over a text in blocks of 64 positions, of which the three probes leave few to compare, and leaps
+// where the pattern is long. ScanTail takes the positions from which a match may reach behind what can be
+// read.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+#include "data/memory_plain.h"
+#include "data/search_matches.h"
+
+namespace fenlight {
+namespace {
+
+template <typename Lanes>
+struct VectorSearch {
+    using Vector = typename Lanes::Vector;
+    using Flags = typename Lanes::Flags;
+    static constexpr int64_t kBytes = Lanes::kBytes;
+
+    static Flags Equal(const uint8_t *text, Vector wanted) noexcept {
+        return Lanes::template Equal<1>(Lanes::Load(text), wanted);
+    }
+
+    // One bit for each of 64 bytes.
+    static uint64_t EqualBits(const uint8_t *text, Vector wanted) noexcept {
+        uint64_t bits = 0;
+        for (int64_t part = 0; part < 64; part += kBytes) {
+            bits |= Lanes::Bits(Equal(text + part, wanted)) << part;
+        }
+        return bits;
+    }
+
+    struct Probes {
+        Vector bytes[3];
+        const uint8_t *texts[3];
+        // Fours of blocks at which two probes held and the third did not, beside those that were passed.
+        int64_t doubts = 0;
+
+        Probes(const ProbedPattern &pattern, const uint8_t *text) noexcept {
+            for (int i = 0; i < 3; ++i) {
+                bytes[i] = Lanes::template Spread<1>(pattern.bytes[pattern.probes[i]]);
+                texts[i] = text + pattern.probes[i];
+            }
+        }
+
+        void ReplaceLast(const ProbedPattern &pattern, const uint8_t *text, int64_t place) noexcept {
+            bytes[2] = Lanes::template Spread<1>(pattern.bytes[place]);
+            texts[2] = text + place;
+        }
+
+        template <int kProbes>
+        Flags Hold(int64_t at) const noexcept {
+            Flags flags = Equal(texts[0] + at, bytes[0]);
+            for (int i = 1; i < kProbes; ++i) flags &= Equal(texts[i] + at, bytes[i]);
+            return flags;
+        }
+
+        // One bit for each of 64 positions at which the probes of the pattern hold.
+        uint64_t operator()(int64_t at) const noexcept {
+            uint64_t bits = 0;
+            for (int64_t part = 0; part < 64; part += kBytes) {
+                bits |= Lanes::Bits(Hold<3>(at + part)) << part;
+            }
+            return bits;
+        }
+
+        // Whether so many of the probes hold anywhere in four blocks.
+        template <int kProbes>
+        bool HoldInFour(int64_t at) const noexcept {
+            Flags flags = Hold<kProbes>(at);
+            for (int64_t part = kBytes; part < 256; part += kBytes) flags |= Hold<kProbes>(at + part);
+            return Lanes::Bits(flags) != 0;
+        }
+    };
+
+    // Whether 4 bytes or more are the same: both ends at once, and what lies between them if they are.
+    static bool IsEqual(const uint8_t *a, const uint8_t *b, int64_t length) noexcept {
+        if (length < 8) {
+            const int64_t last = length - 4;
+            return LoadElement<uint32_t>(a, 0) == LoadElement<uint32_t>(b, 0) &&
+                   LoadElement<uint32_t>(a + last, 0) == LoadElement<uint32_t>(b + last, 0);
+        }
+        const int64_t last = length - 8;
+        if (LoadElement<uint64_t>(a, 0) != LoadElement<uint64_t>(b, 0)) return false;
+        if (LoadElement<uint64_t>(a + last, 0) != LoadElement<uint64_t>(b + last, 0)) return false;
+        return length <= 16 || std::memcmp(a + 8, b + 8, static_cast<size_t>(length - 16)) == 0;
+    }
+
+    struct Verdict {
+        uint64_t bits;  // those at which the whole pattern stands, or the first of them
+        int64_t work;   // what that took, counted in vectors
+        int64_t fault;  // where the last of many failed; 0: no such place
+    };
+
+    // Looks at byte after byte for all places at once, and at the last few ones, or the lasting ones, one by
+    // one.
+    static Verdict Verify(const ProbedPattern &pattern, const uint8_t *text, uint64_t bits,
+                          bool wantsFirst) noexcept {
+        const int64_t end = std::min<int64_t>(pattern.length, 300);
+        if (wantsFirst && IsEqual(text + __builtin_ctzll(bits), pattern.bytes, pattern.length)) {
+            return {bits & -bits, 0, 0};
+        }
+        int64_t i = 0;
+        for (; i < end && __builtin_popcountll(bits) > 4; ++i) {
+            bits &= EqualBits(text + i, Lanes::template Spread<1>(pattern.bytes[i]));
+        }
+        if (bits == 0) return {0, i, i - 1};
+        if (i == pattern.length) return {bits, i, 0};
+        Verdict verdict{0, i, 0};
+        for (; bits != 0; bits &= bits - 1) {
+            const int at = __builtin_ctzll(bits);
+            const bool isEqual = IsEqual(text + at, pattern.bytes, pattern.length);
+            verdict.bits |= static_cast<uint64_t>(isEqual) << at;
+            verdict.work += 8 + (isEqual ? pattern.length / 32 : 0);
+            if (isEqual && wantsFirst) break;
+        }
+        return verdict;
+    }
+
+    // Leaps where that has proved worth while; where it has not, it is left alone for longer and longer.
+    class Leaper {
+      public:
+        Leaper(const ProbedPattern &pattern, const uint8_t *text, int64_t candidates) noexcept
+            : pattern_(pattern),
+              text_(text),
+              candidates_(candidates),
+              next_(pattern.leaps == nullptr ? candidates : pattern.leaps->next) {}
+
+        // Places from here on are looked at in blocks.
+        int64_t Pass(int64_t at) noexcept {
+            if (at < next_) return at;
+            WordLeaps &leaps = *pattern_.leaps;
+            if (leaps.turns == 0) Mark();
+            const int64_t reached = Leap(leaps, text_, at, candidates_);
+            leaps.pause = reached - at >= kWorthWhile ? 0 : std::min(2 * leaps.pause + 1024, kLongestPause);
+            if (leaps.pause > kFailed && leaps.turns < kTurns && candidates_ - reached >= kWorthChanging) {
+                Mark();
+                leaps.pause = 0;
+            }
+            // At the least all the places that the word may belong to.
+            next_ = leaps.next = reached + std::max(leaps.pause, leaps.Leap());
+            return reached;
+        }
+        int64_t Next() const noexcept { return next_; }
+
+      private:
+        static constexpr int64_t kWorthWhile = 1024, kFailed = 2048, kLongestPause = 65536,
+                                 kWorthChanging = 16384;
+        static constexpr int kTurns = 3;
+
+        // Of a longer pattern only so much, for that takes time, and the more marks, the fewer leaps.
+        [[gnu::noinline]] void Mark() noexcept {
+            constexpr uint64_t kFactors[kTurns] = {0x9E3779B97F4A7C15U, 0xD6E8FEB86659FD93U,
+                                                   0xA0761D6478BD642FU};
+            WordLeaps &leaps = *pattern_.leaps;
+            const uint64_t factor = kFactors[leaps.turns++];
+            uint8_t *const marks = leaps.marks.data();
+            const Vector zero = Lanes::template Spread<1>(0);
+            for (size_t i = 0; i < leaps.marks.size(); i += kBytes) Lanes::Store(marks + i, zero);
+            leaps.marked = std::min<int64_t>(pattern_.length, 256);
+            leaps.factor = factor;
+            const uint8_t *const bytes = pattern_.bytes;
+            const int64_t words = leaps.Leap();
+            for (int64_t i = 0; i < words; ++i) marks[WordLeaps::Hash(bytes + i, factor)] = 1;
+        }
+
+        // From position to position while the last word of a match's marked part is one that no match has.
+        // By itself, for a loop as short as this one is only made if nothing else wants the registers.
+        [[gnu::noinline]] static int64_t Leap(const WordLeaps &leaps, const uint8_t *text, int64_t at,
+                                              int64_t candidates) noexcept {
+            const int64_t leap = leaps.Leap(), ahead = leap - 1;
+            const uint8_t *place = text + at + ahead;
+            const uint8_t *const end = text + candidates + ahead;
+            const auto has = [marks = leaps.marks.data(), factor = leaps.factor](const uint8_t *word) -> int {
+                return marks[WordLeaps::Hash(word, factor)];
+            };
+            for (;;) {
+                while (end - place > 3 * leap) {
+                    const int any =
+                        has(place) | has(place + leap) | has(place + 2 * leap) | has(place + 3 * leap);
+                    if (any != 0) break;
+                    place += 4 * leap;
+                }
+                while (place < end && has(place) == 0) place += leap;
+                // No match has this word by chance and not the one before, unless it starts between them.
+                if (place >= end || has(place - WordLeaps::kWord) != 0) return place - text - ahead;
+                place += leap - WordLeaps::kWord;
+            }
+        }
+
+        const ProbedPattern &pattern_;
+        const uint8_t *text_;
+        int64_t candidates_;
+        int64_t next_;
+    };
+
+    // Passes whole blocks from `at` on in which the probes hold nowhere: by two probes as long as they do,
+    // since each vector that lies across two lines of the cache costs double. By itself for the registers.
+    [[gnu::noinline]] static int64_t PassBlocks(Probes &probes, int64_t at, int64_t candidates) noexcept {
+        const Probes held = probes;
+        if (at + 64 > candidates || held(at) != 0) return at;
+        // The first probe's vectors lie within lines from here on.
+        at += 64 - static_cast<int64_t>(reinterpret_cast<uintptr_t>(held.texts[0] + at) & 63);
+        int64_t doubts = held.doubts;
+        while (doubts < kMostDoubts) {
+            const int64_t from = at;
+            while (at + 256 <= candidates && !held.template HoldInFour<2>(at)) at += 256;
+            doubts = std::max<int64_t>(doubts - (at - from) / 1024, 0) + 1;
+            const int64_t end = std::min(at + 256, candidates);
+            while (at + 64 <= end && held(at) == 0) at += 64;
+            if (at + 64 > candidates || at < end) {
+                probes.doubts = doubts;
+                return at;
+            }
+        }
+        probes.doubts = doubts;
+        while (at + 256 <= candidates && !held.template HoldInFour<3>(at)) at += 256;
+        while (at + 64 <= candidates && held(at) == 0) at += 64;
+        return at;
+    }
+
+    // Counts the matches of a pattern that is probed whole, as long as the wanted one is far, without a
+    // branch for each.
+    static int64_t PassMatches(const Probes &probes, int64_t at, int64_t candidates,
+                               NthMatch &matches) noexcept {
+        int64_t passed = 0;
+        const int64_t most = matches.Far() - 64;
+        for (; at + 64 <= candidates && passed <= most; at += 64) {
+            passed += __builtin_popcountll(probes(at));
+        }
+        matches.Pass(passed);
+        return at;
+    }
+
+    template <typename Matches>
+    static int64_t Scan(const ProbedPattern &pattern, const uint8_t *text, int64_t from, int64_t candidates,
+                        Matches &matches) noexcept {
+        Probes probes(pattern, text);
+        int64_t work = 0, at = from;
+        if constexpr (Matches::kMayOverlap) {
+            if (pattern.length <= 3) at = PassMatches(probes, from, candidates, matches);
+        }
+        Leaper leaper(pattern, text, candidates);
+        int lessons = 3;
+        for (; at < candidates; at += 64) {
+            at = leaper.Pass(at);
+            if (at >= candidates) break;
+            // The last block lies over the one before; what that has had is cut off.
+            const int64_t base = at <= candidates - 64 ? at : candidates - 64;
+            uint64_t bits = probes(base) >> (at - base) << (at - base);
+            if (bits == 0) {
+                at = PassBlocks(probes, at + 64, std::min(candidates, leaper.Next())) - 64;
+                continue;
+            }
+            if (pattern.length > 3) {
+                const Verdict verdict = Verify(pattern, text + base, bits, matches.WantsFirst());
+                bits = verdict.bits;
+                work += verdict.work;
+                // What many places lack is the best to look at first, and finding it is worth some work.
+                if (verdict.fault > 0 && lessons-- > 0) {
+                    probes.ReplaceLast(pattern, text, verdict.fault);
+                    work -= verdict.work;
+                }
+            }
+            if (bits != 0 && matches.TakeBits(base, bits)) return candidates;
+            // A match is worth the work of finding it in another way.
+            work -= kMatchWork * __builtin_popcountll(bits);
+            if (work > pattern.patience + at / pattern.allowance) return std::min(base + 64, candidates);
+            if (work < 0) work = 0;
+        }
+        return candidates;
+    }
+
+    // The last 64 bytes that can be read, or fewer.
+    class LastBytes {
+      public:
+        explicit LastBytes(const TextTail &tail) noexcept
+            : missing_(std::max<int64_t>(64 - tail.readable, 0)) {
+            const uint8_t *from = tail.text + tail.readable - (64 - missing_);
+            std::array<uint8_t, 64> room;
+            if (missing_ > 0) {
+                if constexpr (kBytes == 64) {
+                    parts_[0] = Lanes::LoadFirst(from, tail.readable);
+                    return;
+                }
+                room.fill(0);
+                std::memcpy(room.data(), from, static_cast<size_t>(tail.readable));
+                from = room.data();
+            }
+            for (int64_t i = 0; i < 64 / kBytes; ++i) parts_[i] = Lanes::Load(from + i * kBytes);
+        }
+
+        // Bit 63 is that of the very last one.
+        uint64_t Equal(Vector wanted) const noexcept {
+            uint64_t bits = 0;
+            for (int64_t i = 0; i < 64 / kBytes; ++i) {
+                bits |= Lanes::Bits(Lanes::template Equal<1>(parts_[i], wanted)) << (i * kBytes);
+            }
+            return bits << missing_;
+        }
+
+      private:
+        Vector parts_[64 / kBytes];
+        int64_t missing_;
+    };
+
+    // The positions at which the pattern's first four bytes stand, as far as they can be read.
+    class Starts {
+      public:
+        Starts(const Pattern &pattern, const TextTail &tail) noexcept
+            : tail_(tail), last_(tail), count_(std::min<int64_t>(pattern.length, 4)) {
+            for (int64_t i = 0; i < count_; ++i) bytes_[i] = Lanes::template Spread<1>(pattern.bytes[i]);
+        }
+
+        // One bit for each position from `base` on, 64 at the most; moves `base` down where that many cannot
+        // be looked at.
+        uint64_t operator()(int64_t &base) const noexcept {
+            const int64_t skipped = base - (tail_.readable - 64);
+            uint64_t bits = ~uint64_t{0};
+            if (skipped >= 0) {
+                for (int64_t i = 0; i < count_ && skipped + i < 64; ++i) {
+                    bits &= last_.Equal(bytes_[i]) >> (skipped + i) | ~(~uint64_t{0} >> (skipped + i));
+                }
+                return bits;
+            }
+            base = std::max<int64_t>(std::min(base, tail_.readable - 64 - (count_ - 1)), 0);
+            for (int64_t i = 0; i < count_ && base + i + 64 <= tail_.readable; ++i) {
+                bits &= EqualBits(tail_.text + base + i, bytes_[i]);
+            }
+            return bits;
+        }
+
+      private:
+        const TextTail &tail_;
+        LastBytes last_;
+        int64_t count_;
+        Vector bytes_[4];
+    };
+
+    // How many bytes of the pattern stand at a place of which so many may be read at once.
+    static int64_t CountMatched(const uint8_t *text, int64_t readable, const Pattern &pattern) noexcept {
+        const int64_t atOnce = std::min(readable, pattern.length);
+        const auto difference = [&](int64_t i) {
+            return LoadElement<uint64_t>(text + i, 0) ^ LoadElement<uint64_t>(pattern.bytes + i, 0);
+        };
+        int64_t matched = 0;
+        for (; matched + 8 <= atOnce; matched += 8) {
+            const uint64_t different = difference(matched);
+            if (different != 0) return matched + __builtin_ctzll(different) / 8;
+        }
+        while (matched < pattern.length && text[matched] == pattern.bytes[matched]) ++matched;
+        return matched;
+    }
+
+    // Where a match may start next when the one at `at` broke off after so many bytes: the byte that broke it
+    // has to stand in the pattern.
+    static int64_t NextStart(const uint8_t *text, int64_t at, int64_t matched,
+                             const Pattern &pattern) noexcept {
+        if (matched < 8) return at + 1;
+        const void *same = memrchr(pattern.bytes, text[at + matched], static_cast<size_t>(matched));
+        const int64_t place = same == nullptr ? -1 : static_cast<const uint8_t *>(same) - pattern.bytes;
+        return at + matched - place;
+    }
+
+    template <typename Matches>
+    static int64_t ScanLast(const Pattern &pattern, const TextTail &tail, int64_t from,
+                            Matches &matches) noexcept {
+        const Starts starts(pattern, tail);
+        int64_t patience = 2 * pattern.length + 256;
+        for (int64_t at = from; at < tail.candidates;) {
+            int64_t base = at;
+            uint64_t bits = starts(base);
+            const int64_t end = std::min(base + 64, tail.candidates);
+            for (;;) {
+                bits = bits >> (at - base) << (at - base);
+                if (bits == 0) break;
+                const int64_t start = base + __builtin_ctzll(bits);
+                if (start >= end) break;
+                const int64_t matched = CountMatched(tail.text + start, tail.readable - start, pattern);
+                const bool isMatch = matched == pattern.length;
+                if (isMatch && matches.Take(start)) return tail.candidates;
+                at = isMatch ? start + 1 : NextStart(tail.text, start, matched, pattern);
+                patience -= 8 + matched / 8;
+                if (patience < 0) return at;
+                if (at >= end) break;
+            }
+            at = std::max(at, end);
+        }
+        return tail.candidates;
+    }
+
+    // In vectors looked at, and fours of blocks.
+    static constexpr int64_t kMatchWork = 16, kMostDoubts = 8;
+};
+
+}  // namespace
+}  // namespace fenlight
