@@ -202,13 +202,13 @@ bool IsRun(const Pattern &pattern) noexcept {
 // that was not looked at.
 template <typename Sink>
 int64_t ScanMany(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
-    constexpr int64_t kFirstLook = 256, kWorthChoosing = 128;
+    constexpr int64_t kFirstLook = 1024, kShortestLeap = 20, kWorthChoosing = 128;
     const int64_t length = pattern.length;
-    ProbedPattern probed{pattern, {0, length - 1, length / 2}, 32, 512, nullptr};
+    ProbedPattern probed{pattern, {0, length - 1, length / 2}, 32, 512, length > 3, nullptr};
     if (length > 3) TakeFirstProbes(probed);
     WordLeaps leaps;
-    if (IsWorthLeaping(length, candidates)) {
-        leaps.next = kFirstLook;
+    if (length >= kShortestLeap) {
+        leaps.next = IsWorthLeaping(length, candidates) ? kFirstLook : candidates;
         leaps.pause = leaps.turns = 0;
         probed.leaps = &leaps;
     }
@@ -216,6 +216,7 @@ int64_t ScanMany(const uint8_t *text, int64_t candidates, const Pattern &pattern
     int64_t from = scan(probed, text, 0, candidates, matches);
     if (from == candidates || length <= 3 || candidates - from < kWorthChoosing) return from;
     ChooseProbes(probed, candidates - from);
+    probed.mayChoose = false;
     probed.patience = 256;
     probed.allowance = 128;
     return scan(probed, text, from, candidates, matches);
@@ -302,12 +303,27 @@ void ScanEdge(const uint8_t *text, int64_t from, int64_t candidates, const Patte
     ScanSlowly(text, at, candidates, pattern, matches);
 }
 
+// Up to so many positions are not worth a scan of their own.
+constexpr int64_t kShortText = 192;
+
 void ScanRange(const uint8_t *first, int64_t candidates, const Pattern &pattern, NthMatch &matches) noexcept {
     if (candidates <= 0 || pattern.length <= 0) return;
     const int64_t inside = candidates - pattern.length + 1;
-    if (inside < kScanned) return ScanEdge(first, 0, candidates, pattern, matches);
+    if (inside < kShortText) return ScanEdge(first, 0, candidates, pattern, matches);
     ScanInside(first, inside, pattern, matches);
     if (!matches.HasEnough()) ScanEdge(first, inside, candidates, pattern, matches);
+}
+
+// Looks at the first eight positions for a pair that may be frequent. 9 bytes are read.
+int64_t FindNearPair(const uint8_t *text, const uint8_t *pair) noexcept {
+    constexpr uint64_t kOnes = 0x0101010101010101U;
+    uint64_t first = 0, second = 0;
+    std::memcpy(&first, text, sizeof first);
+    std::memcpy(&second, text + 1, sizeof second);
+    const uint64_t different = (first ^ kOnes * pair[0]) | (second ^ kOnes * pair[1]);
+    // The lowest of the zero bytes has its high bit set, and no byte below it.
+    const uint64_t zeros = (different - kOnes) & ~different & (kOnes << 7);
+    return zeros == 0 ? -1 : __builtin_ctzll(zeros) / 8;
 }
 
 }  // namespace
@@ -318,6 +334,10 @@ int64_t FindPattern(const uint8_t *first, int64_t candidates, const uint8_t *pat
     if (patternLength == 1 && index == 0 && candidates > 0) {
         const void *found = std::memchr(first, *pattern, static_cast<size_t>(candidates));
         return found == nullptr ? -1 : static_cast<const uint8_t *>(found) - first;
+    }
+    if (patternLength == 2 && index == 0 && candidates > 8) {
+        const int64_t near = FindNearPair(first, pattern);
+        if (near >= 0) return near;
     }
     NthMatch matches(index);
     ScanRange(first, candidates, {pattern, patternLength}, matches);

@@ -20,7 +20,7 @@ struct Pattern {
 // have.
 struct WordLeaps {
     static constexpr int64_t kWord = 8;
-    static constexpr int kBits = 11;
+    static constexpr int kMostBits = 14;
     // The place to leap from, and how long they have not been worth while.
     int64_t next;
     int64_t pause;
@@ -28,17 +28,20 @@ struct WordLeaps {
     int turns;
     int64_t marked;
     uint64_t factor;
+    int shift;
+    // Words that seemed to be marked were met too often.
+    bool hasStumbled;
     // Now and then a word seems to be marked that is not. Bytes and not bits: neighbours in a pattern may be
     // alike, and must not wait for each other.
-    std::array<uint8_t, size_t{1} << kBits> marks;
+    std::array<uint8_t, size_t{1} << kMostBits> marks;
 
     // Positions from one place to the next: none of them has its match when the word is not marked.
     int64_t Leap() const noexcept { return marked - kWord + 1; }
     // The high bits of the product depend on all bytes.
-    static uint64_t Hash(const uint8_t *place, uint64_t factor) noexcept {
+    static uint64_t Hash(const uint8_t *place, uint64_t factor, int shift) noexcept {
         uint64_t word = 0;
         std::memcpy(&word, place, sizeof word);
-        return word * factor >> (64 - kBits);
+        return word * factor >> shift;
     }
 };
 
@@ -49,6 +52,8 @@ struct ProbedPattern : Pattern {
     // So many vectors may be looked at in vain beside one for each `allowance` places.
     int64_t patience;
     int64_t allowance;
+    // The scan may ask for better probes, where those at hand are of little use.
+    bool mayChoose;
     // Null: it does not leap.
     WordLeaps *leaps;
 };

@@ -137,11 +137,12 @@ struct VectorSearch {
         int64_t Pass(int64_t at) noexcept {
             if (at < next_) return at;
             WordLeaps &leaps = *pattern_.leaps;
-            if (leaps.turns == 0) Mark();
+            if (leaps.turns == 0) Mark(at);
             const int64_t reached = Leap(leaps, text_, at, candidates_);
             leaps.pause = reached - at >= kWorthWhile ? 0 : std::min(2 * leaps.pause + 1024, kLongestPause);
-            if (leaps.pause > kFailed && leaps.turns < kTurns && candidates_ - reached >= kWorthChanging) {
-                Mark();
+            if ((leaps.pause > kFailed || leaps.hasStumbled) && leaps.turns < kTurns &&
+                candidates_ - reached >= kWorthChanging) {
+                Mark(reached);
                 leaps.pause = 0;
             }
             // At the least all the places that the word may belong to.
@@ -149,39 +150,50 @@ struct VectorSearch {
             return reached;
         }
         int64_t Next() const noexcept { return next_; }
+        // The probes hold where no match is: leaps may do better, if they have not been tried.
+        void TryAt(int64_t at) noexcept {
+            if (pattern_.leaps == nullptr || pattern_.leaps->turns > 0) return;
+            if (candidates_ - at >= kWorthTrying) next_ = std::min(next_, at);
+        }
 
       private:
+        static constexpr int64_t kWorthTrying = 2048;
         static constexpr int64_t kWorthWhile = 1024, kFailed = 2048, kLongestPause = 65536,
                                  kWorthChanging = 16384;
         static constexpr int kTurns = 3;
 
         // Of a longer pattern only so much, for that takes time, and the more marks, the fewer leaps.
-        [[gnu::noinline]] void Mark() noexcept {
+        [[gnu::noinline]] void Mark(int64_t at) noexcept {
             constexpr uint64_t kFactors[kTurns] = {0x9E3779B97F4A7C15U, 0xD6E8FEB86659FD93U,
                                                    0xA0761D6478BD642FU};
             WordLeaps &leaps = *pattern_.leaps;
             const uint64_t factor = kFactors[leaps.turns++];
+            const int64_t places = candidates_ - at;
+            const int bits = places < 32768 ? 11 : (places < 262144 ? 12 : WordLeaps::kMostBits);
             uint8_t *const marks = leaps.marks.data();
             const Vector zero = Lanes::template Spread<1>(0);
-            for (size_t i = 0; i < leaps.marks.size(); i += kBytes) Lanes::Store(marks + i, zero);
-            leaps.marked = std::min<int64_t>(pattern_.length, 256);
+            for (int64_t i = 0; i < int64_t{1} << bits; i += kBytes) Lanes::Store(marks + i, zero);
+            leaps.marked = std::min({pattern_.length, int64_t{256}, 64 + places / 128});
             leaps.factor = factor;
+            leaps.shift = 64 - bits;
             const uint8_t *const bytes = pattern_.bytes;
             const int64_t words = leaps.Leap();
-            for (int64_t i = 0; i < words; ++i) marks[WordLeaps::Hash(bytes + i, factor)] = 1;
+            for (int64_t i = 0; i < words; ++i) marks[WordLeaps::Hash(bytes + i, factor, 64 - bits)] = 1;
         }
 
         // From position to position while the last word of a match's marked part is one that no match has.
         // By itself, for a loop as short as this one is only made if nothing else wants the registers.
-        [[gnu::noinline]] static int64_t Leap(const WordLeaps &leaps, const uint8_t *text, int64_t at,
+        [[gnu::noinline]] static int64_t Leap(WordLeaps &leaps, const uint8_t *text, int64_t at,
                                               int64_t candidates) noexcept {
             const int64_t leap = leaps.Leap(), ahead = leap - 1;
             const uint8_t *place = text + at + ahead;
             const uint8_t *const end = text + candidates + ahead;
-            const auto has = [marks = leaps.marks.data(), factor = leaps.factor](const uint8_t *word) -> int {
-                return marks[WordLeaps::Hash(word, factor)];
+            const auto has = [marks = leaps.marks.data(), factor = leaps.factor,
+                              shift = leaps.shift](const uint8_t *word) -> int {
+                return marks[WordLeaps::Hash(word, factor, shift)];
             };
-            for (;;) {
+            leaps.hasStumbled = false;
+            for (int64_t stumbles = 0;; ++stumbles) {
                 while (end - place > 3 * leap) {
                     const int any =
                         has(place) | has(place + leap) | has(place + 2 * leap) | has(place + 3 * leap);
@@ -190,9 +202,12 @@ struct VectorSearch {
                 }
                 while (place < end && has(place) == 0) place += leap;
                 // No match has this word by chance and not the one before, unless it starts between them.
-                if (place >= end || has(place - WordLeaps::kWord) != 0) return place - text - ahead;
+                if (place >= end || has(place - WordLeaps::kWord) != 0) break;
                 place += leap - WordLeaps::kWord;
+                leaps.hasStumbled = stumbles > 16 && place - text - at < 16 * leap * stumbles;
+                if (leaps.hasStumbled && leaps.turns < kTurns) break;
             }
+            return place - text - ahead;
         }
 
         const ProbedPattern &pattern_;
@@ -212,15 +227,14 @@ struct VectorSearch {
         while (doubts < kMostDoubts) {
             const int64_t from = at;
             while (at + 256 <= candidates && !held.template HoldInFour<2>(at)) at += 256;
-            doubts = std::max<int64_t>(doubts - (at - from) / 1024, 0) + 1;
+            doubts = std::max<int64_t>(doubts - (at - from) / 4096, 0) + 1;
             const int64_t end = std::min(at + 256, candidates);
             while (at + 64 <= end && held(at) == 0) at += 64;
-            if (at + 64 > candidates || at < end) {
+            if (at + 64 > candidates || at < end || doubts == kMostDoubts) {
                 probes.doubts = doubts;
                 return at;
             }
         }
-        probes.doubts = doubts;
         while (at + 256 <= candidates && !held.template HoldInFour<3>(at)) at += 256;
         while (at + 64 <= candidates && held(at) == 0) at += 64;
         return at;
@@ -247,8 +261,9 @@ struct VectorSearch {
         if constexpr (Matches::kMayOverlap) {
             if (pattern.length <= 3) at = PassMatches(probes, from, candidates, matches);
         }
+        if (candidates - from < kWorthPairs) probes.doubts = kMostDoubts;
         Leaper leaper(pattern, text, candidates);
-        int lessons = 3;
+        int lessons = 3, failures = 0;
         for (; at < candidates; at += 64) {
             at = leaper.Pass(at);
             if (at >= candidates) break;
@@ -256,13 +271,19 @@ struct VectorSearch {
             const int64_t base = at <= candidates - 64 ? at : candidates - 64;
             uint64_t bits = probes(base) >> (at - base) << (at - base);
             if (bits == 0) {
+                const bool hadPairs = probes.doubts < kMostDoubts;
                 at = PassBlocks(probes, at + 64, std::min(candidates, leaper.Next())) - 64;
+                if (hadPairs && probes.doubts >= kMostDoubts) {
+                    leaper.TryAt(at + 64);
+                    if (candidates - at >= kWorthChoosing && pattern.mayChoose) return at + 64;
+                }
                 continue;
             }
             if (pattern.length > 3) {
                 const Verdict verdict = Verify(pattern, text + base, bits, matches.WantsFirst());
                 bits = verdict.bits;
                 work += verdict.work;
+                if (bits == 0 && ++failures == kMostFailures) leaper.TryAt(base + 64);
                 // What many places lack is the best to look at first, and finding it is worth some work.
                 if (verdict.fault > 0 && lessons-- > 0) {
                     probes.ReplaceLast(pattern, text, verdict.fault);
@@ -311,12 +332,22 @@ struct VectorSearch {
         int64_t missing_;
     };
 
-    // The positions at which the pattern's first four bytes stand, as far as they can be read.
+    // The positions at which some of the pattern's first bytes stand, as far as they can be read.
     class Starts {
       public:
+        // Bytes that differ from those before them tell most: in a run, that behind its end.
         Starts(const Pattern &pattern, const TextTail &tail) noexcept
-            : tail_(tail), last_(tail), count_(std::min<int64_t>(pattern.length, 4)) {
-            for (int64_t i = 0; i < count_; ++i) bytes_[i] = Lanes::template Spread<1>(pattern.bytes[i]);
+            : pattern_(pattern), tail_(tail), last_(tail) {
+            const int64_t end = std::min<int64_t>(pattern.length, 64);
+            int64_t change = 1;
+            while (change < end && pattern.bytes[change] == pattern.bytes[0]) ++change;
+            places_[0] = 0;
+            places_[1] = std::min<int64_t>(1, end - 1);
+            places_[2] = std::min<int64_t>(2, end - 1);
+            places_[3] = change < 3 || change == end ? std::min<int64_t>(3, end - 1) : change;
+            for (int i = 0; i < kCount; ++i) {
+                bytes_[i] = Lanes::template Spread<1>(pattern.bytes[places_[i]]);
+            }
         }
 
         // One bit for each position from `base` on, 64 at the most; moves `base` down where that many cannot
@@ -325,23 +356,40 @@ struct VectorSearch {
             const int64_t skipped = base - (tail_.readable - 64);
             uint64_t bits = ~uint64_t{0};
             if (skipped >= 0) {
-                for (int64_t i = 0; i < count_ && skipped + i < 64; ++i) {
-                    bits &= last_.Equal(bytes_[i]) >> (skipped + i) | ~(~uint64_t{0} >> (skipped + i));
+                bits >>= skipped;
+                for (int i = 0; i < kCount; ++i) bits &= EqualInTail(skipped + places_[i], bytes_[i]);
+                for (int64_t i = kCount; i < pattern_.length && AreMany(bits); ++i) {
+                    if (skipped + i > 63) break;
+                    bits &= EqualInTail(skipped + i, Lanes::template Spread<1>(pattern_.bytes[i]));
                 }
                 return bits;
             }
-            base = std::max<int64_t>(std::min(base, tail_.readable - 64 - (count_ - 1)), 0);
-            for (int64_t i = 0; i < count_ && base + i + 64 <= tail_.readable; ++i) {
-                bits &= EqualBits(tail_.text + base + i, bytes_[i]);
+            base = std::max<int64_t>(std::min(base, tail_.readable - 64 - places_[kCount - 1]), 0);
+            const uint8_t *const text = tail_.text + base;
+            const int64_t last = tail_.readable - base - 64;
+            for (int i = 0; i < kCount && places_[i] <= last; ++i) {
+                bits &= EqualBits(text + places_[i], bytes_[i]);
+            }
+            for (int64_t i = kCount; i < std::min(pattern_.length, last + 1) && AreMany(bits); ++i) {
+                bits &= EqualBits(text + i, Lanes::template Spread<1>(pattern_.bytes[i]));
             }
             return bits;
         }
 
       private:
+        static constexpr int kCount = 4;
+        static bool AreMany(uint64_t bits) noexcept { return __builtin_popcountll(bits) > 4; }
+        // What lies behind the last byte may be equal.
+        uint64_t EqualInTail(int64_t shift, Vector wanted) const noexcept {
+            if (shift > 63) return ~uint64_t{0};
+            return last_.Equal(wanted) >> shift | ~(~uint64_t{0} >> shift);
+        }
+
+        const Pattern &pattern_;
         const TextTail &tail_;
         LastBytes last_;
-        int64_t count_;
-        Vector bytes_[4];
+        int64_t places_[kCount];
+        Vector bytes_[kCount];
     };
 
     // How many bytes of the pattern stand at a place of which so many may be read at once.
@@ -397,7 +445,9 @@ struct VectorSearch {
     }
 
     // In vectors looked at, and fours of blocks.
-    static constexpr int64_t kMatchWork = 16, kMostDoubts = 8;
+    static constexpr int64_t kWorthPairs = 3072, kWorthChoosing = 16384;
+    static constexpr int64_t kMatchWork = 16, kMostDoubts = 3;
+    static constexpr int kMostFailures = 2;
 };
 
 }  // namespace
