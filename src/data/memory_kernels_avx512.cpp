@@ -81,6 +81,17 @@ struct Avx512Lanes {
         const __m128i count = _mm_cvtsi32_si128(bits);
         return kWidth == 2 ? _mm512_srl_epi16(value, count) : _mm512_srl_epi32(value, count);
     }
+    // WordLeaps::Hash for the words at eight places in a row; 16 bytes are read.
+    static void HashWords(uint64_t *hashes, const uint8_t *from, uint64_t factor, int shift) noexcept {
+        constexpr uint64_t kFirst = 0x0706050403020100U, kNext = 0x0101010101010101U;
+        const __m512i places =
+            _mm512_setr_epi64(kFirst, kFirst + kNext, kFirst + 2 * kNext, kFirst + 3 * kNext,
+                              kFirst + 4 * kNext, kFirst + 5 * kNext, kFirst + 6 * kNext, kFirst + 7 * kNext);
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(from));
+        const __m512i words = _mm512_shuffle_epi8(_mm512_broadcast_i32x4(bytes), places);
+        const __m512i products = _mm512_mullo_epi64(words, _mm512_set1_epi64(static_cast<int64_t>(factor)));
+        _mm512_storeu_si512(hashes, _mm512_srl_epi64(products, _mm_cvtsi32_si128(shift)));
+    }
     static Vector ShiftBytesUp(Vector words) noexcept { return _mm512_slli_epi16(words, 8); }
 };
 

@@ -33,7 +33,7 @@ struct WordLeaps {
     bool hasStumbled;
     // Now and then a word seems to be marked that is not. Bytes and not bits: neighbours in a pattern may be
     // alike, and must not wait for each other.
-    std::array<uint8_t, size_t{1} << kMostBits> marks;
+    alignas(64) std::array<uint8_t, size_t{1} << kMostBits> marks;
 
     // Positions from one place to the next: none of them has its match when the word is not marked.
     int64_t Leap() const noexcept { return marked - kWord + 1; }

@@ -140,7 +140,8 @@ struct VectorSearch {
             if (leaps.turns == 0) Mark(at);
             const int64_t reached = Leap(leaps, text_, at, candidates_);
             leaps.pause = reached - at >= kWorthWhile ? 0 : std::min(2 * leaps.pause + 1024, kLongestPause);
-            if ((leaps.pause > kFailed || leaps.hasStumbled) && leaps.turns < kTurns &&
+            const bool hasFailed = leaps.pause > kFailed || (leaps.turns == 1 && reached - at < leaps.marked);
+            if ((hasFailed || leaps.hasStumbled) && leaps.turns < kTurns &&
                 candidates_ - reached >= kWorthChanging) {
                 Mark(reached);
                 leaps.pause = 0;
@@ -178,7 +179,15 @@ struct VectorSearch {
             leaps.shift = 64 - bits;
             const uint8_t *const bytes = pattern_.bytes;
             const int64_t words = leaps.Leap();
-            for (int64_t i = 0; i < words; ++i) marks[WordLeaps::Hash(bytes + i, factor, 64 - bits)] = 1;
+            int64_t i = 0;
+            if constexpr (kBytes == 64) {
+                uint64_t hashes[8];
+                for (; i + 16 <= leaps.marked; i += 8) {
+                    Lanes::HashWords(hashes, bytes + i, factor, 64 - bits);
+                    for (const uint64_t hash : hashes) marks[hash] = 1;
+                }
+            }
+            for (; i < words; ++i) marks[WordLeaps::Hash(bytes + i, factor, 64 - bits)] = 1;
         }
 
         // From position to position while the last word of a match's marked part is one that no match has.
@@ -261,6 +270,7 @@ struct VectorSearch {
         if constexpr (Matches::kMayOverlap) {
             if (pattern.length <= 3) at = PassMatches(probes, from, candidates, matches);
         }
+        if (candidates - from < 3 * kWorthPairs) probes.doubts = kMostDoubts - 1;
         if (candidates - from < kWorthPairs) probes.doubts = kMostDoubts;
         Leaper leaper(pattern, text, candidates);
         int lessons = 3, failures = 0;
@@ -332,57 +342,47 @@ struct VectorSearch {
         int64_t missing_;
     };
 
-    // The positions at which some of the pattern's first bytes stand, as far as they can be read.
+    // The positions at which some of the pattern's bytes stand, as far as they can be read.
     class Starts {
       public:
-        // Bytes that differ from those before them tell most: in a run, that behind its end.
         Starts(const Pattern &pattern, const TextTail &tail) noexcept
             : pattern_(pattern), tail_(tail), last_(tail) {
+            // In a run, the byte behind its end tells most.
             const int64_t end = std::min<int64_t>(pattern.length, 64);
             int64_t change = 1;
             while (change < end && pattern.bytes[change] == pattern.bytes[0]) ++change;
             places_[0] = 0;
-            places_[1] = std::min<int64_t>(1, end - 1);
-            places_[2] = std::min<int64_t>(2, end - 1);
-            places_[3] = change < 3 || change == end ? std::min<int64_t>(3, end - 1) : change;
+            places_[1] = pattern.length - 1;
+            places_[2] = std::min(change, pattern.length - 1);
+            places_[3] = pattern.length / 2;
             for (int i = 0; i < kCount; ++i) {
                 bytes_[i] = Lanes::template Spread<1>(pattern.bytes[places_[i]]);
             }
         }
 
-        // One bit for each position from `base` on, 64 at the most; moves `base` down where that many cannot
-        // be looked at.
-        uint64_t operator()(int64_t &base) const noexcept {
-            const int64_t skipped = base - (tail_.readable - 64);
-            uint64_t bits = ~uint64_t{0};
-            if (skipped >= 0) {
-                bits >>= skipped;
-                for (int i = 0; i < kCount; ++i) bits &= EqualInTail(skipped + places_[i], bytes_[i]);
-                for (int64_t i = kCount; i < pattern_.length && AreMany(bits); ++i) {
-                    if (skipped + i > 63) break;
-                    bits &= EqualInTail(skipped + i, Lanes::template Spread<1>(pattern_.bytes[i]));
-                }
-                return bits;
+        // One bit for each position from `base` on. Counts the vectors that it looked at.
+        uint64_t Find(int64_t base, int64_t &work) const noexcept {
+            const int64_t positions = tail_.candidates - base;
+            uint64_t bits = positions < 64 ? (uint64_t{1} << positions) - 1 : ~uint64_t{0};
+            for (int i = 0; i < kCount; ++i) bits &= EqualFrom(base + places_[i], bytes_[i]);
+            int64_t i = 1;
+            for (; i < std::min<int64_t>(pattern_.length, kMostLooks) && AreMany(bits); ++i) {
+                bits &= EqualFrom(base + i, Lanes::template Spread<1>(pattern_.bytes[i]));
             }
-            base = std::max<int64_t>(std::min(base, tail_.readable - 64 - places_[kCount - 1]), 0);
-            const uint8_t *const text = tail_.text + base;
-            const int64_t last = tail_.readable - base - 64;
-            for (int i = 0; i < kCount && places_[i] <= last; ++i) {
-                bits &= EqualBits(text + places_[i], bytes_[i]);
-            }
-            for (int64_t i = kCount; i < std::min(pattern_.length, last + 1) && AreMany(bits); ++i) {
-                bits &= EqualBits(text + i, Lanes::template Spread<1>(pattern_.bytes[i]));
-            }
+            work += i;
             return bits;
         }
 
       private:
         static constexpr int kCount = 4;
-        static bool AreMany(uint64_t bits) noexcept { return __builtin_popcountll(bits) > 4; }
+        static constexpr int64_t kMostLooks = 64;
+        static bool AreMany(uint64_t bits) noexcept { return __builtin_popcountll(bits) > 3; }
         // What lies behind the last byte may be equal.
-        uint64_t EqualInTail(int64_t shift, Vector wanted) const noexcept {
-            if (shift > 63) return ~uint64_t{0};
-            return last_.Equal(wanted) >> shift | ~(~uint64_t{0} >> shift);
+        uint64_t EqualFrom(int64_t at, Vector wanted) const noexcept {
+            const int64_t beyond = at + 64 - tail_.readable;
+            if (beyond <= 0) return EqualBits(tail_.text + at, wanted);
+            if (beyond > 63) return ~uint64_t{0};
+            return last_.Equal(wanted) >> beyond | ~(~uint64_t{0} >> beyond);
         }
 
         const Pattern &pattern_;
@@ -421,31 +421,26 @@ struct VectorSearch {
     static int64_t ScanLast(const Pattern &pattern, const TextTail &tail, int64_t from,
                             Matches &matches) noexcept {
         const Starts starts(pattern, tail);
-        int64_t patience = 2 * pattern.length + 256;
-        for (int64_t at = from; at < tail.candidates;) {
-            int64_t base = at;
-            uint64_t bits = starts(base);
-            const int64_t end = std::min(base + 64, tail.candidates);
-            for (;;) {
-                bits = bits >> (at - base) << (at - base);
-                if (bits == 0) break;
-                const int64_t start = base + __builtin_ctzll(bits);
-                if (start >= end) break;
-                const int64_t matched = CountMatched(tail.text + start, tail.readable - start, pattern);
+        const int64_t patience = 2 * pattern.length + 256;
+        int64_t work = 0;
+        for (int64_t base = from, next = from; base < tail.candidates; base += 64) {
+            uint64_t bits = starts.Find(base, work);
+            while (bits != 0) {
+                const int64_t at = base + __builtin_ctzll(bits);
+                bits &= bits - 1;
+                if (at < next) continue;
+                const int64_t matched = CountMatched(tail.text + at, tail.readable - at, pattern);
                 const bool isMatch = matched == pattern.length;
-                if (isMatch && matches.Take(start)) return tail.candidates;
-                at = isMatch ? start + 1 : NextStart(tail.text, start, matched, pattern);
-                patience -= 8 + matched / 8;
-                if (patience < 0) return at;
-                if (at >= end) break;
+                if (isMatch && matches.Take(at)) return tail.candidates;
+                next = isMatch ? at + 1 : NextStart(tail.text, at, matched, pattern);
+                work += 8 + matched / 8;
             }
-            at = std::max(at, end);
+            if (work > patience + base - from) return std::max(next, std::min(base + 64, tail.candidates));
         }
         return tail.candidates;
     }
 
-    // In vectors looked at, and fours of blocks.
-    static constexpr int64_t kWorthPairs = 3072, kWorthChoosing = 16384;
+    static constexpr int64_t kWorthPairs = 1024, kWorthChoosing = 16384;
     static constexpr int64_t kMatchWork = 16, kMostDoubts = 3;
     static constexpr int kMostFailures = 2;
 };
