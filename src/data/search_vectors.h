@@ -345,38 +345,36 @@ struct VectorSearch {
     // The positions at which some of the pattern's bytes stand, as far as they can be read.
     class Starts {
       public:
-        Starts(const Pattern &pattern, const TextTail &tail) noexcept
-            : pattern_(pattern), tail_(tail), last_(tail) {
-            // In a run, the byte behind its end tells most.
-            const int64_t end = std::min<int64_t>(pattern.length, 64);
-            int64_t change = 1;
-            while (change < end && pattern.bytes[change] == pattern.bytes[0]) ++change;
-            places_[0] = 0;
-            places_[1] = pattern.length - 1;
-            places_[2] = std::min(change, pattern.length - 1);
-            places_[3] = pattern.length / 2;
+        // Behind a run at the pattern's beginning stands the byte that tells most.
+        Starts(const Pattern &pattern, const TextTail &tail, int64_t run) noexcept
+            : pattern_(pattern),
+              tail_(tail),
+              last_(tail),
+              places_{0, pattern.length - 1, std::min(run, pattern.length - 1), pattern.length / 2} {
             for (int i = 0; i < kCount; ++i) {
                 bytes_[i] = Lanes::template Spread<1>(pattern.bytes[places_[i]]);
             }
         }
 
-        // One bit for each position from `base` on. Counts the vectors that it looked at.
-        uint64_t Find(int64_t base, int64_t &work) const noexcept {
+        // One bit for each position from `base` on.
+        uint64_t Find(int64_t base) const noexcept {
             const int64_t positions = tail_.candidates - base;
             uint64_t bits = positions < 64 ? (uint64_t{1} << positions) - 1 : ~uint64_t{0};
             for (int i = 0; i < kCount; ++i) bits &= EqualFrom(base + places_[i], bytes_[i]);
-            int64_t i = 1;
-            for (; i < std::min<int64_t>(pattern_.length, kMostLooks) && AreMany(bits); ++i) {
+            return bits;
+        }
+
+        // Takes away from many positions those at which the next few bytes do not stand.
+        uint64_t Narrow(int64_t base, uint64_t bits) const noexcept {
+            const int64_t end = std::min<int64_t>(pattern_.length, 10);
+            for (int64_t i = 1; i < end && __builtin_popcountll(bits) > 3; ++i) {
                 bits &= EqualFrom(base + i, Lanes::template Spread<1>(pattern_.bytes[i]));
             }
-            work += i;
             return bits;
         }
 
       private:
         static constexpr int kCount = 4;
-        static constexpr int64_t kMostLooks = 64;
-        static bool AreMany(uint64_t bits) noexcept { return __builtin_popcountll(bits) > 3; }
         // What lies behind the last byte may be equal.
         uint64_t EqualFrom(int64_t at, Vector wanted) const noexcept {
             const int64_t beyond = at + 64 - tail_.readable;
@@ -395,47 +393,104 @@ struct VectorSearch {
     // How many bytes of the pattern stand at a place of which so many may be read at once.
     static int64_t CountMatched(const uint8_t *text, int64_t readable, const Pattern &pattern) noexcept {
         const int64_t atOnce = std::min(readable, pattern.length);
-        const auto difference = [&](int64_t i) {
-            return LoadElement<uint64_t>(text + i, 0) ^ LoadElement<uint64_t>(pattern.bytes + i, 0);
-        };
         int64_t matched = 0;
+        for (; matched + kBytes <= atOnce; matched += kBytes) {
+            constexpr uint64_t kAll = ~0ULL >> (64 - kBytes);
+            const uint64_t bits = Lanes::Bits(
+                Lanes::template Equal<1>(Lanes::Load(text + matched), Lanes::Load(pattern.bytes + matched)));
+            if (bits != kAll) return matched + __builtin_ctzll(~bits);
+        }
         for (; matched + 8 <= atOnce; matched += 8) {
-            const uint64_t different = difference(matched);
+            const uint64_t different =
+                LoadElement<uint64_t>(text + matched, 0) ^ LoadElement<uint64_t>(pattern.bytes + matched, 0);
             if (different != 0) return matched + __builtin_ctzll(different) / 8;
         }
         while (matched < pattern.length && text[matched] == pattern.bytes[matched]) ++matched;
         return matched;
     }
 
-    // Where a match may start next when the one at `at` broke off after so many bytes: the byte that broke it
-    // has to stand in the pattern.
-    static int64_t NextStart(const uint8_t *text, int64_t at, int64_t matched,
-                             const Pattern &pattern) noexcept {
-        if (matched < 8) return at + 1;
-        const void *same = memrchr(pattern.bytes, text[at + matched], static_cast<size_t>(matched));
-        const int64_t place = same == nullptr ? -1 : static_cast<const uint8_t *>(same) - pattern.bytes;
-        return at + matched - place;
+    static int64_t CountRun(const Pattern &pattern) noexcept {
+        if (pattern.length == 1 || pattern.bytes[1] != pattern.bytes[0]) return 1;
+        return 1 + CountLeadingPlain(pattern.bytes + 1, pattern.length - 1, pattern.bytes[0]);
     }
+
+    // Walks over the positions that the filter leaves.
+    class TailWalk {
+      public:
+        TailWalk(const Pattern &pattern, const TextTail &tail) noexcept
+            : pattern_(pattern),
+              text_(tail.text),
+              candidates_(tail.candidates),
+              known_(tail.readable),
+              run_(CountRun(pattern)) {}
+
+        int64_t Run() const noexcept { return run_; }
+        // The first position that is neither done nor ruled out.
+        int64_t Next() const noexcept { return next_; }
+        // Vectors looked at.
+        int64_t Work() const noexcept { return work_; }
+
+        bool IsMatch(int64_t at) noexcept {
+            const int64_t matched = CountMatched(text_ + at, known_ - at, pattern_);
+            work_ += 8 + matched / 64;
+            next_ = at + 1;
+            if (matched == pattern_.length) {
+                known_ = std::max(known_, at + matched);
+                return true;
+            }
+            // All bytes up to the one that broke it off have been read.
+            known_ = std::max(known_, at + matched + 1);
+            if (matched >= 8) next_ = NextStart(at, matched);
+            return false;
+        }
+
+      private:
+        // Where the next match may start: the byte that broke this one off has to stand in the pattern; if it
+        // makes a run longer, at its place before the run's end.
+        int64_t NextStart(int64_t at, int64_t matched) noexcept {
+            const uint8_t byte = text_[at + matched];
+            if (matched == run_ && byte == pattern_.bytes[0]) {
+                int64_t end = at + matched + 1;
+                while (end - run_ < candidates_ && text_[end] == byte) ++end;
+                known_ = std::max(known_, std::min(end, candidates_ + run_ - 1) + 1);
+                return end - run_;
+            }
+            const void *same = memrchr(pattern_.bytes, byte, static_cast<size_t>(matched));
+            const int64_t place = same == nullptr ? -1 : static_cast<const uint8_t *>(same) - pattern_.bytes;
+            return at + matched - place;
+        }
+
+        const Pattern &pattern_;
+        const uint8_t *text_;
+        int64_t candidates_;
+        int64_t known_;
+        int64_t run_;
+        int64_t next_ = 0;
+        int64_t work_ = 0;
+    };
 
     template <typename Matches>
     static int64_t ScanLast(const Pattern &pattern, const TextTail &tail, int64_t from,
                             Matches &matches) noexcept {
-        const Starts starts(pattern, tail);
-        const int64_t patience = 2 * pattern.length + 256;
-        int64_t work = 0;
-        for (int64_t base = from, next = from; base < tail.candidates; base += 64) {
-            uint64_t bits = starts.Find(base, work);
-            while (bits != 0) {
+        TailWalk walk(pattern, tail);
+        const Starts starts(pattern, tail, walk.Run());
+        const int64_t patience = 4 * pattern.length + 512;
+        for (int64_t base = from; base < tail.candidates; base += 64) {
+            uint64_t bits = starts.Find(base);
+            for (bool isNarrow = false; bits != 0;) {
                 const int64_t at = base + __builtin_ctzll(bits);
                 bits &= bits - 1;
-                if (at < next) continue;
-                const int64_t matched = CountMatched(tail.text + at, tail.readable - at, pattern);
-                const bool isMatch = matched == pattern.length;
-                if (isMatch && matches.Take(at)) return tail.candidates;
-                next = isMatch ? at + 1 : NextStart(tail.text, at, matched, pattern);
-                work += 8 + matched / 8;
+                if (at < walk.Next()) continue;
+                if (walk.IsMatch(at)) {
+                    if (matches.Take(at)) return tail.candidates;
+                } else if (!isNarrow) {
+                    bits = starts.Narrow(base, bits);
+                    isNarrow = true;
+                }
             }
-            if (work > patience + base - from) return std::max(next, std::min(base + 64, tail.candidates));
+            if (walk.Work() > patience + base - from) {
+                return std::max(walk.Next(), std::min(base + 64, tail.candidates));
+            }
         }
         return tail.candidates;
     }
