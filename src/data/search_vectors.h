@@ -93,11 +93,36 @@ struct VectorSearch {
         return length <= 16 || std::memcmp(a + 8, b + 8, static_cast<size_t>(length - 16)) == 0;
     }
 
+    // How many bytes of the pattern stand at a place of which so many may be read at once.
+    static int64_t CountMatched(const uint8_t *text, int64_t readable, const Pattern &pattern) noexcept {
+        const int64_t atOnce = std::min(readable, pattern.length);
+        int64_t matched = 0;
+        for (; matched + kBytes <= atOnce; matched += kBytes) {
+            constexpr uint64_t kAll = ~0ULL >> (64 - kBytes);
+            const uint64_t bits = Lanes::Bits(
+                Lanes::template Equal<1>(Lanes::Load(text + matched), Lanes::Load(pattern.bytes + matched)));
+            if (bits != kAll) return matched + __builtin_ctzll(~bits);
+        }
+        for (; matched + 8 <= atOnce; matched += 8) {
+            const uint64_t different =
+                LoadElement<uint64_t>(text + matched, 0) ^ LoadElement<uint64_t>(pattern.bytes + matched, 0);
+            if (different != 0) return matched + __builtin_ctzll(different) / 8;
+        }
+        while (matched < pattern.length && text[matched] == pattern.bytes[matched]) ++matched;
+        return matched;
+    }
+
     struct Verdict {
         uint64_t bits;  // those at which the whole pattern stands, or the first of them
         int64_t work;   // what that took, counted in vectors
         int64_t fault;  // where the last of many failed; 0: no such place
     };
+
+    // Where a match broke off that had begun well; 0 if it had not.
+    static int64_t FindDeepFault(const ProbedPattern &pattern, const uint8_t *text) noexcept {
+        if (LoadElement<uint64_t>(text, 0) != LoadElement<uint64_t>(pattern.bytes, 0)) return 0;
+        return CountMatched(text, pattern.length, pattern);
+    }
 
     // Looks at byte after byte for all places at once, and at the last few ones, or the lasting ones, one by
     // one.
@@ -120,6 +145,8 @@ struct VectorSearch {
             verdict.bits |= static_cast<uint64_t>(isEqual) << at;
             verdict.work += 8 + (isEqual ? pattern.length / 32 : 0);
             if (isEqual && wantsFirst) break;
+            if (!isEqual && verdict.fault == 0 && pattern.length > 16)
+                verdict.fault = FindDeepFault(pattern, text + at);
         }
         return verdict;
     }
@@ -170,7 +197,9 @@ struct VectorSearch {
             WordLeaps &leaps = *pattern_.leaps;
             const uint64_t factor = kFactors[leaps.turns++];
             const int64_t places = candidates_ - at;
-            const int bits = places < 32768 ? 11 : (places < 262144 ? 12 : WordLeaps::kMostBits);
+            // Better ones cost time and wait until they are needed.
+            int bits = places < 32768 ? 11 : 12;
+            if (leaps.turns > 1) bits = places < 262144 ? 13 : WordLeaps::kMostBits;
             uint8_t *const marks = leaps.marks.data();
             const Vector zero = Lanes::template Spread<1>(0);
             for (int64_t i = 0; i < int64_t{1} << bits; i += kBytes) Lanes::Store(marks + i, zero);
@@ -213,7 +242,7 @@ struct VectorSearch {
                 // No match has this word by chance and not the one before, unless it starts between them.
                 if (place >= end || has(place - WordLeaps::kWord) != 0) break;
                 place += leap - WordLeaps::kWord;
-                leaps.hasStumbled = stumbles > 16 && place - text - at < 16 * leap * stumbles;
+                leaps.hasStumbled = stumbles > 16 && place - text - at < 32 * leap * stumbles;
                 if (leaps.hasStumbled && leaps.turns < kTurns) break;
             }
             return place - text - ahead;
@@ -364,8 +393,13 @@ struct VectorSearch {
             return bits;
         }
 
-        // Takes away from many positions those at which the next few bytes do not stand.
-        uint64_t Narrow(int64_t base, uint64_t bits) const noexcept {
+        // Takes away from positions those at which a byte does not stand that was missing at another, and
+        // from many those at which the next few do not.
+        uint64_t Narrow(int64_t base, uint64_t bits, int64_t fault) noexcept {
+            if (bits == 0) return 0;
+            places_[2] = fault;
+            bytes_[2] = Lanes::template Spread<1>(pattern_.bytes[fault]);
+            bits &= EqualFrom(base + fault, bytes_[2]);
             const int64_t end = std::min<int64_t>(pattern_.length, 10);
             for (int64_t i = 1; i < end && __builtin_popcountll(bits) > 3; ++i) {
                 bits &= EqualFrom(base + i, Lanes::template Spread<1>(pattern_.bytes[i]));
@@ -390,28 +424,9 @@ struct VectorSearch {
         Vector bytes_[kCount];
     };
 
-    // How many bytes of the pattern stand at a place of which so many may be read at once.
-    static int64_t CountMatched(const uint8_t *text, int64_t readable, const Pattern &pattern) noexcept {
-        const int64_t atOnce = std::min(readable, pattern.length);
-        int64_t matched = 0;
-        for (; matched + kBytes <= atOnce; matched += kBytes) {
-            constexpr uint64_t kAll = ~0ULL >> (64 - kBytes);
-            const uint64_t bits = Lanes::Bits(
-                Lanes::template Equal<1>(Lanes::Load(text + matched), Lanes::Load(pattern.bytes + matched)));
-            if (bits != kAll) return matched + __builtin_ctzll(~bits);
-        }
-        for (; matched + 8 <= atOnce; matched += 8) {
-            const uint64_t different =
-                LoadElement<uint64_t>(text + matched, 0) ^ LoadElement<uint64_t>(pattern.bytes + matched, 0);
-            if (different != 0) return matched + __builtin_ctzll(different) / 8;
-        }
-        while (matched < pattern.length && text[matched] == pattern.bytes[matched]) ++matched;
-        return matched;
-    }
-
     static int64_t CountRun(const Pattern &pattern) noexcept {
         if (pattern.length == 1 || pattern.bytes[1] != pattern.bytes[0]) return 1;
-        return 1 + CountLeadingPlain(pattern.bytes + 1, pattern.length - 1, pattern.bytes[0]);
+        return 1 + CountMatched(pattern.bytes + 1, pattern.length - 1, {pattern.bytes, pattern.length - 1});
     }
 
     // Walks over the positions that the filter leaves.
@@ -430,18 +445,15 @@ struct VectorSearch {
         // Vectors looked at.
         int64_t Work() const noexcept { return work_; }
 
-        bool IsMatch(int64_t at) noexcept {
+        // How much of the pattern stands there.
+        int64_t Match(int64_t at) noexcept {
             const int64_t matched = CountMatched(text_ + at, known_ - at, pattern_);
             work_ += 8 + matched / 64;
             next_ = at + 1;
-            if (matched == pattern_.length) {
-                known_ = std::max(known_, at + matched);
-                return true;
-            }
-            // All bytes up to the one that broke it off have been read.
-            known_ = std::max(known_, at + matched + 1);
-            if (matched >= 8) next_ = NextStart(at, matched);
-            return false;
+            // All bytes up to one that broke it off have been read.
+            known_ = std::max(known_, at + std::min(matched + 1, pattern_.length));
+            if (matched >= 8 && matched < pattern_.length) next_ = NextStart(at, matched);
+            return matched;
         }
 
       private:
@@ -473,19 +485,19 @@ struct VectorSearch {
     static int64_t ScanLast(const Pattern &pattern, const TextTail &tail, int64_t from,
                             Matches &matches) noexcept {
         TailWalk walk(pattern, tail);
-        const Starts starts(pattern, tail, walk.Run());
+        Starts starts(pattern, tail, walk.Run());
         const int64_t patience = 4 * pattern.length + 512;
         for (int64_t base = from; base < tail.candidates; base += 64) {
             uint64_t bits = starts.Find(base);
-            for (bool isNarrow = false; bits != 0;) {
+            while (bits != 0) {
                 const int64_t at = base + __builtin_ctzll(bits);
                 bits &= bits - 1;
                 if (at < walk.Next()) continue;
-                if (walk.IsMatch(at)) {
-                    if (matches.Take(at)) return tail.candidates;
-                } else if (!isNarrow) {
-                    bits = starts.Narrow(base, bits);
-                    isNarrow = true;
+                const int64_t matched = walk.Match(at);
+                if (matched < pattern.length) {
+                    bits = starts.Narrow(base, bits, matched);
+                } else if (matches.Take(at)) {
+                    return tail.candidates;
                 }
             }
             if (walk.Work() > patience + base - from) {
