@@ -64,9 +64,11 @@ void TakeFirstProbes(ProbedPattern &pattern) noexcept {
     for (int64_t i = 1; !isNew(middle) && i < std::min<int64_t>(last, 16); ++i) {
         if (isNew(i)) middle = i;
     }
+    // Different bytes first, for two of the probes may be looked at alone.
+    const bool isSame = pattern.bytes[0] == pattern.bytes[last];
     pattern.probes[0] = 0;
-    pattern.probes[1] = last;
-    pattern.probes[2] = middle;
+    pattern.probes[1] = isSame ? middle : last;
+    pattern.probes[2] = isSame ? last : middle;
 }
 
 bool Matches(const uint8_t *text, int64_t at, const Pattern &pattern, int64_t from, int64_t count) noexcept {
@@ -189,8 +191,10 @@ void ScanForRuns(const uint8_t *text, int64_t candidates, const Pattern &pattern
     }
 }
 
+constexpr int64_t kShortestLeap = 48;
+
 bool IsWorthLeaping(int64_t length, int64_t candidates) noexcept {
-    return length >= 48 && candidates >= (length >= 90 ? 8192 : 16384);
+    return length >= kShortestLeap && candidates >= (length >= 90 ? 8192 : 16384);
 }
 
 bool IsRun(const Pattern &pattern) noexcept {
@@ -202,12 +206,12 @@ bool IsRun(const Pattern &pattern) noexcept {
 // that was not looked at.
 template <typename Sink>
 int64_t ScanMany(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
-    constexpr int64_t kFirstLook = 1024, kShortestLeap = 20, kWorthChoosing = 128;
+    constexpr int64_t kFirstLook = 1024, kWorthChoosing = 128;
     const int64_t length = pattern.length;
     ProbedPattern probed{pattern, {0, length - 1, length / 2}, 32, 512, length > 3, nullptr};
     if (length > 3) TakeFirstProbes(probed);
     WordLeaps leaps;
-    if (length >= kShortestLeap) {
+    if (length >= 20) {
         leaps.next = IsWorthLeaping(length, candidates) ? kFirstLook : candidates;
         leaps.pause = leaps.turns = 0;
         probed.leaps = &leaps;
@@ -225,12 +229,12 @@ int64_t ScanMany(const uint8_t *text, int64_t candidates, const Pattern &pattern
 // Gives the matches at the first `candidates` positions to `matches`. All bytes of them may be read.
 template <typename Sink>
 void ScanInside(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
-    constexpr int64_t kShortestRun = 24;
+    constexpr int64_t kShortestRun = 14, kShortestLongRun = 24, kLongText = 4096;
     const int64_t length = pattern.length;
     int64_t from = 0;
     if (candidates < kScanned) {
         from = ChooseTailScan<Sink>()(pattern, {text, candidates, candidates + length - 1}, 0, matches);
-    } else if (length >= kShortestRun && IsRun(pattern)) {
+    } else if (length >= (candidates < kLongText ? kShortestRun : kShortestLongRun) && IsRun(pattern)) {
         return ScanForRuns(text, candidates, pattern, matches);
     } else {
         from = ScanMany(text, candidates, pattern, matches);

@@ -313,8 +313,11 @@ struct VectorSearch {
                 const bool hadPairs = probes.doubts < kMostDoubts;
                 at = PassBlocks(probes, at + 64, std::min(candidates, leaper.Next())) - 64;
                 if (hadPairs && probes.doubts >= kMostDoubts) {
-                    leaper.TryAt(at + 64);
-                    if (candidates - at >= kWorthChoosing && pattern.mayChoose) return at + 64;
+                    if (pattern.length >= kLongPattern) {
+                        leaper.TryAt(at + 64);
+                    } else if (candidates - at >= kWorthChoosing && pattern.mayChoose) {
+                        return at + 64;
+                    }
                 }
                 continue;
             }
@@ -322,7 +325,9 @@ struct VectorSearch {
                 const Verdict verdict = Verify(pattern, text + base, bits, matches.WantsFirst());
                 bits = verdict.bits;
                 work += verdict.work;
-                if (bits == 0 && ++failures == kMostFailures) leaper.TryAt(base + 64);
+                if (bits == 0 && ++failures >= 2) {
+                    if (pattern.length >= kLongPattern || failures * 256 > at - from) leaper.TryAt(base + 64);
+                }
                 // What many places lack is the best to look at first, and finding it is worth some work.
                 if (verdict.fault > 0 && lessons-- > 0) {
                     probes.ReplaceLast(pattern, text, verdict.fault);
@@ -509,7 +514,7 @@ struct VectorSearch {
 
     static constexpr int64_t kWorthPairs = 1024, kWorthChoosing = 16384;
     static constexpr int64_t kMatchWork = 16, kMostDoubts = 3;
-    static constexpr int kMostFailures = 2;
+    static constexpr int64_t kLongPattern = 48;
 };
 
 }  // namespace
