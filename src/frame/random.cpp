@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <mutex>
+#include <span>
 
 #include "fenlight/frame.h"
 
@@ -42,12 +43,19 @@ void Refill() {
     RandomIndex = 0;
 }
 
-uint32_t NextWord() {
+// As many words as are there before the next refill, at least one and at most `most`.
+std::span<const uint32_t> TakeWords(size_t most) {
     if (RandomIndex >= kWords) {
         if (RandomIndex == kNeverSeeded) Seed(kSeedOfLastResort);
         Refill();
     }
-    uint32_t word = RandomState[RandomIndex++];
+    const auto words = std::span(RandomState).subspan(RandomIndex);
+    const auto taken = words.first(std::min(words.size(), most));
+    RandomIndex += static_cast<uint32_t>(taken.size());
+    return taken;
+}
+
+uint32_t Temper(uint32_t word) {
     word ^= word >> 11;
     word ^= (word << 7) & 0x9D2C5680;
     word ^= (word << 15) & 0xEFC60000;
@@ -55,9 +63,24 @@ uint32_t NextWord() {
 }
 
 uint32_t Draw(uint32_t limit) {
-    const uint32_t word = NextWord();
+    const uint32_t word = Temper(TakeWords(1)[0]);
     return limit == 0 ? 0 : word % limit;
 }
+
+// The remainders of many divisions by one number, by two products each (Lemire, Kaser and Kurz, Software:
+// Practice and Experience 49, 2019). 0 for a divisor of 0.
+class Remainders {
+  public:
+    explicit Remainders(uint32_t divisor)
+        : divisor_(divisor), fraction_(divisor != 0 ? UINT64_MAX / divisor + 1 : 0) {}
+    uint32_t Of(uint32_t word) const {
+        __extension__ using Wide = unsigned __int128;
+        return static_cast<uint32_t>(static_cast<Wide>(fraction_ * word) * divisor_ >> 64);
+    }
+
+  private:
+    uint64_t divisor_, fraction_;
+};
 
 }  // namespace
 
@@ -73,8 +96,13 @@ uint32_t RandomDraw(uint32_t limit) noexcept {
 
 void RandomFill(int32_t *words, int64_t count, int32_t base, uint32_t range) noexcept {
     const std::lock_guard guard(randomLock);
-    for (int64_t i = 0; i < count; ++i) {
-        words[i] = static_cast<int32_t>(static_cast<uint32_t>(base) + Draw(range));
+    const Remainders remainders(range);
+    for (std::span<int32_t> rest(words, static_cast<size_t>(std::max<int64_t>(count, 0))); !rest.empty();) {
+        const auto drawn = TakeWords(rest.size());
+        std::transform(drawn.begin(), drawn.end(), rest.begin(), [&](uint32_t word) {
+            return static_cast<int32_t>(static_cast<uint32_t>(base) + remainders.Of(Temper(word)));
+        });
+        rest = rest.subspan(drawn.size());
     }
 }
 

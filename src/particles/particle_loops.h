@@ -3,9 +3,12 @@
 // word of several records. The file that includes this one defines before, for its width,
 //
 //   Vector, Mask                     kLanes words of 32 bits, and which of them
-//   LoadHalves(half), StoreHalves    from every fourth record on: half a record to each quarter of 128 bits
+//   Read, Write
 //   Low32, High32, Low64, High64     unpacking, each 128 bits for themselves
-//   All, Sum, SumWhere, Difference, Product, ShiftRight, Write
+//   JoinFirst(a, b), JoinLast        of halves of records in turn, 128 bits each: the words in all first and
+//                                    in all last halves, in the order of the records
+//   PartFirst(first, last), PartLast the way back to a and to b
+//   All, Sum, SumWhere, Difference, Product, ShiftLeft, ShiftRight
 //   IsEqual, IsGreater, IsBelow      of signed numbers, the last of unsigned ones
 //   And, Or, Not, Choose, BitsOf     of masks, And and Or of vectors too; Choose(mask, yes, no)
 //   OrderBytes(words, order)         each 128 bits for themselves
@@ -22,9 +25,10 @@ namespace fenlight {
 namespace {
 
 static_assert(kRecordsAtOnce % kLanes == 0);
+constexpr uint32_t kLaneNumbers[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 constexpr uint32_t kAllLanes = (1u << kLanes) - 1;
 
-// Each quarter of 128 bits holds the words of four records.
+// Each 128 bits hold one word of four records.
 struct FourWords {
     Vector a, b, c, d;
 };
@@ -36,29 +40,45 @@ struct FourWords {
     return {Low64(low0, low1), High64(low0, low1), Low64(high0, high1), High64(high0, high1)};
 }
 
-// Half 0 of a record is its first four words, half 1 its last four.
+// The words of as many records as there are lanes.
+struct EightWords {
+    FourWords first, last;
+};
+
 template <class Record>
-__m128i *HalfOf(Record *records, size_t half) {
-    static_assert(sizeof(Record) == 2 * sizeof(__m128i));
-    return reinterpret_cast<__m128i *>(records) + half;
+[[gnu::no_sanitize("thread"), gnu::always_inline]] inline EightWords LoadWords(const Record *records) {
+    static_assert(sizeof(Record) * kLanes == 8 * sizeof(Vector));
+    const auto *const rows = reinterpret_cast<const Vector *>(records);
+    const FourWords a = Transpose({Read(rows), Read(rows + 1), Read(rows + 2), Read(rows + 3)});
+    const FourWords b = Transpose({Read(rows + 4), Read(rows + 5), Read(rows + 6), Read(rows + 7)});
+    return {{JoinFirst(a.a, b.a), JoinFirst(a.b, b.b), JoinFirst(a.c, b.c), JoinFirst(a.d, b.d)},
+            {JoinLast(a.a, b.a), JoinLast(a.b, b.b), JoinLast(a.c, b.c), JoinLast(a.d, b.d)}};
 }
 
 template <class Record>
-[[gnu::no_sanitize("thread"), gnu::always_inline]] inline FourWords LoadWords(Record *records, size_t half) {
-    const __m128i *first = HalfOf(records, half);
-    return Transpose(
-        {LoadHalves(first), LoadHalves(first + 2), LoadHalves(first + 4), LoadHalves(first + 6)});
+[[gnu::no_sanitize("thread"), gnu::always_inline]] inline void StoreWords(Record *records,
+                                                                          const FourWords &first,
+                                                                          const FourWords &last) {
+    auto *const rows = reinterpret_cast<Vector *>(records);
+    const FourWords a = Transpose({PartFirst(first.a, last.a), PartFirst(first.b, last.b),
+                                   PartFirst(first.c, last.c), PartFirst(first.d, last.d)});
+    const FourWords b = Transpose({PartLast(first.a, last.a), PartLast(first.b, last.b),
+                                   PartLast(first.c, last.c), PartLast(first.d, last.d)});
+    Write(rows, a.a);
+    Write(rows + 1, a.b);
+    Write(rows + 2, a.c);
+    Write(rows + 3, a.d);
+    Write(rows + 4, b.a);
+    Write(rows + 5, b.b);
+    Write(rows + 6, b.c);
+    Write(rows + 7, b.d);
 }
 
-template <class Record>
-[[gnu::no_sanitize("thread"), gnu::always_inline]] inline void StoreWords(Record *records, size_t half,
-                                                                          const FourWords &words) {
-    const FourWords rows = Transpose(words);
-    __m128i *first = HalfOf(records, half);
-    StoreHalves(first, rows.a);
-    StoreHalves(first + 2, rows.b);
-    StoreHalves(first + 4, rows.c);
-    StoreHalves(first + 6, rows.d);
+// The numbers of the bits, counted from `first` on; without a branch, for nobody knows which bits there are.
+[[gnu::always_inline]] inline void AddNumbers(size_t first, uint32_t bits, NumberList &list) {
+    const Together together(bits);
+    Write(list.numbers + list.count, together(Sum(Read(kLaneNumbers), All(static_cast<uint32_t>(first)))));
+    list.count += static_cast<size_t>(_mm_popcnt_u32(bits));
 }
 
 class Offsets {
@@ -68,8 +88,7 @@ class Offsets {
 
     Vector At(Vector x, Vector y) const {
         const Mask isOnSurface = And(IsBelow(x, width_), IsBelow(y, height_));
-        const Vector twice = Sum(x, x);
-        return Choose(isOnSurface, Sum(Product(y, pitch_), Sum(twice, twice)), All(kNoOffset));
+        return Choose(isOnSurface, Sum(Product(y, pitch_), ShiftLeft(x, 2)), All(kNoOffset));
     }
 
   private:
@@ -92,8 +111,9 @@ Mask IsInside(const StarRoom &room, Vector x, Vector y) {
     const Offsets offsets(shape);
     const Vector parked = All(kParkedAt), one = All(1), longestAge = All(kLongestStarAge);
     for (size_t i = 0; i < count; i += kLanes) {
-        const auto [x, y, prevX, prevY] = LoadWords(stars + i, 0);
-        const auto [age, vx, vy, spare] = LoadWords(stars + i, 1);
+        const auto [place, course] = LoadWords(stars + i);
+        const auto [x, y, prevX, prevY] = place;
+        const auto [age, vx, vy, spare] = course;
         Write(jobs.erased + i, offsets.At(prevX, prevY));
         Write(jobs.drawn + i, offsets.At(x, y));
         Write(jobs.colours + i, WordOfAge(age));
@@ -101,10 +121,8 @@ Mask IsInside(const StarRoom &room, Vector x, Vector y) {
         const Mask isParked = And(IsEqual(nextX, parked), IsEqual(nextY, parked));
         const Mask isAlive = Or(IsInside(room, nextX, nextY), isParked);
         const Vector nextAge = SumWhere(isAlive, age, one);
-        StoreWords(stars + i, 0, {nextX, nextY, x, y});
-        StoreWords(stars + i, 1, {nextAge, vx, vy, spare});
-        uint32_t left = BitsOf(And(isAlive, IsGreater(longestAge, nextAge))) ^ kAllLanes;
-        for (; left != 0; left = _blsr_u32(left)) gone.Add(i + _tzcnt_u32(left));
+        StoreWords(stars + i, {nextX, nextY, x, y}, {nextAge, vx, vy, spare});
+        AddNumbers(i, BitsOf(And(isAlive, IsGreater(longestAge, nextAge))) ^ kAllLanes, gone);
     }
     jobs.count += count;
 }
@@ -142,8 +160,9 @@ Vector NextColour(const ParticleRules &rules, Vector colour, uint32_t shown, siz
     const Vector gravityX = All(rules.gravityX), gravityY = All(rules.gravityY);
     size_t shownCount = 0;
     for (size_t i = 0; i < count; i += kLanes) {
-        const auto [x, y, prevX, prevY] = LoadWords(particles + i, 0);
-        const auto [life, vx, vy, colour] = LoadWords(particles + i, 1);
+        const auto [place, course] = LoadWords(particles + i);
+        const auto [x, y, prevX, prevY] = place;
+        const auto [life, vx, vy, colour] = course;
         const Mask isAlive = Not(IsEqual(life, All(0)));
         const Mask isShown = And(isAlive, Not(IsGreater(life, lifeFrames)));
         const uint32_t shown = BitsOf(isShown), lasts = BitsOf(IsEqual(life, one)), worked = shown | lasts;
@@ -151,14 +170,12 @@ Vector NextColour(const ParticleRules &rules, Vector colour, uint32_t shown, siz
         Write(jobs.erased + jobs.count, together(offsets.At(prevX, prevY)));
         Write(jobs.drawn + jobs.count, together(Choose(isShown, offsets.At(x, y), nowhere)));
         Write(jobs.colours + jobs.count, together(WordOfColour(colour)));
-        for (uint32_t last = _pext_u32(lasts, worked); last != 0; last = _blsr_u32(last))
-            jobs.last.Add(jobs.count + _tzcnt_u32(last));
+        AddNumbers(jobs.count, _pext_u32(lasts, worked), jobs.last);
         jobs.count += static_cast<size_t>(_mm_popcnt_u32(worked));
         const Vector nextColour = NextColour(rules, colour, shown, shownCount);
-        StoreWords(particles + i, 0,
+        StoreWords(particles + i,
                    {SumWhere(isShown, x, vx), SumWhere(isShown, y, vy), Choose(isShown, x, prevX),
-                    Choose(isShown, y, prevY)});
-        StoreWords(particles + i, 1,
+                    Choose(isShown, y, prevY)},
                    {SumWhere(isAlive, life, All(-1)), SumWhere(isShown, vx, gravityX),
                     SumWhere(isShown, vy, gravityY), Choose(isShown, nextColour, colour)});
         shownCount += static_cast<size_t>(_mm_popcnt_u32(shown));

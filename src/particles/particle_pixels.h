@@ -49,36 +49,32 @@ class WordPixels {
     static uint32_t JobColour(COLORREF colour) noexcept { return platform::SwapRedBlue(colour); }
 
     bool IsBlackBehind(Place place) const noexcept { return WordBehind(place) == 0; }
-    // Both are false off the surfaces. Whether a particle is there cannot be foretold, so there is no branch:
-    // what is off goes to a word of its own.
-    bool GiveBack(Place place) noexcept { return Light(place, WordBehind(place)); }
-    bool Light(Place place, uint32_t colour) noexcept {
-        const bool isOnSurface = place != kNoOffset;
-        auto *const word = reinterpret_cast<uint32_t *>(AddressIn(topRow_, place));
-        *(isOnSurface ? word : &sink_) = colour;
-        return isOnSurface;
+    // Nothing is done off the surfaces.
+    void GiveBack(Place place) noexcept { Light(place, WordBehind(place)); }
+    void Light(Place place, uint32_t colour) noexcept {
+        if (place != kNoOffset) *reinterpret_cast<uint32_t *>(topRow_ + place) = colour;
     }
-    // Has the processor fetch what lies behind a place soon; any place will do.
-    void Fetch(Place place) const noexcept {
-        if (background_ != nullptr)
-            __builtin_prefetch(reinterpret_cast<const void *>(AddressIn(background_, place)));
+    // A pixel that is lit and gives back at once only gives back, where that cannot be seen by what comes
+    // behind it. A branch for it in the middle of the jobs would be foretold wrongly each time.
+    void SettleLasts(PixelJobs<Place> &jobs) const noexcept {
+        if (background_ == topRow_) return;
+        for (const uint32_t last : std::span(jobs.last.numbers, jobs.last.count))
+            jobs.colours[last] = WordBehind(jobs.drawn[last]);
+        jobs.last.count = 0;
     }
 
   private:
-    static uintptr_t AddressIn(const uint8_t *surface, Place place) noexcept {
-        return reinterpret_cast<uintptr_t>(surface) + static_cast<uintptr_t>(ptrdiff_t{place});
-    }
     // Without the unused byte.
     uint32_t WordBehind(Place place) const noexcept {
         if (background_ == nullptr) return outside_;
-        const auto *const word = reinterpret_cast<const uint32_t *>(AddressIn(background_, place));
-        return *(place != kNoOffset ? word : &outside_) & 0xFFFFFF;
+        const bool isOnSurface = place != kNoOffset;
+        return (isOnSurface ? *reinterpret_cast<const uint32_t *>(background_ + place) : outside_) & 0xFFFFFF;
     }
 
     uint8_t *topRow_;
     const uint8_t *background_;
     SurfaceShape shape_;
-    uint32_t outside_, sink_ = 0;
+    uint32_t outside_;
 };
 
 // The same for all other pairs of formats.
@@ -95,16 +91,15 @@ class AnyPixels {
     static uint32_t JobColour(COLORREF colour) noexcept { return colour; }
 
     bool IsBlackBehind(Place place) const noexcept { return ColourBehind(place) == 0; }
-    bool GiveBack(Place place) const noexcept { return Light(place, ColourBehind(place)); }
-    bool Light(Place place, COLORREF colour) const noexcept {
-        if (!Contains(dest_, place)) return false;
+    void GiveBack(Place place) const noexcept { Light(place, ColourBehind(place)); }
+    void Light(Place place, COLORREF colour) const noexcept {
+        if (!Contains(dest_, place)) return;
         if (dest_.format == platform::PixelFormat::Bgrx32)
             *WordAt(dest_, place) = platform::SwapRedBlue(colour);
         else
             platform::WriteSurfacePixel(dest_, place.x, place.y, colour);
-        return true;
     }
-    void Fetch(Place) const noexcept {}
+    static void SettleLasts(const PixelJobs<Place> &) noexcept {}
 
   private:
     static bool Contains(const platform::PixelView &view, Place place) noexcept {
@@ -133,61 +128,47 @@ inline bool AreOfOneShape(const platform::PixelView &dest, const platform::Pixel
             background.width == dest.width && background.height == dest.height);
 }
 
-// Does one job after the other. Returns whether it has written a pixel.
+// Does one job after the other.
 //
 // Where pixels show on black only, what lies behind is looked at after the old pixel has got it back: if both
 // are one context with a palette, the nearest colour may be another one than was read.
 template <bool isOnBlackOnly, class Pixels>
-bool DoJobs(const PixelJobs<typename Pixels::Place> &jobs, Pixels &pixels) noexcept {
-    bool hasWritten = false;
-    size_t lastsDone = 0;
-    for (size_t i = 0; i < jobs.count; ++i) {
-        hasWritten |= pixels.GiveBack(jobs.erased[i]);
-        if (!isOnBlackOnly || pixels.IsBlackBehind(jobs.erased[i]))
-            hasWritten |= pixels.Light(jobs.drawn[i], jobs.colours[i]);
-        if (lastsDone == jobs.last.count || jobs.last.numbers[lastsDone] != i) continue;
-        hasWritten |= pixels.GiveBack(jobs.drawn[i]);
-        ++lastsDone;
+void DoJobs(const PixelJobs<typename Pixels::Place> &jobs, Pixels &pixels) noexcept {
+    size_t i = 0;
+    const auto doUntil = [&](size_t end) {
+        for (; i < end; ++i) {
+            pixels.GiveBack(jobs.erased[i]);
+            if (!isOnBlackOnly || pixels.IsBlackBehind(jobs.erased[i]))
+                pixels.Light(jobs.drawn[i], jobs.colours[i]);
+        }
+    };
+    for (const uint32_t last : std::span(jobs.last.numbers, jobs.last.count)) {
+        doUntil(last + 1);
+        pixels.GiveBack(jobs.drawn[last]);
     }
-    return hasWritten;
+    doUntil(jobs.count);
 }
 
-template <class Pixels>
-void FetchPixels(const PixelJobs<typename Pixels::Place> &jobs, const Pixels &pixels) noexcept {
-    for (size_t i = 0; i < jobs.count; ++i) pixels.Fetch(jobs.erased[i]);
-    for (size_t i = 0; i < jobs.last.count; ++i) pixels.Fetch(jobs.drawn[jobs.last.numbers[i]]);
+template <bool isOnBlackOnly, class Pixels, class Record, class Move>
+void WorkOnPart(Pixels pixels, std::span<Record> part, const Move &move) {
+    PixelJobs<typename Pixels::Place> jobs;
+    move(part, pixels, jobs);
+    pixels.SettleLasts(jobs);
+    DoJobs<isOnBlackOnly>(jobs, pixels);
 }
-
-template <bool isOnBlackOnly, class Record, class Pixels, class Move>
-bool WorkInParts(std::span<Record> records, Pixels pixels, const Move &move) {
-    PixelJobs<typename Pixels::Place> jobs[2];
-    bool hasWritten = false;
-    size_t now = 0;
-    for (; !records.empty(); now ^= 1) {
-        const std::span<Record> part = records.first(std::min(records.size(), kRecordsAtATime));
-        jobs[now].Clear();
-        move(part, pixels, jobs[now]);
-        FetchPixels(jobs[now], pixels);
-        hasWritten |= DoJobs<isOnBlackOnly>(jobs[now ^ 1], pixels);
-        records = records.subspan(part.size());
-    }
-    return DoJobs<isOnBlackOnly>(jobs[now ^ 1], pixels) || hasWritten;
-}
-
-// Records under one lock of the surfaces, which is held for a few microseconds.
-inline constexpr size_t kRecordsPerLock = 1024;
 
 // Calls `move(part, pixels, jobs)` for one part of the records after the other, in order, which adds their
-// jobs, and does those in order, with the surfaces locked.
+// jobs, and does those in order, with the surfaces locked for each part.
 template <bool isOnBlackOnly = false, class Record, class Move>
 void WorkOnPixels(const ParticleSurfaces &surfaces, std::span<Record> records, const Move &move) {
     while (!records.empty()) {
-        const std::span<Record> part = records.first(std::min(records.size(), kRecordsPerLock));
+        const std::span<Record> part = records.first(std::min(records.size(), kRecordsAtATime));
         platform::SurfacePairAccess pair(surfaces.dest, surfaces.isBlackBehind ? 0 : surfaces.background);
-        if (AreOfOneShape(pair.TargetView(), pair.SourceView())
-                ? WorkInParts<isOnBlackOnly>(part, WordPixels(pair, surfaces.Outside()), move)
-                : WorkInParts<isOnBlackOnly>(part, AnyPixels(pair, surfaces.Outside()), move))
-            pair.MarkTargetChanged();
+        if (AreOfOneShape(pair.TargetView(), pair.SourceView()))
+            WorkOnPart<isOnBlackOnly>(WordPixels(pair, surfaces.Outside()), part, move);
+        else
+            WorkOnPart<isOnBlackOnly>(AnyPixels(pair, surfaces.Outside()), part, move);
+        pair.MarkTargetChanged();
         records = records.subspan(part.size());
     }
 }

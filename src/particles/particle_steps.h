@@ -14,9 +14,9 @@
 
 namespace fenlight {
 
-// Records that are moved before their pixels are worked on: enough time to fetch those pixels, few enough
-// that the jobs stay close by.
-inline constexpr size_t kRecordsAtATime = 32;
+// Records that are moved before their pixels are worked on, under one lock of the surfaces: it is held for a
+// few microseconds, and the jobs stay in the first cache.
+inline constexpr size_t kRecordsAtATime = 1024;
 
 // Where a pixel lies on a surface of 32 bits: bytes from the start of the top row. A bitmap has less than
 // 2^31 bytes.
@@ -30,12 +30,12 @@ struct SurfaceShape {
 // What vectors take: a multiple of this many records.
 inline constexpr size_t kRecordsAtOnce = 16;
 
-// Numbers of records or jobs, rising.
+// Numbers of records or jobs, rising. Vectors write beyond the last.
 struct NumberList {
-    uint16_t numbers[kRecordsAtATime];
+    uint32_t numbers[kRecordsAtATime + kRecordsAtOnce];
     size_t count = 0;
 
-    void Add(size_t number) { numbers[count++] = static_cast<uint16_t>(number); }
+    void Add(size_t number) { numbers[count++] = static_cast<uint32_t>(number); }
 };
 
 // A job: the pixel at `erased` gets back what lies behind it, then the one at `drawn` gets its colour. Where
@@ -43,8 +43,9 @@ struct NumberList {
 template <class Place>
 struct PixelJobs {
     static constexpr size_t kRoom = kRecordsAtATime + kRecordsAtOnce;
-    Place erased[kRoom], drawn[kRoom];
-    uint32_t colours[kRoom];
+    alignas(64) Place erased[kRoom];
+    alignas(64) Place drawn[kRoom];
+    alignas(64) uint32_t colours[kRoom];
     size_t count = 0;
     NumberList last;
 
@@ -53,7 +54,6 @@ struct PixelJobs {
         drawn[count] = toDraw;
         colours[count++] = colour;
     }
-    void Clear() { count = last.count = 0; }
 };
 
 // Stars live strictly inside.

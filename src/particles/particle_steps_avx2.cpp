@@ -12,20 +12,18 @@ using Vector = __m256i;
 using Mask = __m256i;
 constexpr size_t kLanes = 8;
 
-[[gnu::no_sanitize("thread"), gnu::always_inline]] inline Vector LoadHalves(const __m128i *half) {
-    return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(half)), _mm_loadu_si128(half + 8),
-                                   1);
-}
-[[gnu::no_sanitize("thread"), gnu::always_inline]] inline void StoreHalves(__m128i *half, Vector vector) {
-    _mm_storeu_si128(half, _mm256_castsi256_si128(vector));
-    _mm_storeu_si128(half + 8, _mm256_extracti128_si256(vector, 1));
-}
+Vector Read(const void *words) { return _mm256_loadu_si256(static_cast<const Vector *>(words)); }
 void Write(void *words, Vector vector) { _mm256_storeu_si256(static_cast<Vector *>(words), vector); }
 
 Vector Low32(Vector a, Vector b) { return _mm256_unpacklo_epi32(a, b); }
 Vector High32(Vector a, Vector b) { return _mm256_unpackhi_epi32(a, b); }
 Vector Low64(Vector a, Vector b) { return _mm256_unpacklo_epi64(a, b); }
 Vector High64(Vector a, Vector b) { return _mm256_unpackhi_epi64(a, b); }
+
+Vector JoinFirst(Vector a, Vector b) { return _mm256_permute2x128_si256(a, b, 0x20); }
+Vector JoinLast(Vector a, Vector b) { return _mm256_permute2x128_si256(a, b, 0x31); }
+Vector PartFirst(Vector first, Vector last) { return JoinFirst(first, last); }
+Vector PartLast(Vector first, Vector last) { return JoinLast(first, last); }
 
 Vector All(int32_t value) { return _mm256_set1_epi32(value); }
 Vector All(uint32_t value) { return All(static_cast<int32_t>(value)); }
@@ -36,6 +34,7 @@ Vector Sum(Vector a, Vector b) { return _mm256_add_epi32(a, b); }
 Vector SumWhere(Mask condition, Vector a, Vector b) { return Sum(a, And(b, condition)); }
 Vector Difference(Vector a, Vector b) { return _mm256_sub_epi32(a, b); }
 Vector Product(Vector a, Vector b) { return _mm256_mullo_epi32(a, b); }
+Vector ShiftLeft(Vector words, int bits) { return _mm256_slli_epi32(words, bits); }
 Vector ShiftRight(Vector words, int bits) { return _mm256_srli_epi32(words, bits); }
 
 Mask IsEqual(Vector a, Vector b) { return _mm256_cmpeq_epi32(a, b); }

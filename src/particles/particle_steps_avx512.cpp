@@ -12,24 +12,30 @@ using Vector = __m512i;
 using Mask = __mmask16;
 constexpr size_t kLanes = 16;
 
-[[gnu::no_sanitize("thread"), gnu::always_inline]] inline Vector LoadHalves(const __m128i *half) {
-    Vector vector = _mm512_castsi128_si512(_mm_loadu_si128(half));
-    vector = _mm512_inserti32x4(vector, _mm_loadu_si128(half + 8), 1);
-    vector = _mm512_inserti32x4(vector, _mm_loadu_si128(half + 16), 2);
-    return _mm512_inserti32x4(vector, _mm_loadu_si128(half + 24), 3);
-}
-[[gnu::no_sanitize("thread"), gnu::always_inline]] inline void StoreHalves(__m128i *half, Vector vector) {
-    _mm_storeu_si128(half, _mm512_castsi512_si128(vector));
-    _mm_storeu_si128(half + 8, _mm512_extracti32x4_epi32(vector, 1));
-    _mm_storeu_si128(half + 16, _mm512_extracti32x4_epi32(vector, 2));
-    _mm_storeu_si128(half + 24, _mm512_extracti32x4_epi32(vector, 3));
-}
+Vector Read(const void *words) { return _mm512_loadu_si512(words); }
 void Write(void *words, Vector vector) { _mm512_storeu_si512(words, vector); }
 
 Vector Low32(Vector a, Vector b) { return _mm512_unpacklo_epi32(a, b); }
 Vector High32(Vector a, Vector b) { return _mm512_unpackhi_epi32(a, b); }
 Vector Low64(Vector a, Vector b) { return _mm512_unpacklo_epi64(a, b); }
 Vector High64(Vector a, Vector b) { return _mm512_unpackhi_epi64(a, b); }
+
+// Four rows of two records, transposed, hold a word of records 0, 2, 4, 6, one of their last halves, and the
+// same of records 1, 3, 5, 7.
+Vector Permute(Vector a, Vector b, __m512i order) { return _mm512_permutex2var_epi32(a, order, b); }
+Vector JoinFirst(Vector a, Vector b) {
+    return Permute(a, b, _mm512_setr_epi32(0, 8, 1, 9, 2, 10, 3, 11, 16, 24, 17, 25, 18, 26, 19, 27));
+}
+Vector JoinLast(Vector a, Vector b) {
+    return Permute(a, b, _mm512_setr_epi32(4, 12, 5, 13, 6, 14, 7, 15, 20, 28, 21, 29, 22, 30, 23, 31));
+}
+Vector PartFirst(Vector first, Vector last) {
+    return Permute(first, last, _mm512_setr_epi32(0, 2, 4, 6, 16, 18, 20, 22, 1, 3, 5, 7, 17, 19, 21, 23));
+}
+Vector PartLast(Vector first, Vector last) {
+    return Permute(first, last,
+                   _mm512_setr_epi32(8, 10, 12, 14, 24, 26, 28, 30, 9, 11, 13, 15, 25, 27, 29, 31));
+}
 
 Vector All(int32_t value) { return _mm512_set1_epi32(value); }
 Vector All(uint32_t value) { return All(static_cast<int32_t>(value)); }
@@ -42,6 +48,9 @@ Vector Sum(Vector a, Vector b) { return _mm512_add_epi32(a, b); }
 Vector SumWhere(Mask condition, Vector a, Vector b) { return _mm512_mask_add_epi32(a, condition, a, b); }
 Vector Difference(Vector a, Vector b) { return _mm512_sub_epi32(a, b); }
 Vector Product(Vector a, Vector b) { return _mm512_mullo_epi32(a, b); }
+Vector ShiftLeft(Vector words, int bits) {
+    return _mm512_maskz_slli_epi32(0xFFFF, words, static_cast<unsigned>(bits));
+}
 Vector ShiftRight(Vector words, int bits) {
     return _mm512_maskz_srli_epi32(0xFFFF, words, static_cast<unsigned>(bits));
 }

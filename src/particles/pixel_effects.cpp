@@ -23,11 +23,16 @@ constexpr uint32_t kLongestDelay = 12;
 constexpr int32_t kGravityPeriod = 8;
 constexpr uint32_t kAnyColour = 0xFFFFFF;
 
+// Vectors take whole numbers of records; those behind the last particle have no life.
+size_t RoomFor(size_t particles) {
+    return (particles + kRecordsAtOnce - 1) / kRecordsAtOnce * kRecordsAtOnce;
+}
+
 // The bytes have to fit into 32 bits, as they always had to.
 size_t BlockBytes(int32_t particleCount) {
-    const int64_t bytes =
-        int64_t{particleCount} * int64_t{sizeof(PixelParticle)} + int64_t{sizeof(PixelEffectBlock)} + 4;
-    return bytes <= int64_t{UINT32_MAX} ? static_cast<size_t>(bytes) : 0;
+    const size_t bytes =
+        RoomFor(static_cast<size_t>(particleCount)) * sizeof(PixelParticle) + sizeof(PixelEffectBlock) + 4;
+    return bytes <= UINT32_MAX ? bytes : 0;
 }
 
 // Without a radius or a range of speeds no draw could end; below 0 frames of life never would.
@@ -163,25 +168,16 @@ void Move(PixelParticle &particle, const ParticleRules &rules, size_t shownBefor
     StoreWord(particle.particleColour, NextColour(particle.particleColour, rules, shownBefore));
 }
 
-// What vectors take of the particles; returns how many that is, and adds to those that are shown.
-size_t MoveInVectors(std::span<PixelParticle> particles, const ParticleRules &rules,
-                     const SurfaceShape &shape, PixelJobs<PixelOffset> &jobs, size_t &shown) {
-    const auto moveParticles = ChooseParticleKernels().moveParticles;
-    if (moveParticles == nullptr) return 0;
-    const size_t count = particles.size() / kRecordsAtOnce * kRecordsAtOnce;
-    shown += moveParticles(particles.data(), count, rules, shape, jobs);
-    return count;
-}
-
 // Returns how many particles are shown.
 template <class Pixels>
 size_t MoveParticles(std::span<PixelParticle> particles, const ParticleRules &rules, const Pixels &pixels,
                      PixelJobs<typename Pixels::Place> &jobs) {
-    size_t i = 0, shown = 0;
-    if constexpr (std::is_same_v<Pixels, WordPixels>)
-        i = MoveInVectors(particles, rules, pixels.Shape(), jobs, shown);
-    for (; i < particles.size(); ++i) {
-        PixelParticle &particle = particles[i];
+    if constexpr (std::is_same_v<Pixels, WordPixels>) {
+        if (const auto move = ChooseParticleKernels().moveParticles)
+            return move(particles.data(), RoomFor(particles.size()), rules, pixels.Shape(), jobs);
+    }
+    size_t shown = 0;
+    for (PixelParticle &particle : particles) {
         if (particle.life == 0) continue;
         const bool isShown = IsShown(particle, rules), isLast = particle.life == 1;
         if (isLast) jobs.last.Add(jobs.count);

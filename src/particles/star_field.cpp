@@ -149,7 +149,7 @@ void RunStars(std::span<StarRecord> stars, const Pixels &pixels, PixelJobs<typen
     goneCount += static_cast<int32_t>(gone.count);
     if (gone.count == 0 || Option(StarSettings.stopMode) == kRunOut) return;
     RandomTurn random;
-    for (const uint16_t number : std::span(gone.numbers, gone.count)) Launch(stars[number], random);
+    for (const uint32_t number : std::span(gone.numbers, gone.count)) Launch(stars[number], random);
 }
 
 template <class Pixels>

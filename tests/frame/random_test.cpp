@@ -40,6 +40,11 @@ TEST(Random, DrawsWhatTheStandardTwisterDrawsFromTheSameState) {
             ASSERT_EQ(RandomDraw(1000003), static_cast<uint32_t>(judge() % 1000003))
                 << "seed " << seed << ", draw " << i;
         }
+        for (const uint32_t range : {1u, 3u, 0xFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+            std::array<int32_t, 1500> words;
+            RandomFill(words.data(), 1500, 0, range);
+            for (const int32_t word : words) ASSERT_EQ(static_cast<uint32_t>(word), judge() % range) << range;
+        }
     }
 }
 
