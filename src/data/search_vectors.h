@@ -274,6 +274,9 @@ struct VectorSearch {
             }
         }
         while (at + 256 <= candidates && !held.template HoldInFour<3>(at)) at += 256;
+        // The last four lie over those before.
+        const bool isLast = at + 128 <= candidates && at + 256 > candidates && candidates >= 256;
+        if (isLast && !held.template HoldInFour<3>(candidates - 256)) return candidates;
         while (at + 64 <= candidates && held(at) == 0) at += 64;
         return at;
     }
@@ -513,8 +516,8 @@ struct VectorSearch {
     }
 
     static constexpr int64_t kWorthPairs = 1024, kWorthChoosing = 16384;
-    static constexpr int64_t kMatchWork = 16, kMostDoubts = 3;
-    static constexpr int64_t kLongPattern = 48;
+    static constexpr int64_t kMatchWork = 16, kMostDoubts = 2;
+    static constexpr int64_t kLongPattern = 30;
 };
 
 }  // namespace
