@@ -206,7 +206,7 @@ bool IsRun(const Pattern &pattern) noexcept {
 // that was not looked at.
 template <typename Sink>
 int64_t ScanMany(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
-    constexpr int64_t kFirstLook = 1024, kWorthChoosing = 128;
+    constexpr int64_t kFirstLook = 1024, kWorthChoosing = 1024;
     const int64_t length = pattern.length;
     ProbedPattern probed{pattern, {0, length - 1, length / 2}, 32, 512, length > 3, nullptr};
     if (length > 3) TakeFirstProbes(probed);
@@ -318,16 +318,21 @@ void ScanRange(const uint8_t *first, int64_t candidates, const Pattern &pattern,
     if (!matches.HasEnough()) ScanEdge(first, inside, candidates, pattern, matches);
 }
 
-// Looks at the first eight positions for a pair that may be frequent. 9 bytes are read.
+// Looks at the first positions for a pair that may be frequent. One byte more is read.
+constexpr int64_t kNear = 16;
+
 int64_t FindNearPair(const uint8_t *text, const uint8_t *pair) noexcept {
     constexpr uint64_t kOnes = 0x0101010101010101U;
-    uint64_t first = 0, second = 0;
-    std::memcpy(&first, text, sizeof first);
-    std::memcpy(&second, text + 1, sizeof second);
-    const uint64_t different = (first ^ kOnes * pair[0]) | (second ^ kOnes * pair[1]);
-    // The lowest of the zero bytes has its high bit set, and no byte below it.
-    const uint64_t zeros = (different - kOnes) & ~different & (kOnes << 7);
-    return zeros == 0 ? -1 : __builtin_ctzll(zeros) / 8;
+    for (int64_t at = 0; at < kNear; at += 8) {
+        uint64_t first = 0, second = 0;
+        std::memcpy(&first, text + at, sizeof first);
+        std::memcpy(&second, text + at + 1, sizeof second);
+        const uint64_t different = (first ^ kOnes * pair[0]) | (second ^ kOnes * pair[1]);
+        // The lowest of the zero bytes has its high bit set, and no byte below it.
+        const uint64_t zeros = (different - kOnes) & ~different & (kOnes << 7);
+        if (zeros != 0) return at + __builtin_ctzll(zeros) / 8;
+    }
+    return -1;
 }
 
 }  // namespace
@@ -339,7 +344,7 @@ int64_t FindPattern(const uint8_t *first, int64_t candidates, const uint8_t *pat
         const void *found = std::memchr(first, *pattern, static_cast<size_t>(candidates));
         return found == nullptr ? -1 : static_cast<const uint8_t *>(found) - first;
     }
-    if (patternLength == 2 && index == 0 && candidates > 8) {
+    if (patternLength == 2 && index == 0 && candidates > kNear) {
         const int64_t near = FindNearPair(first, pattern);
         if (near >= 0) return near;
     }

@@ -124,31 +124,40 @@ struct VectorSearch {
         return CountMatched(text, pattern.length, pattern);
     }
 
-    // Looks at byte after byte for all places at once, and at the last few ones, or the lasting ones, one by
-    // one.
+    // Looks at the first place by itself, as it is often the only one, then at byte after byte for all places
+    // at once, and at the last few ones, or the lasting ones, one by one.
     static Verdict Verify(const ProbedPattern &pattern, const uint8_t *text, uint64_t bits,
                           bool wantsFirst) noexcept {
-        const int64_t end = std::min<int64_t>(pattern.length, 300);
-        if (wantsFirst && IsEqual(text + __builtin_ctzll(bits), pattern.bytes, pattern.length)) {
-            return {bits & -bits, 0, 0};
+        Verdict verdict{0, 0, 0};
+        if (wantsFirst || (bits & (bits - 1)) == 0) {
+            if (Compare(pattern, text, bits, verdict) && wantsFirst) return verdict;
+            bits &= bits - 1;
         }
+        const int64_t end = std::min<int64_t>(pattern.length, 300);
         int64_t i = 0;
         for (; i < end && __builtin_popcountll(bits) > 4; ++i) {
             bits &= EqualBits(text + i, Lanes::template Spread<1>(pattern.bytes[i]));
         }
-        if (bits == 0) return {0, i, i - 1};
-        if (i == pattern.length) return {bits, i, 0};
-        Verdict verdict{0, i, 0};
+        verdict.work += i;
+        if (i > 0 && bits == 0) verdict.fault = i - 1;
+        if (i == pattern.length) verdict.bits |= bits;
+        if (i == pattern.length) return verdict;
         for (; bits != 0; bits &= bits - 1) {
-            const int at = __builtin_ctzll(bits);
-            const bool isEqual = IsEqual(text + at, pattern.bytes, pattern.length);
-            verdict.bits |= static_cast<uint64_t>(isEqual) << at;
-            verdict.work += 8 + (isEqual ? pattern.length / 32 : 0);
-            if (isEqual && wantsFirst) break;
-            if (!isEqual && verdict.fault == 0 && pattern.length > 16)
-                verdict.fault = FindDeepFault(pattern, text + at);
+            if (Compare(pattern, text, bits, verdict) && wantsFirst) break;
         }
         return verdict;
+    }
+
+    // Looks at the first of the places.
+    static bool Compare(const ProbedPattern &pattern, const uint8_t *text, uint64_t bits,
+                        Verdict &verdict) noexcept {
+        const uint8_t *const place = text + __builtin_ctzll(bits);
+        const bool isEqual = IsEqual(place, pattern.bytes, pattern.length);
+        if (isEqual) verdict.bits |= bits & -bits;
+        verdict.work += 8 + (isEqual ? pattern.length / 32 : 0);
+        if (!isEqual && verdict.fault == 0 && pattern.length > 16)
+            verdict.fault = FindDeepFault(pattern, place);
+        return isEqual;
     }
 
     // Leaps where that has proved worth while; where it has not, it is left alone for longer and longer.
