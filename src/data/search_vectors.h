@@ -140,8 +140,7 @@ struct VectorSearch {
         }
         verdict.work += i;
         if (i > 0 && bits == 0) verdict.fault = i - 1;
-        if (i == pattern.length) verdict.bits |= bits;
-        if (i == pattern.length) return verdict;
+        if (i == pattern.length) return {bits, verdict.work, verdict.fault};
         for (; bits != 0; bits &= bits - 1) {
             if (Compare(pattern, text, bits, verdict) && wantsFirst) break;
         }

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "data/memory_guard.h"
-#include "frame/vector_level.h"
 #include "platform/system/failure_point.h"
+#include "support/each_level.h"
 
 namespace fenlight {
 namespace {
@@ -69,13 +69,8 @@ void ExpectPlainMatches(const Bytes &text, bool isAtStart, int64_t candidates, c
     }
 }
 
-class ByteSearch : public testing::TestWithParam<int> {
-  protected:
-    void SetUp() override { ForceVectorLevel(static_cast<VectorLevel>(GetParam())); }
-    void TearDown() override { ReleaseVectorLevel(); }
-};
-
-INSTANTIATE_TEST_SUITE_P(Levels, ByteSearch, testing::Range(0, static_cast<int>(kVectorLevels)));
+class ByteSearch : public EachLevel {};
+INSTANTIATE_TEST_SUITE_P(Levels, ByteSearch, kEachLevel);
 
 // Few letters and repeated pieces make matches frequent, broken off late and overlapping; a text that ends
 // with its range may not be read behind it, unless a match stands there.
@@ -84,7 +79,7 @@ TEST_P(ByteSearch, FindsWhatAPlainScanFinds) {
     std::mt19937 random(kSeed);
     const auto below = [&](size_t bound) { return random() % bound; };
     for (int turn = 0; turn < 6000; ++turn) {
-        Bytes text(1 + below(turn % 4 == 0 ? 700 : 90));
+        Bytes text(1 + below(turn % 4 != 0 ? 90 : (turn % 16 != 0 ? 700 : 3000)));
         const size_t letters = 1 + below(3), period = 1 + below(40);
         for (size_t i = 0; i < text.size(); ++i) {
             const bool repeats = i >= period && below(30) != 0;
@@ -101,13 +96,15 @@ TEST_P(ByteSearch, FindsWhatAPlainScanFinds) {
             text.resize(text.size() - below(std::min(text.size(), pattern.size())));
             text.insert(text.end(), pattern.begin(), pattern.end());
         }
-        // What lies behind the range is there in full, or one byte that stops every match.
+        // What lies behind the range is there in full, or the end of a match, or one byte that stops every
+        // match.
         Bytes whole = text;
-        if (below(2) == 0) {
-            whole.insert(whole.end(), pattern.size() - 1, pattern[0]);
-        } else {
-            whole.push_back(0);
-        }
+        const size_t behind = below(4);
+        if (behind == 0) whole.insert(whole.end(), pattern.size() - 1, pattern[0]);
+        if (behind == 1)
+            whole.insert(whole.end(), pattern.end() - static_cast<ptrdiff_t>(below(pattern.size())),
+                         pattern.end());
+        if (behind > 0) whole.push_back(0);
         SCOPED_TRACE(testing::Message() << "seed " << kSeed << " turn " << turn << " text "
                                         << std::string(whole.begin(), whole.end()) << " pattern "
                                         << std::string(pattern.begin(), pattern.end()));
@@ -116,16 +113,21 @@ TEST_P(ByteSearch, FindsWhatAPlainScanFinds) {
     }
 }
 
-// Long patterns in long texts that have little in common with them: matches at every distance from each
-// other, and pieces of the pattern that are none.
+// Long patterns in long texts that have little in common with them, of noise, of two letters or of a few
+// words that return for ever: matches at every distance from each other, and pieces of the pattern that are
+// none.
 TEST_P(ByteSearch, LeapsOverNoMatch) {
     constexpr uint32_t kSeed = 5;
     std::mt19937 random(kSeed);
-    for (int turn = 0; turn < 400; ++turn) {
-        Bytes pattern(20 + random() % 300), text(5000 + random() % 8000);
-        const size_t letters = turn % 3 == 0 ? 1 : 256;
+    for (int turn = 0; turn < 300; ++turn) {
+        Bytes pattern(20 + random() % 300), text(5000 + random() % (turn % 5 == 0 ? 60000 : 8000));
+        const size_t letters = turn % 3 == 0 ? 1 : 256, period = 1 + random() % 60;
         for (auto &byte : pattern) byte = static_cast<uint8_t>(random() % letters);
-        for (auto &byte : text) byte = static_cast<uint8_t>(1 + random() % (turn % 2 == 0 ? 255 : 2));
+        for (size_t i = 0; i < text.size(); ++i) {
+            const bool repeats = turn % 4 == 3 && i >= period;
+            text[i] =
+                repeats ? text[i - period] : static_cast<uint8_t>(1 + random() % (turn % 4 == 0 ? 2 : 255));
+        }
         for (int copy = 0; copy < 4; ++copy) {
             const size_t cut = copy == 3 ? random() % pattern.size() : pattern.size();
             const size_t at = random() % (text.size() - cut);
