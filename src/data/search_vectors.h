@@ -390,12 +390,13 @@ struct VectorSearch {
     // The positions at which some of the pattern's bytes stand, as far as they can be read.
     class Starts {
       public:
-        // Behind a run at the pattern's beginning stands the byte that tells most.
+        // Behind a run at the pattern's beginning stands the byte that tells most; in a run, neighbours do.
         Starts(const Pattern &pattern, const TextTail &tail, int64_t run) noexcept
-            : pattern_(pattern),
+            : last_(tail),
+              pattern_(pattern),
               tail_(tail),
-              last_(tail),
-              places_{0, pattern.length - 1, std::min(run, pattern.length - 1), pattern.length / 2} {
+              places_{0, pattern.length - 1, run < pattern.length ? run : pattern.length / 4,
+                      run < pattern.length ? pattern.length / 2 : std::min<int64_t>(1, pattern.length - 1)} {
             for (int i = 0; i < kCount; ++i) {
                 bytes_[i] = Lanes::template Spread<1>(pattern.bytes[places_[i]]);
             }
@@ -417,7 +418,7 @@ struct VectorSearch {
             bytes_[2] = Lanes::template Spread<1>(pattern_.bytes[fault]);
             bits &= EqualFrom(base + fault, bytes_[2]);
             const int64_t end = std::min<int64_t>(pattern_.length, 10);
-            for (int64_t i = 1; i < end && __builtin_popcountll(bits) > 3; ++i) {
+            for (int64_t i = 1; i < end && __builtin_popcountll(bits) > 1; ++i) {
                 bits &= EqualFrom(base + i, Lanes::template Spread<1>(pattern_.bytes[i]));
             }
             return bits;
@@ -433,11 +434,11 @@ struct VectorSearch {
             return last_.Equal(wanted) >> beyond | ~(~uint64_t{0} >> beyond);
         }
 
+        LastBytes last_;
+        Vector bytes_[kCount];
         const Pattern &pattern_;
         const TextTail &tail_;
-        LastBytes last_;
         int64_t places_[kCount];
-        Vector bytes_[kCount];
     };
 
     static int64_t CountRun(const Pattern &pattern) noexcept {
