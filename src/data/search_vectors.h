@@ -273,14 +273,12 @@ struct VectorSearch {
         while (doubts < kMostDoubts) {
             const int64_t from = at;
             while (at + 256 <= candidates && !held.template HoldInFour<2>(at)) at += 256;
+            if (at + 256 > candidates || held.template HoldInFour<3>(at)) break;
+            at += 256;
             doubts = std::max<int64_t>(doubts - (at - from) / 4096, 0) + 1;
-            const int64_t end = std::min(at + 256, candidates);
-            while (at + 64 <= end && held(at) == 0) at += 64;
-            if (at + 64 > candidates || at < end || doubts == kMostDoubts) {
-                probes.doubts = doubts;
-                return at;
-            }
         }
+        probes.doubts = doubts;
+        if (doubts > held.doubts && doubts == kMostDoubts) return at;
         while (at + 256 <= candidates && !held.template HoldInFour<3>(at)) at += 256;
         // The last four lie over those before.
         const bool isLast = at + 128 <= candidates && at + 256 > candidates && candidates >= 256;
@@ -417,7 +415,7 @@ struct VectorSearch {
             places_[2] = fault;
             bytes_[2] = Lanes::template Spread<1>(pattern_.bytes[fault]);
             bits &= EqualFrom(base + fault, bytes_[2]);
-            const int64_t end = std::min<int64_t>(pattern_.length, 10);
+            const int64_t end = std::min<int64_t>(pattern_.length, 7);
             for (int64_t i = 1; i < end && __builtin_popcountll(bits) > 1; ++i) {
                 bits &= EqualFrom(base + i, Lanes::template Spread<1>(pattern_.bytes[i]));
             }
