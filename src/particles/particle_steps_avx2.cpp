@@ -12,8 +12,13 @@ using Vector = __m256i;
 using Mask = __m256i;
 constexpr size_t kLanes = 8;
 
-Vector Read(const void *words) { return _mm256_loadu_si256(static_cast<const Vector *>(words)); }
-void Write(void *words, Vector vector) { _mm256_storeu_si256(static_cast<Vector *>(words), vector); }
+// Unknown to the thread sanitizer, as are the loops that use them.
+[[gnu::no_sanitize("thread"), gnu::always_inline]] inline Vector Read(const void *words) {
+    return _mm256_loadu_si256(static_cast<const Vector *>(words));
+}
+[[gnu::no_sanitize("thread"), gnu::always_inline]] inline void Write(void *words, Vector vector) {
+    _mm256_storeu_si256(static_cast<Vector *>(words), vector);
+}
 
 Vector Low32(Vector a, Vector b) { return _mm256_unpacklo_epi32(a, b); }
 Vector High32(Vector a, Vector b) { return _mm256_unpackhi_epi32(a, b); }
