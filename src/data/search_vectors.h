@@ -304,7 +304,7 @@ struct VectorSearch {
     static int64_t Scan(const ProbedPattern &pattern, const uint8_t *text, int64_t from, int64_t candidates,
                         Matches &matches) noexcept {
         Probes probes(pattern, text);
-        int64_t work = 0, at = from;
+        int64_t work = 0, at = from, hit = from - kNear;
         if constexpr (Matches::kMayOverlap) {
             if (pattern.length <= 3) at = PassMatches(probes, from, candidates, matches);
         }
@@ -319,6 +319,8 @@ struct VectorSearch {
             const int64_t base = at <= candidates - 64 ? at : candidates - 64;
             uint64_t bits = probes(base) >> (at - base) << (at - base);
             if (bits == 0) {
+                // Matches in a row are near each other.
+                if (at - hit < kNear) continue;
                 const bool hadPairs = probes.doubts < kMostDoubts;
                 at = PassBlocks(probes, at + 64, std::min(candidates, leaper.Next())) - 64;
                 if (hadPairs && probes.doubts >= kMostDoubts) {
@@ -343,6 +345,7 @@ struct VectorSearch {
                     work -= verdict.work;
                 }
             }
+            if (bits != 0) hit = at;
             if (bits != 0 && matches.TakeBits(base, bits)) return candidates;
             // A match is worth the work of finding it in another way.
             work -= kMatchWork * __builtin_popcountll(bits);
@@ -524,7 +527,7 @@ struct VectorSearch {
 
     static constexpr int64_t kWorthPairs = 1024, kWorthChoosing = 16384;
     static constexpr int64_t kMatchWork = 16, kMostDoubts = 2;
-    static constexpr int64_t kLongPattern = 30;
+    static constexpr int64_t kLongPattern = 30, kNear = 256;
 };
 
 }  // namespace

@@ -152,6 +152,13 @@ Vector NextColour(const ParticleRules &rules, Vector colour, uint32_t shown, siz
     }
 }
 
+[[gnu::always_inline]] inline void AddJobs(Vector erased, Vector drawn, Vector words,
+                                           PixelJobs<PixelOffset> &jobs) {
+    Write(jobs.erased + jobs.count, erased);
+    Write(jobs.drawn + jobs.count, drawn);
+    Write(jobs.colours + jobs.count, words);
+}
+
 [[gnu::no_sanitize("thread")]] size_t MoveParticles(PixelParticle *particles, size_t count,
                                                     const ParticleRules &rules, const SurfaceShape &shape,
                                                     PixelJobs<PixelOffset> &jobs) noexcept {
@@ -166,10 +173,14 @@ Vector NextColour(const ParticleRules &rules, Vector colour, uint32_t shown, siz
         const Mask isAlive = Not(IsEqual(life, All(0)));
         const Mask isShown = And(isAlive, Not(IsGreater(life, lifeFrames)));
         const uint32_t shown = BitsOf(isShown), lasts = BitsOf(IsEqual(life, one)), worked = shown | lasts;
-        const Together together(worked);
-        Write(jobs.erased + jobs.count, together(offsets.At(prevX, prevY)));
-        Write(jobs.drawn + jobs.count, together(Choose(isShown, offsets.At(x, y), nowhere)));
-        Write(jobs.colours + jobs.count, together(WordOfColour(colour)));
+        const Vector erased = offsets.At(prevX, prevY);
+        const Vector drawn = Choose(isShown, offsets.At(x, y), nowhere), words = WordOfColour(colour);
+        if (worked == kAllLanes) {
+            AddJobs(erased, drawn, words, jobs);
+        } else {
+            const Together together(worked);
+            AddJobs(together(erased), together(drawn), together(words), jobs);
+        }
         AddNumbers(jobs.count, _pext_u32(lasts, worked), jobs.last);
         jobs.count += static_cast<size_t>(_mm_popcnt_u32(worked));
         const Vector nextColour = NextColour(rules, colour, shown, shownCount);
