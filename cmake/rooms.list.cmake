@@ -17,7 +17,7 @@ fenlight_room(alpha        fx/alpha     USES fx images frame platform_graphics p
 fenlight_room(painting painting  USES fx images frame platform_graphics platform_system)
 fenlight_room(data     data      USES frame platform_system)
 fenlight_room(packing  packing   USES data frame platform_system LIBS ZLIB::ZLIB)
-fenlight_room(sound    sound     USES data frame platform_audio platform_system)
+fenlight_room(sound    sound     USES frame platform_audio platform_system)
 fenlight_room(particles particles USES frame platform_graphics platform_system)
 fenlight_room(paths    paths     USES fx frame platform_system)
 fenlight_room(platform_net platform/net USES platform_system LIBS CURL::libcurl)
