@@ -118,6 +118,11 @@ class SeparateList {
         return false;
     }
     bool HasEnough() const noexcept { return count_ == positions_.size(); }
+    // Where matches that do not overlap each other may be put, without a branch for each: kAtOnce in any
+    // case, and one less than there is room for.
+    static constexpr size_t kAtOnce = 2;
+    std::span<int64_t> Room() noexcept { return positions_.subspan(count_); }
+    void TookApart(size_t count) noexcept { count_ += count; }
     static bool WantsFirst() noexcept { return false; }
     size_t Count() const noexcept { return count_; }
     // Where the next match may start.

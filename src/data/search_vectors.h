@@ -11,6 +11,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <span>
 
 #include "data/memory_plain.h"
 #include "data/search_matches.h"
@@ -300,6 +301,29 @@ struct VectorSearch {
         return at;
     }
 
+    // Takes the matches of a pattern that is probed whole and cannot overlap itself, as long as there are
+    // many. No branch depends on where they are: nobody can foretell that.
+    [[gnu::noinline]] static int64_t GatherMatches(const Probes &probes, int64_t at, int64_t candidates,
+                                                   SeparateList &matches) noexcept {
+        const Probes held = probes;
+        constexpr uint64_t kHighest = uint64_t{1} << 63;
+        const std::span<int64_t> room = matches.Room();
+        size_t count = 0;
+        for (int quiet = 0; at + 64 <= candidates && quiet < 16; at += 64) {
+            uint64_t bits = held(at);
+            const auto found = static_cast<size_t>(__builtin_popcountll(bits));
+            const size_t written = std::max(found, SeparateList::kAtOnce);
+            if (count + written >= room.size()) break;
+            quiet = (quiet + 1) & -static_cast<int>(bits == 0);
+            for (size_t i = 0; i < written; ++i, bits &= bits - 1) {
+                room[count + i] = at + __builtin_ctzll(bits | kHighest);
+            }
+            count += found;
+        }
+        matches.TookApart(count);
+        return at;
+    }
+
     template <typename Matches>
     static int64_t Scan(const ProbedPattern &pattern, const uint8_t *text, int64_t from, int64_t candidates,
                         Matches &matches) noexcept {
@@ -310,6 +334,7 @@ struct VectorSearch {
         }
         if (candidates - from < 3 * kWorthPairs) probes.doubts = kMostDoubts - 1;
         if (candidates - from < kWorthPairs) probes.doubts = kMostDoubts;
+        const bool areApart = pattern.length <= 3 && pattern.bytes[0] != pattern.bytes[pattern.length - 1];
         Leaper leaper(pattern, text, candidates);
         int lessons = 3, failures = 0;
         for (; at < candidates; at += 64) {
@@ -347,6 +372,9 @@ struct VectorSearch {
             }
             if (bits != 0) hit = at;
             if (bits != 0 && matches.TakeBits(base, bits)) return candidates;
+            if constexpr (!Matches::kMayOverlap) {
+                if (areApart) at = GatherMatches(probes, at + 64, candidates, matches) - 64;
+            }
             // A match is worth the work of finding it in another way.
             work -= kMatchWork * __builtin_popcountll(bits);
             if (work > pattern.patience + at / pattern.allowance) return std::min(base + 64, candidates);
