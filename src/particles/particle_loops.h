@@ -8,7 +8,8 @@
 //   JoinFirst(a, b), JoinLast        of halves of records in turn, 128 bits each: the words in all first and
 //                                    in all last halves, in the order of the records
 //   PartFirst(first, last), PartLast the way back to a and to b
-//   All, Sum, SumWhere, Difference, Product, ShiftLeft, ShiftRight
+//   All, Sum, SumWhere, Product, ShiftLeft
+//   BytesDown(a, b)                  each byte of a less that of b, or 0
 //   IsEqual, IsGreater, IsBelow      of signed numbers, the last of unsigned ones
 //   And, Or, Not, Choose, BitsOf     of masks, And and Or of vectors too; Choose(mask, yes, no)
 //   OrderBytes(words, order)         each 128 bits for themselves
@@ -127,13 +128,6 @@ Mask IsInside(const StarRoom &room, Vector x, Vector y) {
     jobs.count += count;
 }
 
-// Each of the three bytes that is not 0 goes down by 1.
-Vector Faded(Vector colour) {
-    const Vector low = All(0x7F7F7F);
-    const Vector high = And(Or(colour, Sum(And(colour, low), low)), All(0x808080));
-    return Difference(colour, ShiftRight(high, 7));
-}
-
 // The bytes of a colour as a pixel has them, the fourth being 0.
 Vector WordOfColour(Vector colour) {
     return OrderBytes(colour, _mm_setr_epi8(2, 1, 0, -1, 6, 5, 4, -1, 10, 9, 8, -1, 14, 13, 12, -1));
@@ -142,7 +136,7 @@ Vector WordOfColour(Vector colour) {
 Vector NextColour(const ParticleRules &rules, Vector colour, uint32_t shown, size_t shownBefore) {
     switch (rules.colourMode) {
         case kFading:
-            return Faded(colour);
+            return BytesDown(colour, All(0x010101));
         case kSteady:
             return All(rules.colour);
         case kRandom:

@@ -37,10 +37,9 @@ Vector Or(Vector a, Vector b) { return _mm256_or_si256(a, b); }
 Mask Not(Mask mask) { return _mm256_xor_si256(mask, All(-1)); }
 Vector Sum(Vector a, Vector b) { return _mm256_add_epi32(a, b); }
 Vector SumWhere(Mask condition, Vector a, Vector b) { return Sum(a, And(b, condition)); }
-Vector Difference(Vector a, Vector b) { return _mm256_sub_epi32(a, b); }
+Vector BytesDown(Vector a, Vector b) { return _mm256_subs_epu8(a, b); }
 Vector Product(Vector a, Vector b) { return _mm256_mullo_epi32(a, b); }
 Vector ShiftLeft(Vector words, int bits) { return _mm256_slli_epi32(words, bits); }
-Vector ShiftRight(Vector words, int bits) { return _mm256_srli_epi32(words, bits); }
 
 Mask IsEqual(Vector a, Vector b) { return _mm256_cmpeq_epi32(a, b); }
 Mask IsGreater(Vector a, Vector b) { return _mm256_cmpgt_epi32(a, b); }

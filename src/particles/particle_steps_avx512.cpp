@@ -51,13 +51,10 @@ Mask Or(Mask a, Mask b) { return static_cast<Mask>(a | b); }
 Mask Not(Mask mask) { return static_cast<Mask>(~mask); }
 Vector Sum(Vector a, Vector b) { return _mm512_add_epi32(a, b); }
 Vector SumWhere(Mask condition, Vector a, Vector b) { return _mm512_mask_add_epi32(a, condition, a, b); }
-Vector Difference(Vector a, Vector b) { return _mm512_sub_epi32(a, b); }
+Vector BytesDown(Vector a, Vector b) { return _mm512_subs_epu8(a, b); }
 Vector Product(Vector a, Vector b) { return _mm512_mullo_epi32(a, b); }
 Vector ShiftLeft(Vector words, int bits) {
     return _mm512_maskz_slli_epi32(0xFFFF, words, static_cast<unsigned>(bits));
-}
-Vector ShiftRight(Vector words, int bits) {
-    return _mm512_maskz_srli_epi32(0xFFFF, words, static_cast<unsigned>(bits));
 }
 
 Mask IsEqual(Vector a, Vector b) { return _mm512_cmpeq_epi32_mask(a, b); }
