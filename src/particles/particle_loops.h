@@ -11,7 +11,7 @@
 //   All, Sum, SumWhere, Product, ShiftLeft
 //   BytesDown(a, b)                  each byte of a less that of b, or 0
 //   IsEqual, IsGreater, IsBelow      of signed numbers, the last of unsigned ones
-//   And, Or, Not, Choose, BitsOf     of masks, And and Or of vectors too; Choose(mask, yes, no)
+//   And, Or, Not, BitsOf             of masks; Choose(mask, yes, no)
 //   OrderBytes(words, order)         each 128 bits for themselves
 //   Together(bits)(words)            the words that have a bit, moved together
 //   Apart(words, bits)               the first words in memory, moved to where a bit is

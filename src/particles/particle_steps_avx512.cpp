@@ -44,8 +44,6 @@ Vector PartLast(Vector first, Vector last) {
 
 Vector All(int32_t value) { return _mm512_set1_epi32(value); }
 Vector All(uint32_t value) { return All(static_cast<int32_t>(value)); }
-Vector And(Vector a, Vector b) { return _mm512_and_si512(a, b); }
-Vector Or(Vector a, Vector b) { return _mm512_or_si512(a, b); }
 Mask And(Mask a, Mask b) { return static_cast<Mask>(a & b); }
 Mask Or(Mask a, Mask b) { return static_cast<Mask>(a | b); }
 Mask Not(Mask mask) { return static_cast<Mask>(~mask); }
