@@ -153,20 +153,46 @@ bool IsAnyLeft() {
     return false;
 }
 
-constexpr int64_t kShown = int64_t{kEffects} * kParticles * 40;
+// Frames of the bursts' lives, which are all shown for 40 frames after a delay of up to 11.
+struct Frames {
+    int first, end;
+    int64_t shown, writes;
+};
+constexpr int64_t kAll = int64_t{kEffects} * kParticles;
+// All particles are under way.
+constexpr Frames kFullFlight{12, 39, kAll * 27, kAll * 27};
+// The last frame of a particle takes it off again.
+constexpr Frames kWholeLife{0, 1000, kAll * 40, kAll * 41};
 
-// From the first frame of the bursts to their last.
+void RunFrames(int first, int end) {
+    for (int frame = first; frame < end && IsAnyLeft(); ++frame) RunEffectsFrame();
+}
+
+template <const Frames &frames>
 void Effects(benchmark::State &state) {
     const Surface dest(1), background(1);
     for (auto _ : state) {
         state.PauseTiming();
         SetEffects(dest, background, static_cast<int32_t>(state.range(0)));
+        RunFrames(0, frames.first);
         state.ResumeTiming();
-        while (IsAnyLeft()) RunEffectsFrame();
+        RunFrames(frames.first, frames.end);
+        state.PauseTiming();
+        RunFrames(0, 1000);
+        state.ResumeTiming();
     }
-    state.SetItemsProcessed(state.iterations() * kShown);
+    state.SetItemsProcessed(state.iterations() * frames.shown);
 }
-BENCHMARK(Effects)->ArgName("colourMode")->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(Effects<kFullFlight>)
+    ->Name("EffectsFlying")
+    ->ArgName("colourMode")
+    ->DenseRange(0, 2)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(Effects<kWholeLife>)
+    ->Name("Effects")
+    ->ArgName("colourMode")
+    ->DenseRange(0, 2)
+    ->Unit(benchmark::kMillisecond);
 
 void RecordFrame(std::vector<Writes> &writes) {
     for (const auto &slot : EffectTable) {
@@ -181,17 +207,22 @@ void RecordFrame(std::vector<Writes> &writes) {
     }
 }
 
+template <const Frames &frames>
 void EffectsPlainWrites(benchmark::State &state) {
     std::vector<Writes> writes;
     SetEffects(0, 0, 1);
-    for (; IsAnyLeft(); RunEffectsFrame()) RecordFrame(writes);
+    RunFrames(0, frames.first);
+    for (int frame = frames.first; frame < frames.end && IsAnyLeft(); ++frame, RunEffectsFrame())
+        RecordFrame(writes);
+    RunFrames(0, 1000);
     auto picture = EmptyArray();
     for (auto _ : state) WritePlainly(picture, writes);
-    if (writes.size() != kShown + kEffects * kParticles)
-        state.SkipWithError("not every particle was shown for its 40 frames");
-    state.SetItemsProcessed(state.iterations() * kShown);
+    if (static_cast<int64_t>(writes.size()) != frames.writes)
+        state.SkipWithError("not every particle was shown in all its frames");
+    state.SetItemsProcessed(state.iterations() * frames.shown);
 }
-BENCHMARK(EffectsPlainWrites)->Unit(benchmark::kMillisecond);
+BENCHMARK(EffectsPlainWrites<kFullFlight>)->Name("EffectsFlyingPlainWrites")->Unit(benchmark::kMillisecond);
+BENCHMARK(EffectsPlainWrites<kWholeLife>)->Name("EffectsPlainWrites")->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace fenlight
