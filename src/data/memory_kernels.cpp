@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Zlib
 #include "data/memory_kernels.h"
 
+#include <cstring>
+
 #include "data/memory_plain.h"
 
 namespace fenlight {
@@ -12,10 +14,21 @@ int64_t ScanNothing(const ProbedPattern &, const uint8_t *, int64_t, int64_t, Ma
     return 0;
 }
 
-// And the positions at a text's end to the scan with borders.
+// That knows no text whose end must not be read.
 template <typename Matches>
-int64_t ScanNoTail(const Pattern &, const TextTail &, int64_t from, Matches &) noexcept {
-    return from;
+int64_t ScanTailPlain(const Pattern &pattern, const TextTail &tail, int64_t from, Matches &matches) noexcept {
+    int64_t patience = 2 * pattern.length + 256, at = from;
+    for (; at < tail.candidates && patience > 0; ++at) {
+        const void *start =
+            std::memchr(tail.text + at, *pattern.bytes, static_cast<size_t>(tail.candidates - at));
+        if (start == nullptr) return tail.candidates;
+        at = static_cast<const uint8_t *>(start) - tail.text;
+        int64_t matched = 1;
+        while (matched < pattern.length && tail.text[at + matched] == pattern.bytes[matched]) ++matched;
+        if (matched == pattern.length && matches.Take(at)) return tail.candidates;
+        patience -= matched;
+    }
+    return at;
 }
 
 constexpr MemoryKernels kMemoryPlain{
@@ -28,8 +41,8 @@ constexpr MemoryKernels kMemoryPlain{
     ReverseLongsPlain,
     ScanNothing<NthMatch>,
     ScanNothing<SeparateList>,
-    ScanNoTail<NthMatch>,
-    ScanNoTail<SeparateList>,
+    ScanTailPlain<NthMatch>,
+    ScanTailPlain<SeparateList>,
 };
 
 constexpr KernelVersions<MemoryKernels> kVersions{&kMemoryPlain, FENLIGHT_ON_X86(kMemorySse4),

@@ -16,6 +16,7 @@
 #include <cstring>
 
 #include "data/memory_plain.h"
+#include "data/search_tail.h"
 #include "data/search_vectors.h"
 
 namespace fenlight {
@@ -208,8 +209,8 @@ constexpr MemoryKernels MakeMemoryKernels() noexcept {
         Loops::ReverseLongs,
         Search::template Scan<NthMatch>,
         Search::template Scan<SeparateList>,
-        Search::template ScanLast<NthMatch>,
-        Search::template ScanLast<SeparateList>,
+        TailSearch<Lanes>::template Scan<NthMatch>,
+        TailSearch<Lanes>::template Scan<SeparateList>,
     };
 }
 

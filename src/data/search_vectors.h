@@ -3,8 +3,7 @@
 // has. In an unnamed namespace, because each file that includes this is compiled for other instructions.
 //
 // Scan walks over a text in blocks of 64 positions, of which the three probes leave few to compare, and leaps
-// where the pattern is long. ScanTail takes the positions from which a match may reach behind what can be
-// read.
+// where the pattern is long.
 #pragma once
 
 #include <algorithm>
@@ -14,6 +13,7 @@
 #include <span>
 
 #include "data/memory_plain.h"
+#include "data/search_leaps.h"
 #include "data/search_matches.h"
 
 namespace fenlight {
@@ -61,6 +61,11 @@ struct VectorSearch {
             Flags flags = Equal(texts[0] + at, bytes[0]);
             for (int i = 1; i < kProbes; ++i) flags &= Equal(texts[i] + at, bytes[i]);
             return flags;
+        }
+
+        // Few positions are not worth finding out how often pairs hold.
+        void DoubtIn(int64_t positions) noexcept {
+            if (positions < 3 * kWorthPairs) doubts = positions < kWorthPairs ? kMostDoubts : kMostDoubts - 1;
         }
 
         // One bit for each of 64 positions at which the probes of the pattern hold.
@@ -155,113 +160,12 @@ struct VectorSearch {
         const bool isEqual = IsEqual(place, pattern.bytes, pattern.length);
         if (isEqual) verdict.bits |= bits & -bits;
         verdict.work += 8 + (isEqual ? pattern.length / 32 : 0);
-        if (!isEqual && verdict.fault == 0 && pattern.length > 16)
+        if (!isEqual && verdict.fault == 0 && pattern.length > 16) {
             verdict.fault = FindDeepFault(pattern, place);
+            verdict.work += verdict.fault / 64;
+        }
         return isEqual;
     }
-
-    // Leaps where that has proved worth while; where it has not, it is left alone for longer and longer.
-    class Leaper {
-      public:
-        Leaper(const ProbedPattern &pattern, const uint8_t *text, int64_t candidates) noexcept
-            : pattern_(pattern),
-              text_(text),
-              candidates_(candidates),
-              next_(pattern.leaps == nullptr ? candidates : pattern.leaps->next) {}
-
-        // Places from here on are looked at in blocks.
-        int64_t Pass(int64_t at) noexcept {
-            if (at < next_) return at;
-            WordLeaps &leaps = *pattern_.leaps;
-            if (leaps.turns == 0) Mark(at);
-            const int64_t reached = Leap(leaps, text_, at, candidates_);
-            leaps.pause = reached - at >= kWorthWhile ? 0 : std::min(2 * leaps.pause + 1024, kLongestPause);
-            const bool hasFailed = leaps.pause > kFailed || (leaps.turns == 1 && reached - at < leaps.marked);
-            if ((hasFailed || leaps.hasStumbled) && leaps.turns < kTurns &&
-                candidates_ - reached >= kWorthChanging) {
-                Mark(reached);
-                leaps.pause = 0;
-            }
-            // At the least all the places that the word may belong to.
-            next_ = leaps.next = reached + std::max(leaps.pause, leaps.Leap());
-            return reached;
-        }
-        int64_t Next() const noexcept { return next_; }
-        // The probes hold where no match is: leaps may do better, if they have not been tried.
-        void TryAt(int64_t at) noexcept {
-            if (pattern_.leaps == nullptr || pattern_.leaps->turns > 0) return;
-            if (candidates_ - at >= kWorthTrying) next_ = std::min(next_, at);
-        }
-
-      private:
-        static constexpr int64_t kWorthTrying = 2048;
-        static constexpr int64_t kWorthWhile = 1024, kFailed = 2048, kLongestPause = 65536,
-                                 kWorthChanging = 16384;
-        static constexpr int kTurns = 3;
-
-        // Of a longer pattern only so much, for that takes time, and the more marks, the fewer leaps.
-        [[gnu::noinline]] void Mark(int64_t at) noexcept {
-            constexpr uint64_t kFactors[kTurns] = {0x9E3779B97F4A7C15U, 0xD6E8FEB86659FD93U,
-                                                   0xA0761D6478BD642FU};
-            WordLeaps &leaps = *pattern_.leaps;
-            const uint64_t factor = kFactors[leaps.turns++];
-            const int64_t places = candidates_ - at;
-            // Better ones cost time and wait until they are needed.
-            int bits = places < 32768 ? 11 : 12;
-            if (leaps.turns > 1) bits = places < 262144 ? 13 : WordLeaps::kMostBits;
-            uint8_t *const marks = leaps.marks.data();
-            const Vector zero = Lanes::template Spread<1>(0);
-            for (int64_t i = 0; i < int64_t{1} << bits; i += kBytes) Lanes::Store(marks + i, zero);
-            leaps.marked = std::min({pattern_.length, int64_t{256}, 64 + places / 128});
-            leaps.factor = factor;
-            leaps.shift = 64 - bits;
-            const uint8_t *const bytes = pattern_.bytes;
-            const int64_t words = leaps.Leap();
-            int64_t i = 0;
-            if constexpr (kBytes == 64) {
-                uint64_t hashes[8];
-                for (; i + 16 <= leaps.marked; i += 8) {
-                    Lanes::HashWords(hashes, bytes + i, factor, 64 - bits);
-                    for (const uint64_t hash : hashes) marks[hash] = 1;
-                }
-            }
-            for (; i < words; ++i) marks[WordLeaps::Hash(bytes + i, factor, 64 - bits)] = 1;
-        }
-
-        // From position to position while the last word of a match's marked part is one that no match has.
-        // By itself, for a loop as short as this one is only made if nothing else wants the registers.
-        [[gnu::noinline]] static int64_t Leap(WordLeaps &leaps, const uint8_t *text, int64_t at,
-                                              int64_t candidates) noexcept {
-            const int64_t leap = leaps.Leap(), ahead = leap - 1;
-            const uint8_t *place = text + at + ahead;
-            const uint8_t *const end = text + candidates + ahead;
-            const auto has = [marks = leaps.marks.data(), factor = leaps.factor,
-                              shift = leaps.shift](const uint8_t *word) -> int {
-                return marks[WordLeaps::Hash(word, factor, shift)];
-            };
-            leaps.hasStumbled = false;
-            for (int64_t stumbles = 0;; ++stumbles) {
-                while (end - place > 3 * leap) {
-                    const int any =
-                        has(place) | has(place + leap) | has(place + 2 * leap) | has(place + 3 * leap);
-                    if (any != 0) break;
-                    place += 4 * leap;
-                }
-                while (place < end && has(place) == 0) place += leap;
-                // No match has this word by chance and not the one before, unless it starts between them.
-                if (place >= end || has(place - WordLeaps::kWord) != 0) break;
-                place += leap - WordLeaps::kWord;
-                leaps.hasStumbled = stumbles > 16 && place - text - at < 32 * leap * stumbles;
-                if (leaps.hasStumbled && leaps.turns < kTurns) break;
-            }
-            return place - text - ahead;
-        }
-
-        const ProbedPattern &pattern_;
-        const uint8_t *text_;
-        int64_t candidates_;
-        int64_t next_;
-    };
 
     // Passes whole blocks from `at` on in which the probes hold nowhere: by two probes as long as they do,
     // since each vector that lies across two lines of the cache costs double. By itself for the registers.
@@ -332,10 +236,9 @@ struct VectorSearch {
         if constexpr (Matches::kMayOverlap) {
             if (pattern.length <= 3) at = PassMatches(probes, from, candidates, matches);
         }
-        if (candidates - from < 3 * kWorthPairs) probes.doubts = kMostDoubts - 1;
-        if (candidates - from < kWorthPairs) probes.doubts = kMostDoubts;
+        probes.DoubtIn(candidates - from);
         const bool areApart = pattern.length <= 3 && pattern.bytes[0] != pattern.bytes[pattern.length - 1];
-        Leaper leaper(pattern, text, candidates);
+        WordLeaper<Lanes> leaper(pattern, text, candidates);
         int lessons = 3, failures = 0;
         for (; at < candidates; at += 64) {
             at = leaper.Pass(at);
@@ -344,17 +247,15 @@ struct VectorSearch {
             const int64_t base = at <= candidates - 64 ? at : candidates - 64;
             uint64_t bits = probes(base) >> (at - base) << (at - base);
             if (bits == 0) {
-                // Matches in a row are near each other.
+                // Matches are near each other.
                 if (at - hit < kNear) continue;
                 const bool hadPairs = probes.doubts < kMostDoubts;
                 at = PassBlocks(probes, at + 64, std::min(candidates, leaper.Next())) - 64;
-                if (hadPairs && probes.doubts >= kMostDoubts) {
-                    if (pattern.length >= kLongPattern) {
-                        leaper.TryAt(at + 64);
-                    } else if (candidates - at >= kWorthChoosing && pattern.mayChoose) {
-                        return at + 64;
-                    }
+                if (!hadPairs || probes.doubts < kMostDoubts) continue;
+                if (pattern.length < kLongPattern && pattern.mayChoose && candidates - at >= kWorthChoosing) {
+                    return at + 64;
                 }
+                if (pattern.length >= kLongPattern) leaper.TryAt(at + 64);
                 continue;
             }
             if (pattern.length > 3) {
@@ -383,179 +284,13 @@ struct VectorSearch {
         return candidates;
     }
 
-    // The last 64 bytes that can be read, or fewer.
-    class LastBytes {
-      public:
-        explicit LastBytes(const TextTail &tail) noexcept
-            : missing_(std::max<int64_t>(64 - tail.readable, 0)) {
-            const uint8_t *from = tail.text + tail.readable - (64 - missing_);
-            std::array<uint8_t, 64> room;
-            if (missing_ > 0) {
-                if constexpr (kBytes == 64) {
-                    parts_[0] = Lanes::LoadFirst(from, tail.readable);
-                    return;
-                }
-                room.fill(0);
-                std::memcpy(room.data(), from, static_cast<size_t>(tail.readable));
-                from = room.data();
-            }
-            for (int64_t i = 0; i < 64 / kBytes; ++i) parts_[i] = Lanes::Load(from + i * kBytes);
-        }
-
-        // Bit 63 is that of the very last one.
-        uint64_t Equal(Vector wanted) const noexcept {
-            uint64_t bits = 0;
-            for (int64_t i = 0; i < 64 / kBytes; ++i) {
-                bits |= Lanes::Bits(Lanes::template Equal<1>(parts_[i], wanted)) << (i * kBytes);
-            }
-            return bits << missing_;
-        }
-
-      private:
-        Vector parts_[64 / kBytes];
-        int64_t missing_;
-    };
-
-    // The positions at which some of the pattern's bytes stand, as far as they can be read.
-    class Starts {
-      public:
-        // Behind a run at the pattern's beginning stands the byte that tells most; in a run, neighbours do.
-        Starts(const Pattern &pattern, const TextTail &tail, int64_t run) noexcept
-            : last_(tail),
-              pattern_(pattern),
-              tail_(tail),
-              places_{0, pattern.length - 1, run < pattern.length ? run : pattern.length / 4,
-                      run < pattern.length ? pattern.length / 2 : std::min<int64_t>(1, pattern.length - 1)} {
-            for (int i = 0; i < kCount; ++i) {
-                bytes_[i] = Lanes::template Spread<1>(pattern.bytes[places_[i]]);
-            }
-        }
-
-        // One bit for each position from `base` on.
-        uint64_t Find(int64_t base) const noexcept {
-            const int64_t positions = tail_.candidates - base;
-            uint64_t bits = positions < 64 ? (uint64_t{1} << positions) - 1 : ~uint64_t{0};
-            for (int i = 0; i < kCount; ++i) bits &= EqualFrom(base + places_[i], bytes_[i]);
-            return bits;
-        }
-
-        // Takes away from positions those at which a byte does not stand that was missing at another, and
-        // from many those at which the next few do not.
-        uint64_t Narrow(int64_t base, uint64_t bits, int64_t fault) noexcept {
-            if (bits == 0) return 0;
-            places_[2] = fault;
-            bytes_[2] = Lanes::template Spread<1>(pattern_.bytes[fault]);
-            bits &= EqualFrom(base + fault, bytes_[2]);
-            const int64_t end = std::min<int64_t>(pattern_.length, 7);
-            for (int64_t i = 1; i < end && __builtin_popcountll(bits) > 1; ++i) {
-                bits &= EqualFrom(base + i, Lanes::template Spread<1>(pattern_.bytes[i]));
-            }
-            return bits;
-        }
-
-      private:
-        static constexpr int kCount = 4;
-        // What lies behind the last byte may be equal.
-        uint64_t EqualFrom(int64_t at, Vector wanted) const noexcept {
-            const int64_t beyond = at + 64 - tail_.readable;
-            if (beyond <= 0) return EqualBits(tail_.text + at, wanted);
-            if (beyond > 63) return ~uint64_t{0};
-            return last_.Equal(wanted) >> beyond | ~(~uint64_t{0} >> beyond);
-        }
-
-        LastBytes last_;
-        Vector bytes_[kCount];
-        const Pattern &pattern_;
-        const TextTail &tail_;
-        int64_t places_[kCount];
-    };
-
-    static int64_t CountRun(const Pattern &pattern) noexcept {
-        if (pattern.length == 1 || pattern.bytes[1] != pattern.bytes[0]) return 1;
-        return 1 + CountMatched(pattern.bytes + 1, pattern.length - 1, {pattern.bytes, pattern.length - 1});
-    }
-
-    // Walks over the positions that the filter leaves.
-    class TailWalk {
-      public:
-        TailWalk(const Pattern &pattern, const TextTail &tail) noexcept
-            : pattern_(pattern),
-              text_(tail.text),
-              candidates_(tail.candidates),
-              known_(tail.readable),
-              run_(CountRun(pattern)) {}
-
-        int64_t Run() const noexcept { return run_; }
-        // The first position that is neither done nor ruled out.
-        int64_t Next() const noexcept { return next_; }
-        // Vectors looked at.
-        int64_t Work() const noexcept { return work_; }
-
-        // How much of the pattern stands there.
-        int64_t Match(int64_t at) noexcept {
-            const int64_t matched = CountMatched(text_ + at, known_ - at, pattern_);
-            work_ += 8 + matched / 64;
-            next_ = at + 1;
-            // All bytes up to one that broke it off have been read.
-            known_ = std::max(known_, at + std::min(matched + 1, pattern_.length));
-            if (matched >= 8 && matched < pattern_.length) next_ = NextStart(at, matched);
-            return matched;
-        }
-
-      private:
-        // Where the next match may start: the byte that broke this one off has to stand in the pattern; if it
-        // makes a run longer, at its place before the run's end.
-        int64_t NextStart(int64_t at, int64_t matched) noexcept {
-            const uint8_t byte = text_[at + matched];
-            if (matched == run_ && byte == pattern_.bytes[0]) {
-                int64_t end = at + matched + 1;
-                while (end - run_ < candidates_ && text_[end] == byte) ++end;
-                known_ = std::max(known_, std::min(end, candidates_ + run_ - 1) + 1);
-                return end - run_;
-            }
-            const void *same = memrchr(pattern_.bytes, byte, static_cast<size_t>(matched));
-            const int64_t place = same == nullptr ? -1 : static_cast<const uint8_t *>(same) - pattern_.bytes;
-            return at + matched - place;
-        }
-
-        const Pattern &pattern_;
-        const uint8_t *text_;
-        int64_t candidates_;
-        int64_t known_;
-        int64_t run_;
-        int64_t next_ = 0;
-        int64_t work_ = 0;
-    };
-
-    template <typename Matches>
-    static int64_t ScanLast(const Pattern &pattern, const TextTail &tail, int64_t from,
-                            Matches &matches) noexcept {
-        TailWalk walk(pattern, tail);
-        Starts starts(pattern, tail, walk.Run());
-        const int64_t patience = 4 * pattern.length + 512;
-        for (int64_t base = from; base < tail.candidates; base += 64) {
-            uint64_t bits = starts.Find(base);
-            while (bits != 0) {
-                const int64_t at = base + __builtin_ctzll(bits);
-                bits &= bits - 1;
-                if (at < walk.Next()) continue;
-                const int64_t matched = walk.Match(at);
-                if (matched < pattern.length) {
-                    bits = starts.Narrow(base, bits, matched);
-                } else if (matches.Take(at)) {
-                    return tail.candidates;
-                }
-            }
-            if (walk.Work() > patience + base - from) {
-                return std::max(walk.Next(), std::min(base + 64, tail.candidates));
-            }
-        }
-        return tail.candidates;
-    }
-
+    // In positions that are left: for pairs, and for better probes than the first.
     static constexpr int64_t kWorthPairs = 1024, kWorthChoosing = 16384;
+    // In vectors looked at, and fours of blocks.
     static constexpr int64_t kMatchWork = 16, kMostDoubts = 2;
-    static constexpr int64_t kLongPattern = 30, kNear = 256;
+    // From this length on leaps are longer than blocks are quick.
+    static constexpr int64_t kLongPattern = 30;
+    static constexpr int64_t kNear = 256;
 };
 
 }  // namespace
