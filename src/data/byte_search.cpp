@@ -191,39 +191,47 @@ void ScanForRuns(const uint8_t *text, int64_t candidates, const Pattern &pattern
     }
 }
 
-constexpr int64_t kShortestLeap = 48;
-
-bool IsWorthLeaping(int64_t length, int64_t candidates) noexcept {
-    return length >= kShortestLeap && candidates >= (length >= 90 ? 8192 : 16384);
-}
-
 bool IsRun(const Pattern &pattern) noexcept {
     return std::memcmp(pattern.bytes, pattern.bytes + 1, static_cast<size_t>(pattern.length - 1)) == 0;
 }
 
-// Begins without any preparation, which would cost more than many a search, leaps over what a long pattern's
-// match is not near to, and chooses the probes when the first ones hold too often. Gives the first position
-// that was not looked at.
+// Begins without any preparation, which would cost more than many a search, and chooses the probes when the
+// first ones hold too often. Gives the first position that was not looked at.
 template <typename Sink>
-int64_t ScanMany(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
-    constexpr int64_t kFirstLook = 1024, kWorthChoosing = 1024;
-    const int64_t length = pattern.length;
-    ProbedPattern probed{pattern, {0, length - 1, length / 2}, 32, 512, length > 3, nullptr};
-    if (length > 3) TakeFirstProbes(probed);
-    WordLeaps leaps;
-    if (length >= 20) {
-        leaps.next = IsWorthLeaping(length, candidates) ? kFirstLook : candidates;
-        leaps.pause = leaps.turns = 0;
-        probed.leaps = &leaps;
-    }
+int64_t ScanProbed(const uint8_t *text, int64_t candidates, ProbedPattern &probed, Sink &matches) noexcept {
+    constexpr int64_t kWorthChoosing = 1024;
     ScanText<Sink> *const scan = ChooseScan<Sink>();
-    int64_t from = scan(probed, text, 0, candidates, matches);
-    if (from == candidates || length <= 3 || candidates - from < kWorthChoosing) return from;
+    const int64_t from = scan(probed, text, 0, candidates, matches);
+    if (from == candidates || probed.length <= 3 || candidates - from < kWorthChoosing) return from;
     ChooseProbes(probed, candidates - from);
     probed.mayChoose = false;
     probed.patience = 256;
     probed.allowance = 128;
     return scan(probed, text, from, candidates, matches);
+}
+
+// With leaps, which need much room, over what a long pattern's match is not near to. In texts that would take
+// hardly longer without them, they are only for the case that the probes are of little use.
+template <typename Sink>
+[[gnu::noinline]] int64_t ScanLeaping(const uint8_t *text, int64_t candidates, ProbedPattern &probed,
+                                      Sink &matches) noexcept {
+    constexpr int64_t kFirstLook = 1024;
+    const bool isWorthIt = probed.length >= 48 && candidates >= (probed.length >= 90 ? 8192 : 16384);
+    WordLeaps leaps;
+    leaps.next = isWorthIt ? kFirstLook : candidates;
+    leaps.pause = leaps.turns = 0;
+    probed.leaps = &leaps;
+    return ScanProbed(text, candidates, probed, matches);
+}
+
+template <typename Sink>
+int64_t ScanMany(const uint8_t *text, int64_t candidates, const Pattern &pattern, Sink &matches) noexcept {
+    constexpr int64_t kShortestLeaping = 20, kFewestForLeaps = 2048;
+    const int64_t length = pattern.length;
+    ProbedPattern probed{pattern, {0, length - 1, length / 2}, 32, 512, length > 3, nullptr};
+    if (length > 3) TakeFirstProbes(probed);
+    const bool mayLeap = length >= kShortestLeaping && candidates >= kFewestForLeaps;
+    return (mayLeap ? ScanLeaping<Sink> : ScanProbed<Sink>)(text, candidates, probed, matches);
 }
 
 // Gives the matches at the first `candidates` positions to `matches`. All bytes of them may be read.
