@@ -2,10 +2,9 @@
 #include "fx/array_blit.h"
 
 #include <array>
-#include <limits>
 #include <ostream>
 
-#include "fx/filters/filter_buffer.h"
+#include "fx/guarded_buffer.h"
 
 namespace fenlight::test {
 namespace {
@@ -15,7 +14,7 @@ bool Contains(const GuardedBuffer &buffer, int64_t x, int64_t y) {
 }
 
 uint8_t *PixelAt(GuardedBuffer &buffer, int64_t x, int64_t y) {
-    return buffer.At(3 * (buffer.header.biWidth * y + x));
+    return buffer.At(buffer.Pitch() * y + 3 * x);
 }
 
 struct Call {
@@ -58,10 +57,8 @@ std::ostream &operator<<(std::ostream &out, const Call &call) {
                << ", " << at.srcY << ") to (" << at.destX << ", " << at.destY << ")";
 }
 
-using ArrayBlit = FilterLevels;
+using ArrayBlit = FXLevels;
 
-constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
-constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
 // Nothing, all, and with a mask whose byte for the first pixel that is left would lie far behind its end.
 constexpr ArrayRectangle kFar[] = {{0, 0, 4, kLeast, 0, 0},
                                    {kMost, 0, kMost, 4, 0, 0},
@@ -75,29 +72,24 @@ constexpr ArrayRectangle kFar[] = {{0, 0, 4, kLeast, 0, 0},
 // roles. Nothing but the target's bytes may differ from before.
 TEST_P(ArrayBlit, DoesWhatTheWalkDoesAlsoWithinOneBuffer) {
     for (int scene = 0; scene < 6000; ++scene) {
-        const auto noise = [&] { return Noise(Between(1, 90), Between(1, 9)); };
-        GuardedBuffer buffers[3] = {noise(), noise(), noise()};
-        // Few values, so that keys and equal pixels come up.
-        for (GuardedBuffer &buffer : buffers)
-            for (uint8_t &byte : buffer.bytes)
-                byte = static_cast<uint8_t>(scene % 3 == 0 ? byte % 2 * 85 : byte);
+        const auto between = [&](int32_t low, int32_t high) { return dice.Between(low, high); };
+        std::vector<GuardedBuffer> buffers;
+        for (int i = 0; i < 3; ++i)
+            buffers.push_back(dice.Noise(between(1, 90), between(1, 9), scene % 3 == 0 ? 2 : 256));
         const size_t source = scene % 2 == 0 ? 1 : 0;
         const size_t mask = scene % 5 == 0 ? 0 : scene % 7 == 0 ? source : 2;
-        Call call{
-            {Between(-9, 60), Between(-3, 6), Between(-1, 95), Between(-1, 10), Between(-9, 60),
-             Between(-3, 6)},
-            scene % 11 == 0 ? Between(-9, 9) : Between(0, 2),
-            static_cast<uint32_t>(random() % 2 * 0x550000 | random() % 2 * 0x5500 | random() % 2 * 0x55)};
-        if (scene % 40 == 0) call.at = kFar[random() % std::size(kFar)];
-        GuardedBuffer expected[3] = {buffers[0], buffers[1], buffers[2]};
+        Call call{{between(-9, 60), between(-3, 6), between(-1, 95), between(-1, 10), between(-9, 60),
+                   between(-3, 6)},
+                  scene % 11 == 0 ? between(-9, 9) : between(0, 2),
+                  dice() % 2 * 0xFF0000 | dice() % 2 * 0xFF00 | dice() % 2 * 0xFF};
+        if (scene % 40 == 0) call.at = kFar[dice() % std::size(kFar)];
+        std::vector<GuardedBuffer> expected = buffers;
         Walk(expected[0], expected[source], expected[mask], call);
         const auto &at = call.at;
         BitBltArray(buffers[0].Handle(), at.destX, at.destY, at.width, at.height, buffers[source].Handle(),
                     at.srcX, at.srcY, call.mode,
                     call.mode == 2 ? buffers[mask].Handle() : uintptr_t{call.key} | 0xAB000000);
-        for (size_t i = 0; i < 3; ++i)
-            ASSERT_EQ(buffers[i].bytes, expected[i].bytes)
-                << "buffer " << i << " of scene " << scene << ": " << call;
+        ASSERT_TRUE(SameBuffers(buffers, expected)) << "scene " << scene << ": " << call;
     }
 }
 
@@ -105,10 +97,10 @@ TEST_P(ArrayBlit, MixesEveryTargetSourceAndMaskByteExactly) {
     constexpr int32_t kPixels = 256 * 256 / 3 + 1;
     GuardedBuffer target(kPixels, 1), source(kPixels, 1), mask(kPixels, 1);
     for (uint32_t m = 0; m < 256; ++m) {
-        for (uint32_t i = 0; i < target.header.biSizeImage; ++i) {
+        mask.Fill(static_cast<uint8_t>(m));
+        for (int64_t i = 0; i < target.Size(); ++i) {
             *target.At(i) = static_cast<uint8_t>(i);
             *source.At(i) = static_cast<uint8_t>(i >> 8);
-            *mask.At(i) = static_cast<uint8_t>(m);
         }
         BitBltArray(target.Handle(), 0, 0, kPixels, 1, source.Handle(), 0, 0, 2, mask.Handle());
         int wrong = 0;
@@ -121,8 +113,8 @@ TEST_P(ArrayBlit, MixesEveryTargetSourceAndMaskByteExactly) {
 }
 
 TEST_P(ArrayBlit, DoesNothingWithoutOneOfItsBuffers) {
-    GuardedBuffer target(40, 4), source = Noise(40, 4), noMask(0, 0);
-    const auto before = target.bytes;
+    GuardedBuffer target(40, 4), source = dice.Noise(40, 4), noMask(0, 0);
+    const GuardedBuffer before = target;
     for (const int32_t mode : {0, 1, 2}) {
         const uintptr_t parameter = mode == 2 ? source.Handle() : 0;
         BitBltArray(0, 0, 0, 4, 4, source.Handle(), 0, 0, mode, parameter);
@@ -130,7 +122,7 @@ TEST_P(ArrayBlit, DoesNothingWithoutOneOfItsBuffers) {
     }
     for (const uintptr_t mask : {uintptr_t{0}, noMask.Handle()})
         BitBltArray(target.Handle(), 0, 0, 4, 4, source.Handle(), 0, 0, 2, mask);
-    EXPECT_EQ(target.bytes, before);
+    EXPECT_TRUE(SameBuffer(target, before));
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, ArrayBlit, kEachLevel);

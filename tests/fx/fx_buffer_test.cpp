@@ -3,10 +3,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
-#include <vector>
 
 #include "fx/fx_picture.h"
+#include "fx/guarded_buffer.h"
 #include "platform/system/failure_point.h"
 
 namespace fenlight::test {
@@ -15,9 +14,6 @@ namespace {
 using platform::FailOnce;
 using platform::ForgetFailures;
 using platform::Operation;
-
-constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
-constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
 
 // Bytes of a row on 32 bits, by the definition of the format.
 int32_t PitchOf(int32_t width) { return (width * 24 + 31) / 32 * 4; }
@@ -136,16 +132,14 @@ TEST_F(FXBuffers, PaintAsThePublishedTransferDoes) {
     DibHeader downwards(7, -5, 24);
     for (const int depth : kDepths) {
         for (const auto &[x, y] : {std::pair(0, 0), {-3, -2}, {6, 4}, {kMost, 0}, {kLeast, kLeast}}) {
-            const Canvas painted(BitmapOfDepth(9, 6, depth)), judge(BitmapOfDepth(9, 6, depth));
-            for (const HDC context : {painted.context, judge.context}) {
+            const Twins twins(9, 6, depth);
+            for (const HDC context : {twins.dc, twins.expected}) {
                 DrawNoise(context, 9, 6);
                 SetBkColor(context, Word(PictureOf(image, 7, 5).At(3, 2)));
             }
-            CopyFX(painted.context, x, y, handle);
-            SetDIBitsToDevice(judge.context, x, y, 7, 5, 0, 0, 0, 5, fx.Pixels, downwards.Info(), 0);
-            EXPECT_TRUE(
-                SamePicture("painted", PictureOf(painted.context, 9, 6), PictureOf(judge.context, 9, 6)))
-                << depth << " at " << x << ", " << y;
+            CopyFX(twins.dc, x, y, handle);
+            SetDIBitsToDevice(twins.expected, x, y, 7, 5, 0, 0, 0, 5, fx.Pixels, downwards.Info(), 0);
+            EXPECT_TRUE(twins.Same("painted")) << depth << " at " << x << ", " << y;
         }
     }
     EXPECT_EQ(CopyFX(0, 0, 0, handle), 0);
@@ -156,21 +150,15 @@ TEST_F(FXBuffers, PaintAsThePublishedTransferDoes) {
 }
 
 TEST_F(FXBuffers, PackedRowsArePaintedAsPaddedOnesAndNeverReadBehindTheBlock) {
+    Dice dice(1);
     for (int32_t width = 1; width <= 9; ++width) {
         for (int32_t height = 1; height <= 7; ++height) {
-            // The block ends where its memory does: the address sanitizer watches.
-            std::vector<uint8_t> block(static_cast<size_t>(3 * width * height));
-            for (size_t i = 0; i < block.size(); ++i) block[i] = static_cast<uint8_t>(i + 1);
-            FXHeader fx{};
-            fx.biWidth = width;
-            fx.biHeight = height;
-            fx.biSizeImage = static_cast<uint32_t>(block.size());
-            fx.Pixels = block.data();
+            const GuardedBuffer fx = dice.Noise(width, height, Rows::Packed, 256);
             const Canvas canvas(width, height);
             DrawNoise(canvas.context, width, height);
-            PaintFX(canvas.context, 0, 0, fx, block.data());
+            PaintFX(canvas.context, 0, 0, fx.header, fx.header.Pixels);
             EXPECT_TRUE(SamePicture("packed", PictureOf(canvas.context, width, height),
-                                    PictureInBlock(fx, PitchOf(width))));
+                                    PictureInBlock(fx.header, PitchOf(width))));
         }
     }
     const uintptr_t packed = CreateExtFX(5, 20);

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Zlib
-// Images with noise on them, and what FX buffers show.
+// Images with noise on them, contexts to compare, and what FX buffers and effects show.
 #pragma once
 
+#include <cstring>
 #include <random>
+#include <string>
+#include <vector>
 
 #include "fenlight/images.h"
 #include "fx/fx_buffer.h"
 #include "platform/graphics/canvas.h"
+#include "platform/graphics/surface_access.h"
 
 namespace fenlight::test {
 
@@ -33,6 +37,43 @@ inline uintptr_t NoisyImage(int32_t width, int32_t height, int depth = 32) {
     const uintptr_t image = CreateImage(model.context, width, height);
     DrawNoise(image, width, height);
     return image;
+}
+
+// Two contexts alike: one for the call, one for what it should show.
+struct Twins {
+    Twins(int32_t pairWidth, int32_t pairHeight, int pairDepth = 32)
+        : width(pairWidth), height(pairHeight), depth(pairDepth) {}
+    // The unused bytes too.
+    ::testing::AssertionResult Same(const std::string &name) const {
+        const auto same = SamePicture(name, PictureOf(dc, width, height), PictureOf(expected, width, height));
+        const auto rowBytes = static_cast<size_t>(4 * width);
+        const platform::SurfacePairAccess views(dc, expected);
+        for (int y = 0; y < height && depth == 32; ++y)
+            EXPECT_EQ(std::memcmp(views.TargetView().Row(y), views.SourceView().Row(y), rowBytes), 0) << y;
+        return same;
+    }
+
+    const int32_t width, height;
+    const int depth;
+    const Canvas canvas{BitmapOfDepth(width, height, depth)},
+        expectedCanvas{BitmapOfDepth(width, height, depth)};
+    const HDC dc = canvas.context, expected = expectedCanvas.context;
+};
+
+// A context of that depth, and where on it a picture comes to lie.
+struct Place {
+    int depth = 32;
+    int32_t x = 0, y = 0;
+};
+
+// Whether paint(context) shows what painting `block`, of the size of `fx`, does; an empty one shows nothing.
+template <typename Paint>
+::testing::AssertionResult Paints(const FXHeader &fx, const std::vector<uint8_t> &block, const Place &place,
+                                  Paint paint) {
+    const Twins twins(50, 40, place.depth);
+    EXPECT_EQ(paint(twins.dc), 0);
+    if (!block.empty()) PaintFX(twins.expected, place.x, place.y, fx, block.data());
+    return twins.Same("painted");
 }
 
 // Rows taken as `pitch` bytes long; what lies behind the block is black.

@@ -6,30 +6,26 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <random>
-#include <vector>
 
 #include "data/memory_guard.h"
 #include "fx/alpha/alpha_kernels.h"
 #include "fx/fx_picture.h"
+#include "fx/guarded_buffer.h"
 #include "images/image_slots.h"
-#include "platform/graphics/surface_access.h"
 #include "platform/system/failure_point.h"
 #include "platform/system/handle_table.h"
-#include "support/each_level.h"
 
 namespace fenlight::test {
 namespace {
 
 using platform::Operation;
-using Bytes = std::vector<uint8_t>;
 
 // The same for the same seed; a quarter is 0 or 255.
 Bytes Noise(int64_t size, unsigned seed) {
-    std::mt19937 random(seed);
+    Dice dice(seed);
     Bytes bytes(static_cast<size_t>(size));
     for (uint8_t &byte : bytes)
-        byte = static_cast<uint8_t>(random() % 4 == 0 ? random() % 2 * 255 : random() >> 24);
+        byte = static_cast<uint8_t>(dice() % 4 == 0 ? dice() % 2 * 255 : dice() >> 24);
     return bytes;
 }
 
@@ -76,48 +72,41 @@ class AlphaPainting : public ::testing::Test {
 };
 
 // Sizes and places around a target of 24 x 9; sometimes over itself, or over a backdrop that is dead.
-void ExpectTheSame(std::mt19937 &random, int depth, int backdropDepth) {
+void ExpectTheSame(Dice &dice, int depth, int backdropDepth) {
     constexpr int32_t kWidth = 24, kHeight = 9;
-    const auto within = [&](int32_t from, int32_t to) {
-        return from + static_cast<int32_t>(random() % static_cast<unsigned>(to - from + 1));
-    };
+    const auto within = [&](int32_t from, int32_t to) { return dice.Between(from, to); };
     const int32_t backdropWidth = within(1, 30), backdropHeight = within(1, 12);
-    const Canvas actual(BitmapOfDepth(kWidth, kHeight, depth)),
-        expected(BitmapOfDepth(kWidth, kHeight, depth)),
-        backdrop(BitmapOfDepth(backdropWidth, backdropHeight, backdropDepth));
-    DrawNoise(actual.context, kWidth, kHeight);
-    DrawNoise(expected.context, kWidth, kHeight);
+    const Twins twins(kWidth, kHeight, depth);
+    const Canvas backdrop(BitmapOfDepth(backdropWidth, backdropHeight, backdropDepth));
     DrawNoise(backdrop.context, backdropWidth, backdropHeight);
-    for (const Canvas *canvas : {&actual, &expected})  // the unused bytes
-        for (int32_t i = 3; depth == 32 && i < 4 * kWidth * kHeight; i += 4)
-            BitsOf(canvas->context)[i] = 0x77;
+    for (const HDC dc : {twins.dc, twins.expected}) {
+        DrawNoise(dc, kWidth, kHeight);
+        for (int32_t i = 3; depth == 32 && i < 4 * kWidth * kHeight; i += 4) BitsOf(dc)[i] = 0x77;  // unused
+    }
 
     const int32_t width = 4 * within(1, 9), height = within(1, 14), size = 4 * width * height;
     const Bytes pixels = Noise(size, static_cast<unsigned>(within(0, 99999)));
     const GuardedMemory image(pixels);
     const int32_t sizes[] = {size, size, size + 400, size / 2 + 1, within(0, size), -8};
-    const Call call{image.Data(), sizes[random() % 6], within(-30, 26), within(-12, 10), width, height};
+    const Call call{image.Data(), sizes[dice() % 6], within(-30, 26), within(-12, 10), width, height};
     const int choice = within(0, 5);
     const auto under = [&](HDC dc) {
         return choice < 3 ? backdrop.context : choice == 3 ? dc : choice == 4 ? HDC{0} : HDC{0xDEAD};
     };
-    PaintPlainly(call, expected.context, under(expected.context));
-    EXPECT_EQ(Paint(call, actual.context, under(actual.context)), 1);
+    PaintPlainly(call, twins.expected, under(twins.expected));
+    EXPECT_EQ(Paint(call, twins.dc, under(twins.dc)), 1);
     EXPECT_EQ(image.Content(), pixels);
-    EXPECT_TRUE(depth != 32 ||
-                std::memcmp(BitsOf(actual.context), BitsOf(expected.context), 4 * kWidth * kHeight) == 0);
-    ASSERT_TRUE(SamePicture("alpha_painting", PictureOf(actual.context, kWidth, kHeight),
-                            PictureOf(expected.context, kWidth, kHeight)))
+    ASSERT_TRUE(twins.Same("alpha_painting"))
         << depth << " bits over " << backdropDepth << ", at " << call.x << ' ' << call.y << ", " << width
         << " x " << height << ", " << call.bytes << " of " << size << " bytes, case " << choice;
 }
 
 TEST_F(AlphaPainting, GivesWhatTheScratchImageGives) {
     WithEachLevel([] {
-        std::mt19937 random(11);
+        Dice dice(11);
         for (int round = 0; round < 150; ++round) {
-            ExpectTheSame(random, 32, 32);
-            ExpectTheSame(random, kDepths[round % 6], kDepths[round / 6 % 6]);
+            ExpectTheSame(dice, 32, 32);
+            ExpectTheSame(dice, kDepths[round % 6], kDepths[round / 6 % 6]);
         }
     });
 }
@@ -143,14 +132,12 @@ TEST_F(AlphaPainting, BlendsEveryCombinationOfBytes) {
 
 TEST_F(AlphaPainting, ReadsAnImageInTheTargetBeforeItPaintsOverIt) {
     for (const int32_t offset : {0, 4, 64, 100, 300}) {
-        const Canvas actual(BitmapOfDepth(16, 8, 32)), expected(BitmapOfDepth(16, 8, 32));
+        const Twins twins(16, 8);
         for (int i = 0; i < 512; ++i)
-            BitsOf(actual.context)[i] = BitsOf(expected.context)[i] = static_cast<uint8_t>(i * i >> 2);
-        PaintPlainly({BitsOf(expected.context) + offset, 128, 4, 1, 8, 4}, expected.context, 0);
-        EXPECT_EQ(Paint({BitsOf(actual.context) + offset, 128, 4, 1, 8, 4}, actual.context, 0), 1);
-        EXPECT_TRUE(
-            SamePicture("overlap", PictureOf(actual.context, 16, 8), PictureOf(expected.context, 16, 8)))
-            << offset;
+            BitsOf(twins.dc)[i] = BitsOf(twins.expected)[i] = static_cast<uint8_t>(i * i >> 2);
+        PaintPlainly({BitsOf(twins.expected) + offset, 128, 4, 1, 8, 4}, twins.expected, 0);
+        EXPECT_EQ(Paint({BitsOf(twins.dc) + offset, 128, 4, 1, 8, 4}, twins.dc, 0), 1);
+        EXPECT_TRUE(twins.Same("overlap")) << offset;
     }
 }
 
@@ -274,26 +261,18 @@ TEST(AlphaPixels, AreTouchedAndNothingElse) {
 
 Bytes BytesOf(const OwnedFX &fx) { return {fx->Pixels, fx->Pixels + fx->biSizeImage}; }
 
-uintptr_t HandleOf(const OwnedFX &fx) { return reinterpret_cast<uintptr_t>(fx.get()); }
-
-OwnedFX NoisyFX(int32_t width, int32_t height) {
-    const uintptr_t image = NoisyImage(width, height);
-    OwnedFX fx(FXFromHandle(InitFX(image)));
-    FreeImage(image);
-    return fx;
-}
-
 TEST(AlphaConversion, WalksThePixelsOfBuffersWhateverTheirRows) {
+    Dice dice(12);
     for (const auto &[width, height, alphaHeight] :
          {std::array{1, 1, 1}, {5, 3, 0}, {6, 9, 9}, {67, 35, 20}, {64, 3, 5}, {7, 2, 1}}) {
-        const OwnedFX fx = NoisyFX(width, height),
-                      alpha = alphaHeight > 0 ? NoisyFX(width, alphaHeight) : nullptr;
+        const GuardedBuffer fx = dice.Noise(width, height), alpha = dice.Noise(width, alphaHeight);
         const auto size = static_cast<size_t>(3 * width * height);
-        Bytes colours = BytesOf(fx), greys = alpha != nullptr ? BytesOf(alpha) : Bytes();
+        Bytes colours = fx.Block(), greys = alpha.Block();
         colours.resize(size);
         greys.resize(std::min(size, static_cast<size_t>(3 * width * alphaHeight)));
         int32_t sizes[3];
-        uint8_t *image = FXToPng(HandleOf(fx), sizes, sizes + 1, sizes + 2, HandleOf(alpha));
+        uint8_t *image =
+            FXToPng(fx.Handle(), sizes, sizes + 1, sizes + 2, alphaHeight > 0 ? alpha.Handle() : 0);
         ASSERT_EQ(std::to_array(sizes), (std::array{width, height, 4 * width * height}));
         EXPECT_EQ(Bytes(image, image + sizes[2]), WidenPlainly(colours, greys)) << width;
 
@@ -306,19 +285,17 @@ TEST(AlphaConversion, WalksThePixelsOfBuffersWhateverTheirRows) {
 }
 
 TEST(AlphaConversion, FailsWithoutMemoryOrBuffer) {
-    const OwnedFX fx = NoisyFX(4, 2);
+    GuardedBuffer fx(4, 2);
     int32_t sizes[3] = {};
-    const auto isRefused = [&](const FXHeader *handle, std::array<int32_t, 3> told) {
-        return FXToPng(reinterpret_cast<uintptr_t>(handle), sizes, sizes + 1, sizes + 2, 0) == nullptr &&
-               std::to_array(sizes) == told;
+    const auto isRefused = [&](uintptr_t handle, std::array<int32_t, 3> told) {
+        return FXToPng(handle, sizes, sizes + 1, sizes + 2, 0) == nullptr && std::to_array(sizes) == told;
     };
     platform::FailOnce(Operation::Memory, 1);
-    EXPECT_TRUE(isRefused(fx.get(), {4, 2, 32})) << "told all the same";
-    EXPECT_TRUE(isRefused(nullptr, {}));
-    FXHeader vast = *fx;
-    vast.biWidth = vast.biHeight = 25000;
-    EXPECT_TRUE(isRefused(&vast, {25000, 25000, 0}));
-    FreePng(FXToPng(HandleOf(fx), nullptr, nullptr, nullptr, 0));
+    EXPECT_TRUE(isRefused(fx.Handle(), {4, 2, 32})) << "told all the same";
+    EXPECT_TRUE(isRefused(0, {}));
+    FreePng(FXToPng(fx.Handle(), nullptr, nullptr, nullptr, 0));
+    fx.header.biWidth = fx.header.biHeight = 25000;
+    EXPECT_TRUE(isRefused(fx.Handle(), {25000, 25000, 0}));
 
     uintptr_t alpha = 4711;
     const Bytes image(32, 7);

@@ -2,21 +2,18 @@
 #include "fx/blends/water.h"
 
 #include <algorithm>
-#include <limits>
 #include <thread>
 
 #include "fenlight/fx_blends.h"
-#include "fx/blends/blend_buffer.h"
 #include "fx/blends/wave_tables.h"
+#include "fx/fx_picture.h"
+#include "fx/guarded_buffer.h"
 #include "platform/system/failure_point.h"
 
 namespace fenlight::test {
 namespace {
 
 using platform::Operation;
-
-constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
-constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
 
 // 1 doubles a row, 2 drops one, 255 ends the table.
 int RowStepAt(size_t at) {
@@ -100,15 +97,12 @@ std::vector<int32_t> DefaultTable() { return {kDefaultWave.begin(), kDefaultWave
 
 class WaterEffect : public ::testing::Test {
   protected:
-    void TearDown() override { platform::ForgetFailures(); }
-
     // One call, painted or not, held against the judge: the picture, its guards, the context, the result.
-    void Call(Buffer &fx, const std::vector<int32_t> &table, uintptr_t address, int calmRows, bool isPainted,
-              int memory = 2) {
+    void Call(const GuardedBuffer &fx, const std::vector<int32_t> &table, uintptr_t address, int calmRows,
+              bool isPainted, int memory = 2) {
         const Judge::Frames frames = judge.Next(fx.header, table, calmRows, memory);
-        Bytes expected = fx.bytes;
-        if (!isPainted && memory == 2)
-            std::copy(frames.stepped.begin(), frames.stepped.end(), expected.begin() + Buffer::kGuard);
+        GuardedBuffer expected = fx;
+        if (!isPainted && memory == 2) expected.Set(frames.stepped);
         const auto call = [&](HDC dc) {
             if (memory < 2) platform::FailOnce(Operation::Memory, memory + 1);
             const auto *waveTable = reinterpret_cast<const int32_t *>(address);
@@ -120,46 +114,42 @@ class WaterEffect : public ::testing::Test {
             ASSERT_TRUE(Paints(fx.header, memory == 1 ? frames.shifted : frames.stepped, {32, 3, -4}, call));
         else
             EXPECT_EQ(call(0), 0);
-        ASSERT_EQ(fx.bytes, expected);
+        ASSERT_TRUE(SameBuffer(fx, expected));
     }
 
-    std::mt19937 random{77};
-    int Pick(int low, int high) {
-        return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
-    }
+    Dice dice{77};
 };
 
 // Tables change from call to call: longer and shorter than where the waves stand, empty, with shifts of any
 // size. Pictures are low and narrow, or so high that the steps of the rows begin again.
 TEST_F(WaterEffect, GivesTheFramesOfTheDefinitionOverManyCalls) {
     for (int number = 0; number < 900; ++number) {
-        const int32_t height = number % 3 == 0 ? Pick(100, 260) : Pick(1, 35);
-        Buffer fx(number % 4 == 0 ? Pick(1, 12) : Pick(1, 67), height, Pick(0, 1) == 0, Pick(0, 1) == 0);
-        fx.Fill(random, 256);
-        std::vector<int32_t> table(static_cast<size_t>(number % 5 == 0 ? Pick(0, 3) : Pick(0, 300)));
+        const int32_t height = number % 3 == 0 ? dice.Between(100, 260) : dice.Between(1, 35);
+        const GuardedBuffer fx = dice.Noise(dice.Between(1, number % 4 == 0 ? 12 : 67), height);
+        std::vector<int32_t> table(
+            static_cast<size_t>(number % 5 == 0 ? dice.Between(0, 3) : dice.Between(0, 300)));
         for (int32_t &entry : table) {
-            entry = Pick(0, 5) == 0 ? Pick(-70, 70) : Pick(-6, 6);
-            if (number % 6 == 0 && Pick(0, 3) == 0) entry = Pick(0, 1) == 0 ? kMost : kLeast;
+            entry = dice.Between(0, 5) == 0 ? dice.Between(-70, 70) : dice.Between(-6, 6);
+            if (number % 6 == 0 && dice.Between(0, 3) == 0) entry = dice.Toss() ? kMost : kLeast;
         }
         table.push_back(255);
-        const int calmRows = number % 2 == 0    ? Pick(-2, height + 3)
+        const int calmRows = number % 2 == 0    ? dice.Between(-2, height + 3)
                              : number % 50 == 1 ? kLeast
                              : number % 50 == 3 ? kMost
                                                 : 0;
         const bool isDefault = number > 300 && number < 600;
-        const uintptr_t address =
-            isDefault ? static_cast<uintptr_t>(Pick(0, 15)) : reinterpret_cast<uintptr_t>(table.data());
+        const uintptr_t address = isDefault ? static_cast<uintptr_t>(dice.Between(0, 15))
+                                            : reinterpret_cast<uintptr_t>(table.data());
         SCOPED_TRACE(testing::Message() << "call " << number << ": " << fx.header.biWidth << " x " << height
                                         << ", " << table.size() << " entries, calm " << calmRows);
-        Call(fx, isDefault ? DefaultTable() : table, address, calmRows, Pick(0, 1) == 0,
-             number % 8 == 0 ? Pick(0, 1) : 2);
+        Call(fx, isDefault ? DefaultTable() : table, address, calmRows, dice.Toss(),
+             number % 8 == 0 ? dice.Between(0, 1) : 2);
         if (HasFatalFailure()) return;
     }
 }
 
 TEST_F(WaterEffect, ReadsATableWithoutAnEndOnlySoFar) {
-    Buffer fx(20, 30, true, true);
-    fx.Fill(random, 256);
+    const GuardedBuffer fx = dice.Noise(20, 30);
     std::vector<int32_t> table(kMostWaveEntries);
     for (size_t i = 0; i < table.size(); ++i) table[i] = static_cast<int32_t>(i % 7) - 3;
     for (int call = 0; call < 3; ++call)
@@ -180,8 +170,7 @@ TEST_F(WaterEffect, CalmsTheRowsAtTheTopUnevenly) {
 
 // As many turns as bring both phases back to where they were, unless one is lost.
 TEST_F(WaterEffect, LosesNoTurnOnTwoThreads) {
-    Buffer fx(40, 120, true, true);
-    fx.Fill(random, 256);
+    const GuardedBuffer fx = dice.Noise(40, 120);
     Call(fx, DefaultTable(), 0, 0, true);
     const auto takeTurns = [] {
         for (int i = 0; i < 50 * 120 * 107; ++i) TakeWaveStart(119), TakeRowStepStart();

@@ -2,12 +2,10 @@
 #include "fenlight/fx_filters.h"
 
 #include <array>
-#include <cstring>
-#include <limits>
 #include <string>
 
-#include "filter_buffer.h"
-#include "platform/graphics/canvas.h"
+#include "fx/fx_picture.h"
+#include "fx/guarded_buffer.h"
 #include "platform/system/failure_point.h"
 
 namespace fenlight::test {
@@ -67,7 +65,7 @@ const Filter kFilters[] = {
 void Define(const Filter &filter, GuardedBuffer &buffer, GuardedBuffer &otherBuffer, const Call &call) {
     GuardedBuffer &target = std::string(filter.name) == "ColorMove" ? otherBuffer : buffer;
     if (filter.byteRule != nullptr)
-        for (int64_t i = 0; i < std::min(buffer.header.biSizeImage, target.header.biSizeImage); ++i)
+        for (int64_t i = 0; i < std::min(buffer.Size(), target.Size()); ++i)
             *buffer.At(i) = static_cast<uint8_t>(filter.byteRule(*buffer.At(i), *target.At(i), call));
     else
         for (uint8_t *at = buffer.At(0); at != buffer.At(3 * buffer.Pixels()); at += 3)
@@ -75,13 +73,10 @@ void Define(const Filter &filter, GuardedBuffer &buffer, GuardedBuffer &otherBuf
                 at[k++] = static_cast<uint8_t>(byte);
 }
 
-class FXFilters : public FilterLevels {
+class FXFilters : public FXLevels {
   protected:
     // Near the range that has a meaning, or at the ends of all numbers.
-    int32_t Number() {
-        using Limits = std::numeric_limits<int32_t>;
-        return random() % 20 != 0 ? Between(-300, 300) : random() % 2 == 0 ? Limits::min() : Limits::max();
-    }
+    int32_t Number() { return dice() % 20 != 0 ? dice.Between(-300, 300) : dice.Toss() ? kLeast : kMost; }
 };
 
 // Each is run on pictures that now and then have the searched colour and near ones, against a target of the
@@ -89,33 +84,23 @@ class FXFilters : public FilterLevels {
 TEST_P(FXFilters, DoWhatTheirDefinitionsSayToEveryByte) {
     for (int scene = 0; scene < 18000; ++scene) {
         const Filter &filter = kFilters[scene % 9];
-        GuardedBuffer buffer = Noise(Between(1, 67), Between(1, 35));
-        const bool isSame = random() % 2 == 0;
-        GuardedBuffer target = isSame ? buffer : Noise(Between(1, 67), Between(1, 35));
-        for (int64_t i = 0; isSame && i < target.header.biSizeImage; ++i)
-            *target.At(i) ^= static_cast<uint8_t>(random() & 7);
+        GuardedBuffer buffer = dice.AnyNoise();
+        const bool isSame = dice.Toss();
+        GuardedBuffer target = isSame ? buffer : dice.AnyNoise();
+        for (int64_t i = 0; isSame && i < target.Size(); ++i) target[i] ^= static_cast<uint8_t>(dice() & 7);
         // The top byte is part of the colour that is searched, not of the other.
-        const uint32_t from = static_cast<uint32_t>(random()) & (random() % 8 == 0 ? 0x1FFFFFF : 0xFFFFFF);
+        const uint32_t from = dice() & (dice() % 8 == 0 ? 0x1FFFFFF : 0xFFFFFF), to = dice();
         for (int64_t i = 0; i < buffer.Pixels(); ++i)
-            for (size_t k = 0; k < 3 && random() % 4 != 0; ++k)
+            for (size_t k = 0; k < 3 && dice() % 4 != 0; ++k)
                 buffer.At(3 * i)[k] = static_cast<uint8_t>(Of(from)[k]);
-        const Call call{0,
-                        buffer.Handle(),
-                        target.Handle(),
-                        Number(),
-                        Number(),
-                        Number(),
-                        from,
-                        static_cast<uint32_t>(random())};
+        const Call call{0, buffer.Handle(), target.Handle(), Number(), Number(), Number(), from, to};
         GuardedBuffer expected(buffer);
         const GuardedBuffer keptTarget(target);
         Define(filter, expected, target, call);
         ASSERT_EQ(filter.run(call), 0);
-        ASSERT_EQ(buffer.bytes, expected.bytes)
-            << filter.name << " scene " << scene << ", " << buffer.header.biWidth << " x "
-            << buffer.header.biHeight << ", " << call.a << ' ' << call.b << ' ' << call.c;
-        ASSERT_EQ(target.bytes, keptTarget.bytes) << filter.name << " scene " << scene;
-        ASSERT_EQ(std::memcmp(&buffer.header, &expected.header, sizeof(BITMAPINFOHEADER)), 0);
+        ASSERT_TRUE(SameBuffer(buffer, expected))
+            << filter.name << " scene " << scene << ", " << call.a << ' ' << call.b << ' ' << call.c;
+        ASSERT_TRUE(SameBuffer(target, keptTarget)) << filter.name << " scene " << scene;
     }
 }
 
@@ -124,9 +109,9 @@ TEST_P(FXFilters, PaintTheirOutcomeUnlessABufferOrMemoryIsMissing) {
     for (int scene = 0; scene < 90; ++scene) {
         const Filter &filter = kFilters[scene % 9];
         const std::string name = filter.name;
-        GuardedBuffer buffer = Noise(20 + scene % 4, 9), target = Noise(20 + scene % 4, 9);
-        const Canvas canvas(30, 12), expectedCanvas(30, 12);
-        const Call call{canvas.context, buffer.Handle(), target.Handle(), 120, -90, 50, 0xFFFFFF, 0x1234};
+        GuardedBuffer buffer = dice.Noise(20 + scene % 4, 9), target = dice.Noise(20 + scene % 4, 9);
+        const Twins twins(30, 12);
+        const Call call{twins.dc, buffer.Handle(), target.Handle(), 120, -90, 50, 0xFFFFFF, 0x1234};
         const GuardedBuffer kept(buffer);
         GuardedBuffer expected(buffer);
 
@@ -136,23 +121,21 @@ TEST_P(FXFilters, PaintTheirOutcomeUnlessABufferOrMemoryIsMissing) {
         platform::FailOnce(platform::Operation::Memory, 1);
         EXPECT_EQ(name == "BlackWhite" ? filter.run(call) : 0, 0);
         platform::ForgetFailures();
-        EXPECT_EQ(buffer.bytes, kept.bytes) << name;
-        EXPECT_TRUE(SamePicture(name, PictureOf(canvas.context, 30, 12), Picture(30, 12)));
+        EXPECT_TRUE(SameBuffer(buffer, kept)) << name;
+        EXPECT_TRUE(twins.Same(name)) << "painted nothing";
 
         Define(filter, expected, target, call);
-        if (name != "ColorFill") CopyFX(expectedCanvas.context, 2, 1, expected.Handle());
+        if (name != "ColorFill") CopyFX(twins.expected, 2, 1, expected.Handle());
         EXPECT_EQ(filter.run(call), 0);
-        EXPECT_TRUE(
-            SamePicture(name, PictureOf(canvas.context, 30, 12), PictureOf(expectedCanvas.context, 30, 12)));
-        EXPECT_EQ(buffer.bytes, name == "BlackWhite" ? kept.bytes : expected.bytes) << name;
+        EXPECT_TRUE(twins.Same(name));
+        EXPECT_TRUE(SameBuffer(buffer, name == "BlackWhite" ? kept : expected)) << name;
     }
 }
 
 // Worked out by hand.
 TEST_P(FXFilters, KeepTheirCorners) {
-    using Bytes = std::array<uint8_t, 3>;
     static GuardedBuffer target(1, 1);
-    std::fill_n(target.At(0), 3, uint8_t{13});
+    target.Fill(13);
     const struct {
         Bytes before, after;
         void (*run)(uintptr_t fx);
@@ -170,9 +153,9 @@ TEST_P(FXFilters, KeepTheirCorners) {
     };
     for (const auto &[before, after, run] : corners) {
         GuardedBuffer buffer(1, 1);
-        std::copy(before.begin(), before.end(), buffer.At(0));
+        buffer.Set(before);
         run(buffer.Handle());
-        EXPECT_EQ((Bytes{*buffer.At(0), *buffer.At(1), *buffer.At(2)}), after) << &run - &corners[0].run;
+        EXPECT_EQ(buffer.Block(), after) << testing::PrintToString(before);
     }
 }
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "fenlight/fx_filters.h"
-#include "filter_buffer.h"
+#include "fx/guarded_buffer.h"
 #include "platform/system/failure_point.h"
 
 namespace fenlight::test {
@@ -57,19 +57,19 @@ Points Trace(GuardedBuffer &buffer, int32_t step) {
     return Points(points.begin(), end + 1);
 }
 
-class LineTracing : public FilterLevels {};
+using LineTracing = FXLevels;
 
 // From single dots to all black; other pixels differ from black in one bit.
 TEST_P(LineTracing, GoesWhereTheDefinitionGoes) {
     for (int scene = 0; scene < 3000; ++scene) {
-        GuardedBuffer buffer = Noise(Between(1, 67), Between(1, 35));
-        const int32_t density = Between(0, 99), step = Between(-1, 7);
+        GuardedBuffer buffer = dice.AnyNoise();
+        const int32_t density = dice.Between(0, 99), step = dice.Between(-1, 7);
         for (int64_t i = 0; i < buffer.Pixels(); ++i) {
             std::fill_n(buffer.At(3 * i), 3, uint8_t{0});
-            if (Between(0, 99) > density)
-                *buffer.At(3 * i + Between(0, 2)) = static_cast<uint8_t>(1 << Between(0, 7));
+            if (dice.Between(0, 99) > density)
+                *buffer.At(3 * i + dice.Between(0, 2)) = static_cast<uint8_t>(1 << dice.Between(0, 7));
         }
-        const std::vector<uint8_t> kept = buffer.bytes;
+        const Bytes kept = buffer.bytes;
         ASSERT_EQ(Trace(buffer, step), Follow(buffer, step)) << "scene " << scene << " step " << step;
         ASSERT_EQ(buffer.bytes, kept);
     }

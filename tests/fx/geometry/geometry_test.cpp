@@ -1,48 +1,26 @@
 // SPDX-License-Identifier: Zlib
 // Every effect against a slow loop that takes its definition word by word, at every vector level.
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstring>
 #include <numeric>
-#include <random>
-#include <vector>
 
 #include "fenlight/fx_geometry.h"
 #include "fx/fx_picture.h"
 #include "fx/geometry/angle_tables.h"
+#include "fx/guarded_buffer.h"
 #include "fx/pixel_walks.h"
 #include "platform/system/failure_point.h"
-#include "support/each_level.h"
 
 namespace fenlight::test {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-// A buffer whose block ends with its last byte. Few colours, so that many pixels have that of the last.
-struct Buffer {
-    Buffer(int32_t width, int32_t height, bool isPadded, uint64_t seed)
-        : bytes(static_cast<size_t>((3 * width + (isPadded ? width % 4 : 0)) * height)) {
-        header.biWidth = width;
-        header.biHeight = height;
-        header.biSizeImage = static_cast<uint32_t>(bytes.size());
-        header.Pixels = bytes.data();
-        std::mt19937 random(seed);
-        for (size_t i = 0; i < bytes.size(); i += 3) {
-            const uint32_t colour = random() % 4 == 0 ? 0x998877 : static_cast<uint32_t>(random());
-            std::memcpy(&bytes[i], &colour, std::min<size_t>(3, bytes.size() - i));
-        }
-        const size_t last = static_cast<size_t>(3 * width * height - 3);
-        bytes[last] = 0x77, bytes[last + 1] = 0x88, bytes[last + 2] = 0x99;
-    }
-    Buffer(const Buffer &) = delete;
-    Buffer &operator=(const Buffer &) = delete;
-    uintptr_t Handle() const { return reinterpret_cast<uintptr_t>(&header); }
-
-    Bytes bytes;
-    FXHeader header{};
-};
+// Many pixels have the colour of the last one, the key.
+GuardedBuffer KeyedNoise(Dice &dice, int32_t width, int32_t height, bool isPadded) {
+    GuardedBuffer fx = dice.Noise(width, height, isPadded ? Rows::Padded : Rows::Packed, 256);
+    for (int64_t i = 0; i < 3 * fx.Pixels(); i += 3)
+        if (dice() % 4 == 0) std::copy_n(fx.At(3 * fx.Pixels() - 3), 3, fx.At(i));
+    return fx;
+}
 
 void SwapThree(uint8_t *a, uint8_t *b) {
     for (int i = 0; i < 3; ++i) std::swap(a[i], b[i]);
@@ -74,29 +52,28 @@ TEST(Mirrors, SwapThePixelsThatTheirDefinitionSwaps) {
     } kMirrors[] = {{"FlipX", FlipX, FlipXSlowly},
                     {"FlipY", FlipY, FlipYSlowly},
                     {"Rotate180", Rotate180, Rotate180Slowly}};
-    const Canvas canvas(67, 35), expected(67, 35);
+    const Twins twins(67, 35);
+    Dice dice(1);
     WithEachLevel([&] {
         for (int32_t i = 0; i < 67 * 12; ++i) {
             const int32_t width = i % 67 + 1, height = i % 35 + 1;
             for (const auto &mirror : kMirrors) {
-                const auto seed = static_cast<unsigned>(i);
-                Buffer actual(width, height, i % 2 == 0, seed), judged(width, height, i % 2 == 0, seed);
-                EXPECT_EQ(mirror.effect(i % 8 == 0 ? canvas.context : 0, 3, -2, actual.Handle()), 0);
+                const GuardedBuffer actual = KeyedNoise(dice, width, height, i % 2 == 0), judged = actual;
+                EXPECT_EQ(mirror.effect(i % 8 == 0 ? twins.dc : 0, 3, -2, actual.Handle()), 0);
                 mirror.judge(judged.header);
-                ASSERT_EQ(actual.bytes, judged.bytes) << mirror.name << ' ' << width << 'x' << height;
+                ASSERT_TRUE(SameBuffer(actual, judged)) << mirror.name;
                 if (i % 8 != 0) continue;
-                CopyFX(expected.context, 3, -2, judged.Handle());
-                ASSERT_TRUE(SamePicture(mirror.name, PictureOf(canvas.context, 67, 35),
-                                        PictureOf(expected.context, 67, 35)));
+                CopyFX(twins.expected, 3, -2, judged.Handle());
+                ASSERT_TRUE(twins.Same(mirror.name));
             }
         }
         // Rows of more bytes than any version takes at once.
-        Buffer wide(1003, 3, true, 1), judged(1003, 3, true, 1);
+        const GuardedBuffer wide = KeyedNoise(dice, 1003, 3, true), judged = wide;
         for (const auto &mirror : kMirrors) {
             mirror.effect(0, 0, 0, wide.Handle());
             mirror.judge(judged.header);
-            ASSERT_EQ(wide.bytes, judged.bytes) << mirror.name;
-            EXPECT_EQ(mirror.effect(canvas.context, 0, 0, 0), 0);
+            ASSERT_TRUE(SameBuffer(wide, judged)) << mirror.name;
+            EXPECT_EQ(mirror.effect(twins.dc, 0, 0, 0), 0);
         }
     });
 }
@@ -148,51 +125,52 @@ Bytes RotateSlowly(const FXHeader &background, const FXHeader &fx, int32_t degre
 }
 
 // Painted where it lies inside the target and, every second time, where it does not; on 24 bits at times.
-void ExpectRotated(const Buffer &background, const Buffer &fx, int32_t degrees, int32_t mode) {
-    const int32_t width = background.header.biWidth + 1, height = background.header.biHeight + 1;
+void ExpectRotated(const GuardedBuffer &background, const GuardedBuffer &fx, int32_t degrees, int32_t mode) {
+    const Twins twins(background.header.biWidth + 1, background.header.biHeight + 1,
+                      degrees % 5 == 1 ? 24 : 32);
     const int32_t y = degrees % 2 == 0 ? 1 : -1;
-    const int depth = degrees % 5 == 1 ? 24 : 32;
-    const Canvas actual(BitmapOfDepth(width, height, depth)), expected(BitmapOfDepth(width, height, depth));
-    const Bytes before = fx.bytes, behind = background.bytes;
-    EXPECT_EQ(Rotate(actual.context, 1, y, background.Handle(), fx.Handle(), degrees, mode), 0);
-    ASSERT_TRUE(before == fx.bytes && behind == background.bytes);
+    const GuardedBuffer before = fx, behind = background;
+    EXPECT_EQ(Rotate(twins.dc, 1, y, background.Handle(), fx.Handle(), degrees, mode), 0);
+    ASSERT_TRUE(SameBuffer(fx, before) && SameBuffer(background, behind));
     const int32_t reduced = degrees % 360 < 0 ? degrees % 360 + 360 : degrees % 360;
     const Bytes result = RotateSlowly(background.header, fx.header, reduced, mode);
-    PaintFX(expected.context, 1, y, background.header, result.data());
-    ASSERT_TRUE(SamePicture("rotated", PictureOf(actual.context, width, height),
-                            PictureOf(expected.context, width, height)))
-        << width - 1 << 'x' << height - 1 << " by " << degrees << " in mode " << mode;
+    PaintFX(twins.expected, 1, y, background.header, result.data());
+    ASSERT_TRUE(twins.Same("rotated"))
+        << twins.width - 1 << 'x' << twins.height - 1 << " by " << degrees << " in mode " << mode;
 }
 
 TEST(Rotate, DrawsWhatPixelAfterPixelGives) {
-    std::mt19937 random(4);
-    const auto below = [&](uint32_t range) { return static_cast<int32_t>(random() % range); };
+    Dice dice(4);
+    const auto noise = [&](int32_t width, int32_t height, bool isPadded) {
+        return KeyedNoise(dice, width, height, isPadded);
+    };
     WithEachLevel([&] {
         for (int32_t i = 0; i < 1500; ++i) {
-            const int32_t width = below(67) + 1, height = below(35) + 1;
-            const Buffer background(width, height, i % 3 != 0, random()),
-                fx(width, height, i % 5 != 0, random());
+            const int32_t width = dice.Between(1, 67), height = dice.Between(1, 35);
+            const GuardedBuffer background = noise(width, height, i % 3 != 0),
+                                fx = noise(width, height, i % 5 != 0);
             ASSERT_NO_FATAL_FAILURE(ExpectRotated(background, fx, i % 401 - 20, i % 2 - 1));
         }
         for (const int32_t degrees : {INT32_MIN, -1000000000, 7, 90, 133, 180, 270, INT32_MAX}) {
-            const Buffer background(331, 190, true, random()), fx(331, 190, true, random());
+            const GuardedBuffer background = noise(331, 190, true), fx = noise(331, 190, true);
             ASSERT_NO_FATAL_FAILURE(ExpectRotated(background, fx, degrees, degrees % 2 - 1));
         }
         // The smaller buffer ends it.
         for (int32_t i = 0; i < 100; ++i) {
-            const Buffer background(below(20) + 1, below(20) + 1, i % 2 == 0, random());
-            const Buffer fx(below(20) + 1, below(20) + 1, i % 3 == 0, random());
+            const GuardedBuffer background = noise(dice.Between(1, 20), dice.Between(1, 20), i % 2 == 0);
+            const GuardedBuffer fx = noise(dice.Between(1, 20), dice.Between(1, 20), i % 3 == 0);
             ASSERT_NO_FATAL_FAILURE(ExpectRotated(background, fx, 17 * i, i % 2 - 1));
         }
     });
     // Coordinates beyond 32 bits come round again.
-    const Buffer background(2200000, 2, true, 1), fx(2200000, 2, true, 2);
+    const GuardedBuffer background = noise(2200000, 2, true), fx = noise(2200000, 2, true);
     for (const int32_t degrees : {0, 1, 180})
         ASSERT_NO_FATAL_FAILURE(ExpectRotated(background, fx, degrees, -1));
 }
 
 TEST(Rotate, ShowsTheScaleOfTheTablesAndLeavesItsTargetWithoutMemory) {
-    const Buffer background(8, 8, false, 1), fx(8, 8, false, 2);
+    Dice dice(5);
+    const GuardedBuffer background = KeyedNoise(dice, 8, 8, false), fx = KeyedNoise(dice, 8, 8, false);
     const Picture behind = PictureInBlock(background.header, 24), front = PictureInBlock(fx.header, 24);
     Picture expected = behind;
     for (int y = 1; y < 8; ++y)
@@ -238,58 +216,45 @@ void DrawKeyedNoise(HDC context, int32_t width, int32_t height) {
     SetPixel(context, width - 1, 0, 0x336699);
 }
 
-// One canvas as the source and one as the target, or one for both.
-struct Stage {
-    Stage(int sourceDepth, int targetDepth, bool isOne)
-        : source(BitmapOfDepth(kWidth, kHeight, sourceDepth)),
-          target(BitmapOfDepth(kWidth, kHeight, targetDepth)),
-          dc(isOne ? source.context : target.context) {
-        DrawKeyedNoise(source.context, kWidth, kHeight);
-    }
-    static constexpr int32_t kWidth = 90, kHeight = 60;
-    const Canvas source, target;
-    const HDC dc;
-};
-
 TEST(RotateImage, DrawsWhatGetPixelAndSetPixelGive) {
-    std::mt19937 random(9);
-    const auto within = [&](int32_t from, int32_t to) {
-        return from + static_cast<int32_t>(random() % static_cast<unsigned>(to - from + 1));
-    };
+    Dice dice(9);
+    const auto within = [&](int32_t from, int32_t to) { return dice.Between(from, to); };
     WithEachLevel([&] {
         for (int i = 0; i < 360; ++i) {
             const int sourceDepth = i % 3 == 0 ? kDepths[i / 3 % 6] : 32,
                       depth = i % 4 == 0 ? kDepths[i / 4 % 6] : 32;
-            const bool isOne = i % 5 == 0;
-            const Stage actual(sourceDepth, depth, isOne), expected(sourceDepth, depth, isOne);
+            const Twins source(90, 60, sourceDepth), other(90, 60, depth);
+            for (const HDC dc : {source.dc, source.expected}) DrawKeyedNoise(dc, 90, 60);
+            const Twins &target = i % 5 == 0 ? source : other;
             Rectangle r{within(-20, 60), within(-20, 40), within(2, 110), within(2, 70), 0, 0};
             if (i % 2 == 0) r.sourceX = within(-40, 40), r.sourceY = within(-20, 20);
             const int32_t degrees = (i * 7) % 361, mode = within(-1, 1);
-            ASSERT_EQ(RotateImage(actual.dc, r.x, r.y, r.width, r.height, actual.source.context, r.sourceX,
-                                  r.sourceY, i % 2 == 0 ? degrees : degrees - 3600, mode),
-                      RotateImageSlowly(expected.dc, expected.source.context, r, degrees, mode));
-            ASSERT_TRUE(SamePicture("turned", PictureOf(actual.dc, 90, 60), PictureOf(expected.dc, 90, 60)))
+            ASSERT_EQ(RotateImage(target.dc, r.x, r.y, r.width, r.height, source.dc, r.sourceX, r.sourceY,
+                                  i % 2 == 0 ? degrees : degrees - 3600, mode),
+                      RotateImageSlowly(target.expected, source.expected, r, degrees, mode));
+            ASSERT_TRUE(target.Same("turned"))
                 << "picture " << i << ", " << sourceDepth << " to " << depth << " bits";
         }
     });
 }
 
 TEST(RotateImage, OfNothingOrTooMuchGivesTheKeyColourInTheEnd) {
-    const Stage stage(32, 32, false);
-    const HDC source = stage.source.context;
+    const Twins twins(90, 60);
+    const HDC source = twins.expected;
+    DrawKeyedNoise(source, 90, 60);
     const Canvas dead(4, 4);
     DeleteDC(dead.context);
     for (const int32_t size : {-1000000, -1, 0, 1}) {
         const int32_t edge = 1 - size;
-        EXPECT_EQ(RotateImage(stage.dc, 0, 0, size, 9, source, edge, 2, 45, 0), GetPixel(source, 0, 2))
+        EXPECT_EQ(RotateImage(twins.dc, 0, 0, size, 9, source, edge, 2, 45, 0), GetPixel(source, 0, 2))
             << size;
-        EXPECT_EQ(RotateImage(stage.dc, 0, 0, 9, size, source, 5, 2, 45, 0), GetPixel(source, 13, 2)) << size;
+        EXPECT_EQ(RotateImage(twins.dc, 0, 0, 9, size, source, 5, 2, 45, 0), GetPixel(source, 13, 2)) << size;
     }
     EXPECT_EQ(RotateImage(dead.context, 0, 0, 9, 9, source, 5, 2, 45, 0), GetPixel(source, 13, 2));
-    EXPECT_EQ(RotateImage(stage.dc, 0, 0, 9, 9, dead.context, 5, 2, 45, -1), CLR_INVALID);
-    EXPECT_TRUE(SamePicture("untouched", PictureOf(stage.dc, 90, 60), Picture(90, 60)));
+    EXPECT_EQ(RotateImage(twins.dc, 0, 0, 9, 9, dead.context, 5, 2, 45, -1), CLR_INVALID);
+    EXPECT_TRUE(SamePicture("untouched", PictureOf(twins.dc, 90, 60), Picture(90, 60)));
     for (const int32_t corner : {INT32_MIN, 0, INT32_MAX})
-        EXPECT_EQ(RotateImage(stage.dc, corner, corner, INT32_MAX, INT32_MAX, source, corner, corner, 77, -1),
+        EXPECT_EQ(RotateImage(twins.dc, corner, corner, INT32_MAX, INT32_MAX, source, corner, corner, 77, -1),
                   CLR_INVALID);
 }
 
