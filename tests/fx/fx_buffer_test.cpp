@@ -74,7 +74,7 @@ TEST_F(FXBuffers, HaveTheDocumentedHeader) {
 TEST_F(FXBuffers, AreBlackWhereNothingIsDrawnAlsoInRecycledMemory) {
     const auto takeAndSpoil = [](uintptr_t handle) {
         const OwnedFX fx(FXFromHandle(handle));
-        const Picture picture = PictureInBlock(*fx, 180);
+        Picture picture = PictureInBlock(*fx, 180);
         std::fill_n(fx->Pixels, fx->biSizeImage, uint8_t{0xEE});
         return picture;
     };

@@ -46,7 +46,7 @@ struct Twins {
     // The unused bytes too.
     ::testing::AssertionResult Same(const std::string &name) const {
         const auto same = SamePicture(name, PictureOf(dc, width, height), PictureOf(expected, width, height));
-        const auto rowBytes = static_cast<size_t>(4 * width);
+        const auto rowBytes = 4 * static_cast<size_t>(width);
         const platform::SurfacePairAccess views(dc, expected);
         for (int y = 0; y < height && depth == 32; ++y)
             EXPECT_EQ(std::memcmp(views.TargetView().Row(y), views.SourceView().Row(y), rowBytes), 0) << y;

@@ -108,12 +108,12 @@ class Dice {
                       height = Between(1, 35);
         const int32_t kind = Between(0, 4);
         const Rows rows = Toss() ? Rows::Packed : Rows::Padded;
-        std::vector<GuardedBuffer> buffers;
-        for (int i = 0; i < 3; ++i)
-            buffers.push_back(kind == 0   ? AnyNoise(Values())
-                              : kind == 1 ? Noise(width, height, Values())
-                                          : Noise(width, height, rows, Values()));
-        return buffers;
+        const auto noise = [&] {
+            return kind == 0   ? AnyNoise(Values())
+                   : kind == 1 ? Noise(width, height, Values())
+                               : Noise(width, height, rows, Values());
+        };
+        return {noise(), noise(), noise()};
     }
 
   private:

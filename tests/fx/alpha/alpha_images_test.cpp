@@ -266,10 +266,9 @@ TEST(AlphaConversion, WalksThePixelsOfBuffersWhateverTheirRows) {
     for (const auto &[width, height, alphaHeight] :
          {std::array{1, 1, 1}, {5, 3, 0}, {6, 9, 9}, {67, 35, 20}, {64, 3, 5}, {7, 2, 1}}) {
         const GuardedBuffer fx = dice.Noise(width, height), alpha = dice.Noise(width, alphaHeight);
-        const auto size = static_cast<size_t>(3 * width * height);
         Bytes colours = fx.Block(), greys = alpha.Block();
-        colours.resize(size);
-        greys.resize(std::min(size, static_cast<size_t>(3 * width * alphaHeight)));
+        colours.resize(static_cast<size_t>(3 * fx.Pixels()));
+        greys.resize(static_cast<size_t>(3 * std::min(fx.Pixels(), alpha.Pixels())));
         int32_t sizes[3];
         uint8_t *image =
             FXToPng(fx.Handle(), sizes, sizes + 1, sizes + 2, alphaHeight > 0 ? alpha.Handle() : 0);

@@ -104,14 +104,13 @@ TEST_P(Blends, MixEveryPairOfBytesUnderEveryMaskExactly) {
 
 TEST_P(Blends, GiveTheValuesWorkedOutByHand) {
     struct Fade {
-        uint8_t fx, other;
-        int percent;
-        uint8_t expected;
+        int32_t percent;
+        uint8_t fx, other, expected;
     };
-    constexpr Fade kFades[] = {{255, 255, 50, 254},  {100, 100, 50, 0},   {200, 200, 50, 144},
-                               {255, 255, 30, 255},  {9, 200, 0, 9},      {9, 200, 100, 200},
-                               {9, 200, kMost, 200}, {9, 200, kLeast, 9}, {255, 0, 1, 253},
-                               {255, 0, 9, 232},     {0, 255, 1, 2},      {0, 255, 97, 248}};
+    constexpr Fade kFades[] = {{50, 255, 255, 254},  {50, 100, 100, 0},   {50, 200, 200, 144},
+                               {30, 255, 255, 255},  {0, 9, 200, 9},      {100, 9, 200, 200},
+                               {kMost, 9, 200, 200}, {kLeast, 9, 200, 9}, {1, 255, 0, 253},
+                               {9, 255, 0, 232},     {1, 0, 255, 2},      {97, 0, 255, 248}};
     GuardedBuffer fx(4, 4), other(4, 4), mask(4, 4);
     for (const Fade &fade : kFades) {
         fx.Fill(fade.fx);
