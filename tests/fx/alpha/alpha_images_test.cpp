@@ -277,7 +277,9 @@ TEST(AlphaConversion, WalksThePixelsOfBuffersWhateverTheirRows) {
 
         uintptr_t grey = 0;
         const OwnedFX back(FXFromHandle(PngToFX(image, width, height, sizes[2], &grey)));
+        const OwnedFX alone(FXFromHandle(PngToFX(image, width, height, sizes[2], nullptr)));
         EXPECT_EQ(BytesOf(back), colours) << width;
+        EXPECT_EQ(BytesOf(alone), colours) << width;
         EXPECT_EQ(BytesOf(OwnedFX(FXFromHandle(grey))), AlphasOf({image, image + sizes[2]})) << width;
         FreePng(image);
     }
