@@ -78,7 +78,8 @@ FENLIGHT_API uintptr_t InitSprite(uintptr_t imageDC, uintptr_t screenDC, uintptr
 FENLIGHT_API uintptr_t InitSprite5(const struct SpriteArguments *block) FENLIGHT_NOEXCEPT;
 
 /// Makes a second sprite that is in every respect as the first is at this moment, finished ones included: it
-/// lies exactly over its source, drawn above it, until it is moved. It has a waypoint table of its own.
+/// lies exactly over its source, drawn above it, until it is moved. It has a waypoint table of its own. The
+/// copy of a deleted sprite is deleted too, and a CleanUp with its mark that still waits may free it.
 /// @param sprite  sprite handle; 0 makes no copy
 /// @return handle of the copy; 0 without memory, with no sprite in the list, or for handle 0
 /// @note One calling thread.

@@ -66,7 +66,9 @@ class RandomCaller {
         handles_.push_back({InitSprite5(&arguments), 0, false});
         if (Below(3) != 0) return;
         const Handle source = AnyHandle();
-        handles_.push_back({CopySprite(source.sprite), source.mark, source.isDeleted});
+        const uintptr_t copy = CopySprite(source.sprite);
+        // One of a deleted sprite may be finished, and freed by a request that waits, in this very frame.
+        if (!source.isDeleted) handles_.push_back({copy, source.mark, false});
     }
     void Delete() {
         Handle &handle = AnyHandle();
