@@ -10,6 +10,7 @@
 //   Widen<width>(source): the elements of half a vector, twice as wide
 //   ReverseLongs: the order of the 32-bit elements
 //   Add, Multiply, MultiplyHigh, ShiftRight<width>: unsigned, elements of 2 and 4 bytes
+// and, where a vector has 64 bytes, LoadFirst and HashWords.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Zlib
 // The first half of a frame: stars and particles move on and age, and what they have to do with pixels is
 // noted as jobs, in the order of the records. The second half (particle_pixels.h) does the jobs. So the first
-// half is free of pixels and can be done eight records at a time, and the second is free of records.
+// half is free of pixels and can be done eight or sixteen records at a time, and the second is free of
+// records.
 //
 // Only declarations here: this header is for the _avx2 file too.
 #pragma once

@@ -138,8 +138,10 @@ TEST_F(JoystickTest, PublishedCallsFillWhatIsAskedForAndRefuseWrongRecords) {
     Later();
     JOYINFOEX info{
         sizeof info, JOY_RETURNY | JOY_RETURNPOV | JOY_RETURNBUTTONS, 77, 0, 77, 0, 0, 0, 0, 0, 0, 0, 0};
+    info.dwFlags |= JOY_RETURNR;
     ASSERT_EQ(joyGetPosEx(0, &info), JOYERR_NOERROR);
     EXPECT_EQ(info.dwYpos, 33768u);
+    EXPECT_EQ(info.dwRpos, 32768u) << "lacks the axis, as if it rested";
     EXPECT_TRUE(info.dwXpos == 77 && info.dwZpos == 77) << "not asked for";
     EXPECT_TRUE(info.dwPOV == 13500 && info.dwButtons == 0x2A && info.dwButtonNumber == 3);
     JOYINFO simple;
